@@ -1,0 +1,20 @@
+# Where the library, its headers, the program and the two package descriptions go.
+include(CMakePackageConfigHelpers)
+
+install(TARGETS kestu EXPORT kestu-targets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(TARGETS kestu_program RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
+
+configure_file(cmake/kestu.pc.in kestu.pc @ONLY)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/kestu.pc
+  DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+set(kestu_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/kestu)
+install(EXPORT kestu-targets NAMESPACE kestu:: DESTINATION ${kestu_package_dir})
+configure_package_config_file(cmake/kestu-config.cmake.in kestu-config.cmake
+  INSTALL_DESTINATION ${kestu_package_dir})
+write_basic_package_version_file(kestu-config-version.cmake COMPATIBILITY SameMajorVersion)
+install(FILES
+  ${CMAKE_CURRENT_BINARY_DIR}/kestu-config.cmake
+  ${CMAKE_CURRENT_BINARY_DIR}/kestu-config-version.cmake
+  DESTINATION ${kestu_package_dir})

@@ -1,0 +1,16 @@
+/*
+ * Everything: includes the headers of all families.
+ */
+#ifndef KESTU_H
+#define KESTU_H
+
+#include "kestu_defs.h"
+#include "kestu_error.h"
+#include "kestu_format.h"
+#include "kestu_lib.h"
+#include "kestu_mach.h"
+#include "kestu_mem.h"
+#include "kestu_str.h"
+#include "kestu_util.h"
+
+#endif

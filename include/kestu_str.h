@@ -1,0 +1,94 @@
+/*
+ * Text: checked conversions to numbers, bounded copies, comparison, lengths, trimming, replacement
+ * and formatting into buffers, new strings and pools.
+ *
+ *     int n;
+ *     kestu_error_t *err = kestu_str_to_integer("42 ", &n);  // "Cannot convert string '42 ' to
+ * integer"
+ *
+ * Strings are bytes that end with a NUL. Strings that a function says are new come from malloc and
+ * are released by the caller with free(). No state is kept: all functions may run at the same time.
+ */
+#ifndef KESTU_STR_H
+#define KESTU_STR_H
+
+#include "kestu_error.h"
+
+#include <apr_pools.h>
+
+#include <stdarg.h>
+#include <stddef.h>
+#include <stdint.h>
+
+KESTU_BEGIN_DECLS
+
+/*
+ * Converts the whole of `s` to a number and stores it through `out`. White space is accepted in
+ * front, nothing behind. Errors, with nothing stored: 120063 (double) or 120062 "Cannot convert
+ * string '%s' to double" (integer, int64), followed by the system's text when the number is out of
+ * range. kestu_str_to_integer checks the range of long and then keeps the low 32 bits.
+ */
+KESTU_API KESTU_MUST_USE kestu_error_t *kestu_str_to_double(const char *s, double *out);
+KESTU_API KESTU_MUST_USE kestu_error_t *kestu_str_to_integer(const char *s, int *out);
+KESTU_API KESTU_MUST_USE kestu_error_t *kestu_str_to_int64(const char *s, int64_t *out);
+
+/* 1 when `s` is an optional sign and then decimal digits to its end, else 0. */
+KESTU_API int kestu_str_is_integer(const char *s);
+
+/*
+ * Copies at most `size` - 1 bytes of `src` to `dst`, or appends as many as fit to the text in
+ * `dst`, and terminates it; with a `size` of 0 nothing is written. Returns the length of the string
+ * that was tried for: a value of `size` or more means that it was cut. When kestu_str_strlcat finds
+ * no terminator within `size` bytes it writes nothing.
+ */
+KESTU_API size_t kestu_str_strlcpy(char *dst, const char *src, size_t size);
+KESTU_API size_t kestu_str_strlcat(char *dst, const char *src, size_t size);
+
+/*
+ * Compares `s1` with `s2` with the letters A to Z folded to lower case. The result is the
+ * difference of the first two bytes that differ, taken as signed: bytes from 0x80 up stand before
+ * all others.
+ */
+KESTU_API int kestu_str_stricmp(const char *s1, const char *s2);
+
+/* The number of bytes in `s` before the terminator. */
+KESTU_API int kestu_str_len(const char *s);
+
+/* The number of UTF-8 characters in `s`: of bytes that do not continue one. Nothing is validated.
+ */
+KESTU_API size_t kestu_str_utf8_len(const char *s);
+
+/* Removes white space (isspace) at both ends of `s` in place and returns `s`, which may be null. */
+KESTU_API char *kestu_str_trim(char *s);
+
+/*
+ * A new string: `s` with every occurrence, or with the first one, of `from` replaced by `to`. What
+ * was put in is not searched again. When `from` is empty, or for kestu_str_replace_all when `from`
+ * or `to` is null, the result is a copy. Null when no memory is left.
+ */
+KESTU_API char *kestu_str_replace_all(const char *s, const char *from, const char *to);
+KESTU_API char *kestu_str_replace(const char *s, const char *from, const char *to);
+
+/* Replaces every byte `from` in `s` by `to`, in place, and returns `s`. */
+KESTU_API char *kestu_str_replace_char(char *s, char from, char to);
+
+/*
+ * Formatting: into `buf` of `size` bytes, or into a new string stored through `ret`. Results and
+ * failures are those of rpl_vsnprintf and rpl_vasprintf (kestu_format.h) for `format` and `args`.
+ */
+KESTU_API int kestu_str_snprintf(char *buf, size_t size, const char *format, ...)
+    KESTU_PRINTF(3, 4);
+KESTU_API int kestu_str_asprintf(char **ret, const char *format, ...) KESTU_PRINTF(2, 3);
+KESTU_API int kestu_str_vasprintf(char **ret, const char *format, va_list args) KESTU_PRINTF(2, 0);
+
+/*
+ * Formats `format` with `args`, or with the arguments that follow, into a string that lives in
+ * `pool`. Null when the text cannot be formatted or no memory is left.
+ */
+KESTU_API char *kestu_str_psprintf(apr_pool_t *pool, const char *format, ...) KESTU_PRINTF(2, 3);
+KESTU_API char *kestu_str_pvsprintf(apr_pool_t *pool, const char *format, va_list args)
+    KESTU_PRINTF(2, 0);
+
+KESTU_END_DECLS
+
+#endif

@@ -1,0 +1,2 @@
+#include "kestu.h"
+int main() { return kestu_initialize(); }
