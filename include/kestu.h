@@ -12,5 +12,6 @@
 #include "kestu_mem.h"
 #include "kestu_str.h"
 #include "kestu_util.h"
+#include "kestu_walk.h"
 
 #endif

@@ -1,0 +1,34 @@
+// Where the nodes of containers come from: one algorithm serves the pool and the malloc variant.
+#pragma once
+
+#include "frame/error.hpp"
+#include "kestu_mem.h"
+
+#include <apr_pools.h>
+
+namespace kestu {
+
+// Nodes that live as long as their pool and are never given back one by one.
+struct PoolNodes {
+    apr_pool_t *pool;
+
+    // Stores a new node, not initialised, through `node`.
+    template <typename Node>
+    kestu_error_t *make(Node **node) const {
+        *node = static_cast<Node *>(apr_palloc(pool, sizeof(Node)));
+        return *node ? nullptr
+                     : fail(120012, "Failed to allocate %zu bytes of memory.", sizeof(Node));
+    }
+    static void release(void *) {}
+};
+
+// Nodes from the system's allocator.
+struct HeapNodes {
+    template <typename Node>
+    static kestu_error_t *make(Node **node) {
+        return kestu_mem_malloc(sizeof(Node), node);
+    }
+    static void release(void *node) { kestu_mem_free(node); }
+};
+
+} // namespace kestu
