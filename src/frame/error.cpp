@@ -30,7 +30,7 @@ struct Message {
     const char *text = nullptr;
     const char *format = nullptr;
     va_list *args = nullptr;
-    std::string_view suffix = {};
+    std::string_view suffix = "";
 };
 
 bool copy_into(apr_pool_t *pool, std::string_view text, const char *&field) {

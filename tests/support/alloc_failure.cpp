@@ -3,8 +3,12 @@
 #include <cerrno>
 #include <cstdlib>
 
-// The program's own malloc stands before the C library's, or before the sanitizer's, for the
-// library under test too.
+#include <sys/mman.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+// The program's own allocator stands before the C library's, or before the sanitizer's, for the
+// library under test too. APR takes the blocks of its pools from mmap.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 #define REAL(name) __interceptor_##name
 #elif defined(__has_feature)
@@ -26,13 +30,13 @@ void REAL(free)(void *);
 namespace {
 
 thread_local bool armed = false;
-thread_local bool rest_fails = false;
+thread_local unsigned mode = kestu::test::only_one;
 thread_local bool failed = false;
 thread_local size_t until_failure = 0;
 thread_local long live = 0;
 
 bool fails_now() {
-    if (!armed || (failed && !rest_fails))
+    if (!armed || (failed && !(mode & kestu::test::all_after)))
         return false;
     if (!failed && --until_failure > 0)
         return false;
@@ -70,13 +74,24 @@ void free(void *block) {
     live -= block != nullptr;
     REAL(free)(block);
 }
+
+void *mmap(void *address, size_t size, int protection, int flags, int file, off_t offset) {
+    if ((flags & MAP_ANONYMOUS) && (mode & kestu::test::pools_too) && fails_now())
+        return MAP_FAILED;
+    const long result = syscall(SYS_mmap, address, size, protection, flags, file, offset);
+    return reinterpret_cast<void *>(result);
+}
+
+void *mmap64(void *address, size_t size, int protection, int flags, int file, off_t offset) {
+    return mmap(address, size, protection, flags, file, offset);
+}
 }
 
 namespace kestu::test {
 
-AllocFailure::AllocFailure(size_t failing, bool all_after) {
+AllocFailure::AllocFailure(size_t failing, unsigned how) {
     until_failure = failing;
-    rest_fails = all_after;
+    mode = how;
     failed = false;
     armed = true;
 }

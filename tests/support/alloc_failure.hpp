@@ -5,11 +5,19 @@
 
 namespace kestu::test {
 
-// While it lives, the calling thread's allocation number `failing` (1 is the next one) fails, and
-// all later ones too when `all_after` is set. Other threads are left alone.
+// What fails beside the chosen allocation.
+enum Failing : unsigned {
+    only_one = 0,
+    all_after = 1, // every later allocation too
+    pools_too = 2, // the blocks that APR's pools take from the system are allocations as well
+};
+
+// While it lives, the calling thread's allocation number `failing` (1 is the next one) fails. Other
+// threads are left alone. With `pools_too` the making of errors may fail and so reach the
+// malfunction handler.
 class AllocFailure {
   public:
-    explicit AllocFailure(size_t failing, bool all_after = false);
+    explicit AllocFailure(size_t failing, unsigned how = only_one);
     ~AllocFailure();
     AllocFailure(const AllocFailure &) = delete;
     AllocFailure &operator=(const AllocFailure &) = delete;
