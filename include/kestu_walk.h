@@ -16,6 +16,7 @@
 
 KESTU_BEGIN_DECLS
 
+/* Called for one node; what the result means is told by the function that takes the callback. */
 typedef void (*kestu_visit_func)(uint32_t tag, void *data, void *baton);
 typedef int (*kestu_int_func)(uint32_t tag, void *data, void *baton);
 typedef void *(*kestu_ptr_func)(uint32_t tag, void *data, void *baton);

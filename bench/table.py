@@ -1,0 +1,63 @@
+#!/usr/bin/env python3
+"""Prints the table of benchmark results: our figure, the best peer's, their ratio, the known limit.
+
+Reads JSON files of Google Benchmark. Cases are named "<case>/ours", "<case>/<peer>" and
+"<case>/limit ..."; the figure of each is the median over the repetitions.
+"""
+import json
+import statistics
+import sys
+
+UNITS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
+
+
+def medians(paths):
+    runs = {}
+    for path in paths:
+        with open(path) as file:
+            for run in json.load(file)["benchmarks"]:
+                if run.get("run_type") == "iteration" and not run.get("error_occurred"):
+                    time = run["real_time"] * UNITS[run["time_unit"]]
+                    runs.setdefault(run["run_name"], []).append(time)
+    return {name: statistics.median(times) for name, times in runs.items()}
+
+
+def readable(ns):
+    for unit, size in (("s", 1e9), ("ms", 1e6), ("us", 1e3)):
+        if ns >= size:
+            return f"{ns / size:.3g} {unit}"
+    return f"{ns:.3g} ns"
+
+
+def main():
+    cases = {}
+    for name, time in medians(sys.argv[1:]).items():
+        # Google Benchmark appends arguments and modifiers such as "/iterations:3" to the name.
+        parts = [p for p in name.split("/") if ":" not in p]
+        case, who = "/".join(parts[:-1]), parts[-1]
+        cases.setdefault(case, {})[who] = time
+    rows = [("case", "ours", "best peer", "", "peer / ours", "limit", "")]
+    for case, times in cases.items():
+        limits = {w: t for w, t in times.items() if w.startswith("limit")}
+        peers = {w: t for w, t in times.items() if w != "ours" and w not in limits}
+        ours = times.get("ours")
+        if ours is None:
+            continue
+        peer = min(peers, key=peers.get) if peers else ""
+        limit = next(iter(limits), "")
+        rows.append((
+            case,
+            readable(ours),
+            readable(peers[peer]) if peer else "",
+            peer,
+            f"{peers[peer] / ours:.2f}" if peer else "",
+            readable(limits[limit]) if limit else "",
+            limit.removeprefix("limit").strip(" ()"),
+        ))
+    widths = [max(len(row[i]) for row in rows) for i in range(len(rows[0]))]
+    for row in rows:
+        print("  ".join(cell.ljust(width) for cell, width in zip(row, widths)).rstrip())
+
+
+if __name__ == "__main__":
+    main()
