@@ -11,6 +11,7 @@
 #include "kestu_mach.h"
 #include "kestu_mem.h"
 #include "kestu_str.h"
+#include "kestu_sum.h"
 #include "kestu_util.h"
 #include "kestu_walk.h"
 
