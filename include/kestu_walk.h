@@ -22,6 +22,10 @@ typedef int (*kestu_int_func)(uint32_t tag, void *data, void *baton);
 typedef void *(*kestu_ptr_func)(uint32_t tag, void *data, void *baton);
 typedef kestu_error_t *(*kestu_err_func)(uint32_t tag, void *data, void *baton);
 
+/* Ends a walk by an error or by setting the pointer at `result`, which is the walk's caller's. */
+typedef kestu_error_t *(*kestu_err_or_ptr_func)(uint32_t tag, void *data, void *baton,
+                                                void **result);
+
 KESTU_END_DECLS
 
 #endif
