@@ -4,6 +4,7 @@
 #ifndef KESTU_H
 #define KESTU_H
 
+#include "kestu_array.h"
 #include "kestu_defs.h"
 #include "kestu_error.h"
 #include "kestu_format.h"
