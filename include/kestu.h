@@ -6,6 +6,7 @@
 
 #include "kestu_array.h"
 #include "kestu_defs.h"
+#include "kestu_dl.h"
 #include "kestu_error.h"
 #include "kestu_format.h"
 #include "kestu_lib.h"

@@ -1,0 +1,231 @@
+/*
+ * The doubly linked list: nodes that carry a tag and a pointer to a datum of the caller's.
+ *
+ *     kestu_dl_t *list = NULL;
+ *     for (uint32_t i = 0; i < n; ++i)
+ *         if ((err = kestu_dl_append(&list, i, &records[i], &list, pool)))
+ *             return err;
+ *     kestu_dl_walk(list, print, stdout);
+ *
+ * A list has no header: any of its nodes is a handle to all of it, and null is the empty list. Here
+ * the handle moves along with the last node, so that appending does not walk. Nodes of the `dl`
+ * functions live in a pool and go with it; those of the `dlm` functions come from kestu_mem_malloc
+ * and are freed when they are deleted. All functions that neither make nor free nodes serve both
+ * kinds. The list never owns a datum. A list belongs to one thread at a time.
+ *
+ * In all functions `tag` and `data` are what a node carries, `fn` is the caller's callback and
+ * `baton` is handed through to it. `node` is any node of a list, or null, which is then a list
+ * without nodes; `handle` points to such a pointer and is itself never null.
+ */
+#ifndef KESTU_DL_H
+#define KESTU_DL_H
+
+#include "kestu_walk.h"
+
+#include <stddef.h>
+
+KESTU_BEGIN_DECLS
+
+/* One node. Its fields may be read and its tag and datum written directly. */
+typedef struct kestu_dl_t {
+    uint32_t tag;
+    struct kestu_dl_t *prev; /* null at the first node */
+    struct kestu_dl_t *next; /* null at the last node */
+    void *data;
+} kestu_dl_t;
+
+/*
+ * Receives one node of each of `n` lists: their `tags` and `data`, 0 and null for a list that has
+ * ended.
+ */
+typedef kestu_error_t *(*kestu_dl_mwalk_func)(uint32_t n, const uint32_t *tags, void *const *data,
+                                              void *baton);
+
+/* More than 0 when the node of `tag_a` and `a` belongs behind that of `tag_b` and `b`. */
+typedef int (*kestu_dl_compare_func)(uint32_t tag_a, void *a, uint32_t tag_b, void *b, void *baton);
+
+/*
+ * Makes a node that is in no list and stores it through `out`. kestu_dl_create takes it from `pool`
+ * and always returns null; when the pool has no memory, the node is null. kestu_dlm_create fails
+ * with 120012 under "Can't allocate memory for dlm node.".
+ */
+KESTU_API kestu_error_t *kestu_dl_create(uint32_t tag, void *data, kestu_dl_t **out,
+                                         apr_pool_t *pool);
+KESTU_API KESTU_MUST_USE kestu_error_t *kestu_dlm_create(uint32_t tag, void *data,
+                                                         kestu_dl_t **out);
+
+/*
+ * Links `new_node`, which must be in no list, just before or just after `node`. Error: 120051 when
+ * either is null. A node is never linked beside itself.
+ */
+KESTU_API KESTU_MUST_USE kestu_error_t *kestu_dl_insert_before(kestu_dl_t *node,
+                                                               kestu_dl_t *new_node);
+KESTU_API KESTU_MUST_USE kestu_error_t *kestu_dl_insert_after(kestu_dl_t *node,
+                                                              kestu_dl_t *new_node);
+
+/*
+ * Make a node, from `pool` or from kestu_mem_malloc, and link it in: just after or just before the
+ * handle's node, before the first node, or after the last. The handle of an empty list becomes the
+ * node; otherwise it is not moved. The node is also stored through `out`, which may be null, or the
+ * handle itself, which then moves to the new node.
+ *
+ * The first two take constant time; the others walk from the handle to that end of the list. Error:
+ * 120012 under "Unable to add DL node.", "Unable to prepend DL object." or "Unable to append DL
+ * object.", with list, handle and `out` untouched.
+ */
+KESTU_API KESTU_MUST_USE kestu_error_t *kestu_dl_add_after(kestu_dl_t **handle, uint32_t tag,
+                                                           void *data, kestu_dl_t **out,
+                                                           apr_pool_t *pool);
+KESTU_API KESTU_MUST_USE kestu_error_t *kestu_dl_add_before(kestu_dl_t **handle, uint32_t tag,
+                                                            void *data, kestu_dl_t **out,
+                                                            apr_pool_t *pool);
+KESTU_API KESTU_MUST_USE kestu_error_t *
+kestu_dl_prepend(kestu_dl_t **handle, uint32_t tag, void *data, kestu_dl_t **out, apr_pool_t *pool);
+KESTU_API KESTU_MUST_USE kestu_error_t *
+kestu_dl_append(kestu_dl_t **handle, uint32_t tag, void *data, kestu_dl_t **out, apr_pool_t *pool);
+KESTU_API KESTU_MUST_USE kestu_error_t *kestu_dlm_add_after(kestu_dl_t **handle, uint32_t tag,
+                                                            void *data, kestu_dl_t **out);
+KESTU_API KESTU_MUST_USE kestu_error_t *kestu_dlm_add_before(kestu_dl_t **handle, uint32_t tag,
+                                                             void *data, kestu_dl_t **out);
+KESTU_API KESTU_MUST_USE kestu_error_t *kestu_dlm_prepend(kestu_dl_t **handle, uint32_t tag,
+                                                          void *data, kestu_dl_t **out);
+KESTU_API KESTU_MUST_USE kestu_error_t *kestu_dlm_append(kestu_dl_t **handle, uint32_t tag,
+                                                         void *data, kestu_dl_t **out);
+
+/*
+ * Links the list of `b` behind the list of `a` and returns the first node of a, null when `a` is
+ * null. A null `b`, or one in the list of a, changes nothing.
+ */
+KESTU_API kestu_dl_t *kestu_dl_join(kestu_dl_t *a, kestu_dl_t *b);
+
+/*
+ * What `node` carries; the second form also stores its tag through `tag`, which may be null. Null,
+ * with nothing stored, for a null node.
+ */
+KESTU_API void *kestu_dl_get_data(kestu_dl_t *node);
+KESTU_API void *kestu_dl_get_data_tag(kestu_dl_t *node, uint32_t *tag);
+
+/* Sets what `node`, which must not be null, carries to `tag` and `data`. */
+KESTU_API void kestu_dl_update(kestu_dl_t *node, uint32_t tag, void *data);
+
+/*
+ * The neighbours of `node`, the ends of its list, and the node with the 0-based number `n` in it;
+ * null where there is none, and for a null node.
+ */
+KESTU_API kestu_dl_t *kestu_dl_get_prev(kestu_dl_t *node);
+KESTU_API kestu_dl_t *kestu_dl_get_next(kestu_dl_t *node);
+KESTU_API kestu_dl_t *kestu_dl_get_first(kestu_dl_t *node);
+KESTU_API kestu_dl_t *kestu_dl_get_last(kestu_dl_t *node);
+KESTU_API kestu_dl_t *kestu_dl_get_n(kestu_dl_t *node, size_t n);
+
+/* The number of nodes in the whole list of `node`. */
+KESTU_API size_t kestu_dl_count(kestu_dl_t *node);
+
+/* Takes `node` out of its list, clears its links and returns it; null for null. */
+KESTU_API kestu_dl_t *kestu_dl_extract(kestu_dl_t *node);
+
+/*
+ * Take `node` out of its list, hand its tag and datum to `fn` in the forms that have one, and free
+ * the node in the `dlm` forms. The last form returns what `fn` returns; the node is out of the list
+ * all the same. Handles to `node` are left dangling. A null node does nothing.
+ */
+KESTU_API void kestu_dl_delete(kestu_dl_t *node);
+KESTU_API void kestu_dlm_delete(kestu_dl_t *node);
+KESTU_API void kestu_dl_delete_func(kestu_dl_t *node, kestu_visit_func fn, void *baton);
+KESTU_API void kestu_dlm_delete_func(kestu_dl_t *node, kestu_visit_func fn, void *baton);
+KESTU_API KESTU_MUST_USE kestu_error_t *kestu_dl_delete_errfunc(kestu_dl_t *node, kestu_err_func fn,
+                                                                void *baton);
+
+/*
+ * Delete, as the function above of the matching name, the first node of the list at `handle` that
+ * carries the pointer `data`. When it is the handle's own node, the handle moves to the next node,
+ * or else to the previous one. Null data, or one that no node carries, changes nothing.
+ */
+KESTU_API void kestu_dl_delete_obj(kestu_dl_t **handle, void *data);
+KESTU_API void kestu_dlm_delete_obj(kestu_dl_t **handle, void *data);
+KESTU_API void kestu_dl_delete_obj_func(kestu_dl_t **handle, void *data, kestu_visit_func fn,
+                                        void *baton);
+KESTU_API KESTU_MUST_USE kestu_error_t *kestu_dl_delete_obj_errfunc(kestu_dl_t **handle, void *data,
+                                                                    kestu_err_func fn, void *baton);
+
+/* Sets `handle` to null. The nodes stay linked and go with their pool. */
+KESTU_API void kestu_dl_destroy(kestu_dl_t **handle);
+
+/*
+ * Delete every node of the list at `handle`: first those before the handle's node, nearest first,
+ * then the handle's node and those after it, in order. During the second part the handle stands at
+ * the next node that is still there; in the end it is null.
+ *
+ * kestu_dl_destroy_errfunc stops at the first error of `fn` and returns it under "Error while
+ * destroy DL List."; the node of the error and those before it stay deleted, and the handle reaches
+ * the rest. KestuDLlistStopWalking stops it too and is returned unchanged.
+ */
+KESTU_API void kestu_dlm_destroy(kestu_dl_t **handle);
+KESTU_API void kestu_dl_destroy_func(kestu_dl_t **handle, kestu_visit_func fn, void *baton);
+KESTU_API void kestu_dlm_destroy_func(kestu_dl_t **handle, kestu_visit_func fn, void *baton);
+KESTU_API KESTU_MUST_USE kestu_error_t *kestu_dl_destroy_errfunc(kestu_dl_t **handle,
+                                                                 kestu_err_func fn, void *baton);
+
+/*
+ * Call `fn` on the nodes of the list of `node` from the first to the last, or until the kind of
+ * result named by the function stops the walk and is returned; 0 or null when nothing did. A
+ * callback may link nodes in, but must not take its own node out of the list.
+ */
+KESTU_API void kestu_dl_walk(kestu_dl_t *node, kestu_visit_func fn, void *baton);
+KESTU_API int kestu_dl_walk_int_first(kestu_dl_t *node, kestu_int_func fn, void *baton);
+KESTU_API void *kestu_dl_walk_ptr_first(kestu_dl_t *node, kestu_ptr_func fn, void *baton);
+KESTU_API KESTU_MUST_USE kestu_error_t *kestu_dl_walk_err_first(kestu_dl_t *node, kestu_err_func fn,
+                                                                void *baton);
+
+/*
+ * As kestu_dl_walk_err_first from `node` on, and stops with null once the pointer at `result`,
+ * which is handed to `fn` and not cleared before, is set after a call.
+ */
+KESTU_API KESTU_MUST_USE kestu_error_t *kestu_dl_walk_err_or_ptr_first(kestu_dl_t *node,
+                                                                       kestu_err_or_ptr_func fn,
+                                                                       void *baton, void **result);
+
+/*
+ * Walks the list at `handle` and deletes, as kestu_dl_delete does, every node for which `fn`
+ * returns anything but 0; the nodes of `dlm` functions are not freed. The next node is read before
+ * the call. The handle then stands at the first node that was kept, or is null.
+ */
+KESTU_API void kestu_dl_dwalk(kestu_dl_t **handle, kestu_int_func fn, void *baton);
+
+/*
+ * Walks `n` lists, reached through the `n` nodes at `handles`, in step until all have ended: the
+ * shorter ones show tag 0 and null data while the longer go on. Stops at the first error of `fn`
+ * and returns it, or null for KestuDLlistStopWalking. Error of its own: 120012 for the cursors.
+ */
+KESTU_API KESTU_MUST_USE kestu_error_t *kestu_dl_mwalk_err_first(kestu_dl_t *const *handles,
+                                                                 uint32_t n, kestu_dl_mwalk_func fn,
+                                                                 void *baton);
+
+/*
+ * Swaps the places of the nodes `a` and `b`, which may be in different lists. A node exchanged with
+ * itself stays. Errors, under "Unable to exchange DL nodes.": 120052, without a wrapping message,
+ * when either is null; 120051 when one of them is alone in a list of its own, which leaves no place
+ * to put the other: the lone node `a` then has taken the place of `b`, a lone node `b` has not
+ * taken that of `a`, and the other nodes of the pair are in no list.
+ */
+KESTU_API KESTU_MUST_USE kestu_error_t *kestu_dl_exchange(kestu_dl_t *a, kestu_dl_t *b);
+
+/*
+ * Sorts the list of `node` in ascending order by exchanging nodes: each place from the first on is
+ * compared by `compare` with all behind it and takes whichever belongs before. Takes n(n-1)/2
+ * comparisons and is not stable. The handle keeps its node, which may no longer be the first.
+ */
+KESTU_API KESTU_MUST_USE kestu_error_t *
+kestu_dl_bubsort(kestu_dl_t *node, kestu_dl_compare_func compare, void *baton);
+
+/*
+ * A comparison for kestu_dl_bubsort of records whose signed 32-bit key stands 108 bytes from their
+ * begin: 1 when the key of `a` is greater than that of `b`, -1 when smaller, else 0. `tag_a`,
+ * `tag_b` and `baton` are not used.
+ */
+KESTU_API int kestu_hook_bubsort_callback(uint32_t tag_a, void *a, uint32_t tag_b, void *b,
+                                          void *baton);
+
+KESTU_END_DECLS
+
+#endif

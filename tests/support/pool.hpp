@@ -1,0 +1,29 @@
+// Pools in tests.
+#pragma once
+
+#include "kestu_lib.h"
+#include "support/alloc_failure.hpp"
+
+namespace kestu::test {
+
+// A pool that lives as long as the object.
+class Pool {
+  public:
+    Pool() { apr_pool_create_ex(&pool, kestu_pool, nullptr, nullptr); }
+    ~Pool() { apr_pool_destroy(pool); }
+    Pool(const Pool &) = delete;
+    Pool &operator=(const Pool &) = delete;
+    operator apr_pool_t *() const { return pool; }
+
+    // Takes what room is left, so that the next request of any size goes to the system.
+    void use_up() {
+        AllocFailure failure(1, all_after | pools_too);
+        while (apr_palloc(pool, 8)) {
+        }
+    }
+
+  private:
+    apr_pool_t *pool = nullptr;
+};
+
+} // namespace kestu::test
