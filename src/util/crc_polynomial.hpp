@@ -16,12 +16,12 @@ struct ReflectedCrc {
     static constexpr int width = std::numeric_limits<Word>::digits;
     static constexpr Word polynomial = Polynomial;
 
-    static constexpr Word times_x(Word remainder) {
+    static consteval Word times_x(Word remainder) {
         return static_cast<Word>((remainder >> 1) ^ ((remainder & 1) != 0 ? Polynomial : 0));
     }
 
     // The remainder of x^power.
-    static constexpr Word power_of_x(int power) {
+    static consteval Word power_of_x(int power) {
         Word remainder = static_cast<Word>(Word{1} << (width - 1));
         for (int i = 0; i < power; ++i)
             remainder = times_x(remainder);
@@ -40,7 +40,7 @@ template <typename Crc>
 using CrcTables = std::array<std::array<typename Crc::Word, 256>, crc_slices>;
 
 template <typename Crc>
-constexpr CrcTables<Crc> make_crc_tables() {
+consteval CrcTables<Crc> make_crc_tables() {
     using Word = typename Crc::Word;
     CrcTables<Crc> tables{};
     for (unsigned byte = 0; byte < 256; ++byte) {

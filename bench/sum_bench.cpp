@@ -1,0 +1,70 @@
+// Checksums of short, middling and long buffers beside the libraries that people take for them.
+#include "kestu_sum.h"
+#include "util/crc_table.hpp"
+
+#include <benchmark/benchmark.h>
+#include <isa-l/crc.h>
+#include <libdeflate.h>
+#include <zlib.h>
+
+#include <cstring>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+const unsigned char *message() {
+    static const std::vector<unsigned char> bytes(1 << 20, 0x5A);
+    return bytes.data();
+}
+
+// Runs `checksum` of (data, size) over as many bytes as the case's argument says.
+template <typename Checksum>
+void run(benchmark::State &state, Checksum checksum) {
+    const unsigned char *data = message();
+    const size_t size = static_cast<size_t>(state.range(0));
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(data);
+        benchmark::DoNotOptimize(checksum(data, size));
+    }
+    state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * size));
+}
+
+// What reading the bytes costs by itself.
+uint64_t exclusive_or(const unsigned char *data, size_t size) {
+    uint64_t sum = 0;
+    for (size_t i = 0; i < size; i += sizeof sum) {
+        uint64_t word = 0;
+        std::memcpy(&word, data + i, sizeof word);
+        sum ^= word;
+    }
+    return sum;
+}
+
+void add(const char *name, auto checksum) {
+    for (const auto &[size, text] : {std::pair{64, "64 B"}, {4096, "4 KiB"}, {1 << 20, "1 MiB"}}) {
+        std::string full = name;
+        full.replace(full.find('*'), 1, text);
+        benchmark::RegisterBenchmark(full.c_str(), run<decltype(checksum)>, checksum)->Arg(size);
+    }
+}
+
+} // namespace
+
+int main(int argc, char **argv) {
+    using Data = const unsigned char *;
+    add("crc32 */ours", [](Data data, size_t size) { return kestu_util_crc32(0, data, size); });
+    add("crc32 */libdeflate",
+        [](Data data, size_t size) { return libdeflate_crc32(0, data, size); });
+    add("crc32 */isa-l", [](Data data, size_t size) { return crc32_gzip_refl(0, data, size); });
+    add("crc32 */zlib", [](Data data, size_t size) { return crc32_z(0, data, size); });
+    add("crc32 */limit (reading)", exclusive_or);
+    add("crc16 */ours", [](Data data, size_t size) { return kestu_util_crc16(0, data, size); });
+    add("crc16 */isa-l (another polynomial)",
+        [](Data data, size_t size) { return crc16_t10dif(0, data, size); });
+    add("crc16 */sliced table",
+        [](Data data, size_t size) { return kestu::crc_sliced<kestu::Crc16>(0, data, size); });
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+}

@@ -1,0 +1,56 @@
+// Asking the processor, apart from understanding its answers.
+#include "util/cpu_features.hpp"
+
+#include <cpuid.h>
+
+namespace kestu {
+namespace {
+
+constexpr uint64_t saved_128 = 1 << 1;
+constexpr uint64_t saved_256 = saved_128 | 1 << 2;
+constexpr uint64_t saved_512 = saved_256 | 1 << 5 | 1 << 6 | 1 << 7;
+
+constexpr uint32_t baseline = bit_SSSE3 | bit_SSE4_1;
+constexpr uint32_t clmul_baseline = baseline | bit_PCLMUL;
+
+constexpr bool has_all(uint64_t answer, uint64_t wanted) {
+    return (answer & wanted) == wanted;
+}
+
+// Only to be called when leaf 1 reports OSXSAVE.
+uint64_t read_xcr0() {
+    uint32_t low = 0;
+    uint32_t high = 0;
+    __asm__("xgetbv" : "=a"(low), "=d"(high) : "c"(0));
+    return uint64_t{high} << 32 | low;
+}
+
+} // namespace
+
+// The 128-bit registers are part of x86-64, so every system saves them.
+CpuFeatures features_of(const CpuAnswers &answers) {
+    CpuFeatures features;
+    features.clmul = has_all(answers.leaf1_ecx, clmul_baseline);
+    features.clmul256 = features.clmul && has_all(answers.leaf1_ecx, bit_AVX) &&
+                        has_all(answers.leaf7_ebx, bit_AVX2) &&
+                        has_all(answers.leaf7_ecx, bit_VPCLMULQDQ) &&
+                        has_all(answers.xcr0, saved_256);
+    features.clmul512 = features.clmul256 && has_all(answers.leaf7_ebx, bit_AVX512F) &&
+                        has_all(answers.xcr0, saved_512);
+    features.sha = has_all(answers.leaf1_ecx, baseline) && has_all(answers.leaf7_ebx, bit_SHA);
+    return features;
+}
+
+CpuFeatures cpu_features() {
+    CpuAnswers answers;
+    uint32_t eax = 0;
+    uint32_t edx = 0;
+    uint32_t unused = 0;
+    __get_cpuid(1, &eax, &unused, &answers.leaf1_ecx, &edx);
+    __get_cpuid_count(7, 0, &eax, &answers.leaf7_ebx, &answers.leaf7_ecx, &edx);
+    if (has_all(answers.leaf1_ecx, bit_OSXSAVE))
+        answers.xcr0 = read_xcr0();
+    return features_of(answers);
+}
+
+} // namespace kestu
