@@ -5,9 +5,11 @@ install(TARGETS kestu EXPORT kestu-targets LIBRARY DESTINATION ${CMAKE_INSTALL_L
 install(TARGETS kestu_program RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
 
+# The description finds its prefix from its own place, so that an installation may be moved.
+set(kestu_pc_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+file(RELATIVE_PATH kestu_prefix_from_pc /prefix/${kestu_pc_dir} /prefix)
 configure_file(cmake/kestu.pc.in kestu.pc @ONLY)
-install(FILES ${CMAKE_CURRENT_BINARY_DIR}/kestu.pc
-  DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/kestu.pc DESTINATION ${kestu_pc_dir})
 
 set(kestu_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/kestu)
 install(EXPORT kestu-targets NAMESPACE kestu:: DESTINATION ${kestu_package_dir})

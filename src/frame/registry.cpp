@@ -61,9 +61,12 @@ void kestu_error_terminate(void) {
 }
 
 kestu_error_t *kestu_error_register(int *code, const char *text) {
-    SystemLock lock("Cannot register error type.");
+    constexpr const char *action = "Cannot register error type.";
+    SystemLock lock(action);
     *code = lowest_free_code();
     *slot(*code) = pool_copy(error_system.pool, text);
+    if (!*slot(*code))
+        give_up_without_memory(APR_ENOMEM, action);
     return nullptr;
 }
 
