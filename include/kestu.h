@@ -5,6 +5,7 @@
 #define KESTU_H
 
 #include "kestu_array.h"
+#include "kestu_cpu.h"
 #include "kestu_defs.h"
 #include "kestu_dl.h"
 #include "kestu_error.h"

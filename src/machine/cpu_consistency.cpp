@@ -1,0 +1,28 @@
+// The check that the process may run everywhere. It stands alone so that a program may put its own
+// in its place.
+#include "frame/error.hpp"
+
+#include "kestu_cpu.h"
+
+#include <cerrno>
+#include <cstring>
+
+#include <sched.h>
+
+using namespace kestu;
+
+constexpr int affinity_problem = 120173;
+
+[[gnu::noinline]] kestu_error_t *
+kestu_cpu_set_chk_process_affinity_consistency(kestu_cpu_genaffinity *mask, uint32_t count) {
+    cpu_set_t allowed;
+    CPU_ZERO(&allowed); // what cannot be read counts as empty
+    sched_getaffinity(0, sizeof allowed, &allowed);
+    for (uint32_t cpu = 0; cpu < count; ++cpu) {
+        if (cpu >= CPU_SETSIZE || !CPU_ISSET(cpu, &allowed))
+            return fail(affinity_problem, "%s", std::strerror(errno));
+        if (kestu_error_t *err = intel_cpuid_set_genaffinity_bit(mask, cpu))
+            return err;
+    }
+    return nullptr;
+}

@@ -1,0 +1,67 @@
+// Detection: the vendor, then the vendor's rules on every processor.
+#include "frame/error.hpp"
+
+#include "kestu_cpu.h"
+#include "kestu_str.h"
+
+#include "machine/cpu_leaf.hpp"
+#include "machine/cpu_vendor.hpp"
+
+#include <cerrno>
+#include <cstring>
+
+#include <sched.h>
+
+using namespace kestu;
+
+namespace {
+
+constexpr int cpuid_missing = 120170;
+constexpr int affinity_problem = 120173;
+
+kestu_error_t *fail_affinity() {
+    return fail(affinity_problem, "%s", std::strerror(errno));
+}
+
+kestu_error_t *detect_vendor(kestu_cpu_t &record, apr_pool_t *scratch) {
+    const Vendor &vendor = find_vendor(record.vendor_id);
+    record.vendor = vendor.code;
+    kestu_str_strlcpy(record.vendor_name, vendor.name, sizeof record.vendor_name);
+    if (vendor.processor)
+        kestu_str_strlcpy(record.name, vendor.processor, sizeof record.name);
+    switch (vendor.code) {
+    case KESTU_CPU_INTEL:
+        return kestu_cpu_intel_topology(&record, scratch);
+    case KESTU_CPU_AMD:
+        return kestu_cpu_amd_topology(&record, scratch);
+    default:
+        return nullptr;
+    }
+}
+
+kestu_error_t *detect(kestu_cpu_t &record, apr_pool_t *pool) {
+    cpu_set_t saved;
+    if (sched_getaffinity(0, sizeof saved, &saved) != 0)
+        return fail_affinity();
+    if (!kestu_cpu_check_cpuid_flag())
+        return fail(cpuid_missing);
+    const VendorId id = vendor_id(running_processor()(0));
+    kestu_str_strlcpy(record.vendor_id, id.text, sizeof record.vendor_id);
+    apr_pool_t *scratch;
+    const apr_status_t status = apr_pool_create_ex(&scratch, pool, nullptr, nullptr);
+    if (status != APR_SUCCESS)
+        return fail_apr(status);
+    kestu_error_t *err = detect_vendor(record, scratch);
+    if (record.id.flags.sse)
+        kestu_cpu_check_os_sse(&record);
+    apr_pool_destroy(scratch);
+    if (sched_setaffinity(0, sizeof saved, &saved) != 0)
+        err = kestu_error_compose_create(fail_affinity(), err);
+    return err;
+}
+
+} // namespace
+
+kestu_error_t *kestu_cpu_detect(kestu_cpu_t *record, apr_pool_t *pool) {
+    return wrap(detect(*record, pool), "Can't determine CPU.");
+}

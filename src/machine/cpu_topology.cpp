@@ -1,0 +1,96 @@
+// Visiting every logical processor.
+#include "machine/cpu_count.hpp"
+
+#include "frame/error.hpp"
+
+#include "kestu_mach.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace kestu {
+namespace {
+
+constexpr int inconsistent_topology = 120175;
+constexpr int32_t every_processor = -1;
+
+// Zeroed memory for `count` objects, or null. With a count of 0 it is there, and empty.
+template <typename T>
+T *allocate(apr_pool_t *pool, size_t count) {
+    void *block = apr_palloc(pool, count * sizeof(T) + 1);
+    return block ? static_cast<T *>(std::memset(block, 0, count * sizeof(T))) : nullptr;
+}
+
+bool wants_rate(const kestu_cpu_t &record, uint32_t cpu) {
+    return record.measure != 0 && (record.measure_processor == every_processor ||
+                                   static_cast<uint32_t>(record.measure_processor) == cpu);
+}
+
+// The first processor stands in the record from the moment that it was read, even when it or a
+// later one makes detection fail.
+kestu_error_t *visit_processor(const Rules &rules, uint32_t cpu, bool first, Visit &visit,
+                               kestu_cpu_t &record) {
+    if (kestu_error_t *err = kestu_cpu_bind_context_to_logcpu(cpu))
+        return err;
+    visit.index = cpu;
+    kestu_error_t *err = read_processor(rules, visit.processor);
+    if (first)
+        store_processor(rules, visit.processor, record);
+    if (!err && wants_rate(record, cpu))
+        visit.mhz = kestu_cpu_freq();
+    return err;
+}
+
+kestu_error_t *visit_processors(const Rules &rules, const kestu_cpu_genaffinity &mask,
+                                uint32_t count, Visit *visits, uint32_t &visited,
+                                kestu_cpu_t &record) {
+    visited = 0;
+    for (uint32_t cpu = 0; cpu < count; ++cpu) {
+        int is_there;
+        kestu_error_t *err = cpuid_test_genaffinity_bit(&mask, cpu, &is_there);
+        if (!err && is_there) {
+            err = visit_processor(rules, cpu, visited == 0, visits[visited], record);
+            ++visited;
+        }
+        if (err)
+            return err;
+    }
+    return nullptr;
+}
+
+kestu_error_t *fail_flaw(const Rules &rules, Flaw flaw) {
+    if (flaw == Flaw::none)
+        return nullptr;
+    return fail(inconsistent_topology, rules.flaw_text,
+                rules.flaw_numbers[static_cast<size_t>(flaw)]);
+}
+
+kestu_error_t *detect_topology(const Rules &rules, kestu_cpu_t &record, apr_pool_t *pool) {
+    const auto count = static_cast<uint32_t>(std::max(kestu_mach_os_cpu_num(), 0));
+    kestu_cpu_genaffinity mask = {.size = count / 8 + 1, .bits = nullptr};
+    mask.bits = allocate<uint8_t>(pool, mask.size);
+    if (!mask.bits)
+        return fail_apr(APR_ENOMEM);
+    if (kestu_error_t *err = kestu_cpu_set_chk_process_affinity_consistency(&mask, count))
+        return err;
+    auto *visits = allocate<Visit>(pool, count);
+    if (!visits)
+        return fail_apr(APR_ENOMEM);
+    uint32_t visited;
+    if (kestu_error_t *err = visit_processors(rules, mask, count, visits, visited, record))
+        return err;
+    return fail_flaw(rules, count_topology({visits, visited}, record));
+}
+
+} // namespace
+} // namespace kestu
+
+using namespace kestu;
+
+kestu_error_t *kestu_cpu_amd_topology(kestu_cpu_t *record, apr_pool_t *pool) {
+    return detect_topology(amd_rules, *record, pool);
+}
+
+kestu_error_t *kestu_cpu_intel_topology(kestu_cpu_t *record, apr_pool_t *pool) {
+    return detect_topology(intel_rules, *record, pool);
+}
