@@ -15,6 +15,7 @@
 #include "kestu_mem.h"
 #include "kestu_str.h"
 #include "kestu_sum.h"
+#include "kestu_tree.h"
 #include "kestu_util.h"
 #include "kestu_walk.h"
 
