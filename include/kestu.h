@@ -5,6 +5,7 @@
 #define KESTU_H
 
 #include "kestu_array.h"
+#include "kestu_cdl.h"
 #include "kestu_cpu.h"
 #include "kestu_defs.h"
 #include "kestu_dl.h"
@@ -13,6 +14,8 @@
 #include "kestu_lib.h"
 #include "kestu_mach.h"
 #include "kestu_mem.h"
+#include "kestu_sl.h"
+#include "kestu_stk.h"
 #include "kestu_str.h"
 #include "kestu_sum.h"
 #include "kestu_tree.h"

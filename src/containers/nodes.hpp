@@ -8,6 +8,10 @@
 
 namespace kestu {
 
+[[nodiscard]] inline kestu_error_t *fail_memory(size_t bytes) {
+    return fail(120012, "Failed to allocate %zu bytes of memory.", bytes);
+}
+
 // Nodes that live as long as their pool and are never given back one by one.
 struct PoolNodes {
     apr_pool_t *pool;
@@ -16,8 +20,7 @@ struct PoolNodes {
     template <typename Node>
     kestu_error_t *make(Node **node) const {
         *node = static_cast<Node *>(apr_palloc(pool, sizeof(Node)));
-        return *node ? nullptr
-                     : fail(120012, "Failed to allocate %zu bytes of memory.", sizeof(Node));
+        return *node ? nullptr : fail_memory(sizeof(Node));
     }
     static void release(void *) {}
 };

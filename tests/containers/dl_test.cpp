@@ -297,17 +297,11 @@ TEST(DlHeap, RefusedNodesLeaveListHandleAndOutAlone) {
 
 TEST_F(DlList, PoolsWithoutMemoryAreReportedExceptByCreate) {
     kestu_dl_t *list = make(1, 1)[0], *out = list;
-    pool.use_up();
-    kestu_error_t *err = nullptr;
-    {
-        AllocFailure failure(1, pools_too);
-        EXPECT_EQ(kestu_dl_create(2, nullptr, &out, pool), nullptr);
-    }
+    EXPECT_EQ(pool.without_memory([&] { return kestu_dl_create(2, nullptr, &out, pool); }),
+              nullptr);
     EXPECT_EQ(out, nullptr);
-    {
-        AllocFailure failure(1, pools_too);
-        err = kestu_dl_append(&list, 2, nullptr, &out, pool);
-    }
+    kestu_error_t *err =
+        pool.without_memory([&] { return kestu_dl_append(&list, 2, nullptr, &out, pool); });
     EXPECT_CHAIN(err, Element(120012, "Unable to append DL object."),
                  Element(120012, "Failed to allocate 32 bytes of memory."));
     EXPECT_THAT(checked_tags(list), ElementsAre(1));

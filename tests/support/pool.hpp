@@ -15,6 +15,15 @@ class Pool {
     Pool &operator=(const Pool &) = delete;
     operator apr_pool_t *() const { return pool; }
 
+    // What `attempt` returns when its first request to this pool, or for a new one, is refused.
+    template <typename Attempt>
+    auto without_memory(Attempt attempt) {
+        use_up();
+        AllocFailure failure(1, pools_too);
+        return attempt();
+    }
+
+  private:
     // Takes what room is left, so that the next request of any size goes to the system.
     void use_up() {
         AllocFailure failure(1, all_after | pools_too);
@@ -22,7 +31,6 @@ class Pool {
         }
     }
 
-  private:
     apr_pool_t *pool = nullptr;
 };
 
