@@ -11,6 +11,8 @@
 #include "kestu_dl.h"
 #include "kestu_error.h"
 #include "kestu_format.h"
+#include "kestu_img.h"
+#include "kestu_img_measure.h"
 #include "kestu_lib.h"
 #include "kestu_mach.h"
 #include "kestu_mem.h"

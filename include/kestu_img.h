@@ -1,0 +1,97 @@
+/*
+ * Grayscale images: the record that holds one, and TIFF files.
+ *
+ *     kestu_img_t img;
+ *     kestu_error_t *err = kestu_img_read("scan.tif", &img);
+ *     if (!err)
+ *         printf("%d\n", img.data8 ? img.data8[0][0] : img.data16[0][0]);
+ *     kestu_img_free(&img);
+ *
+ * The record belongs to the caller, its arrays to the record. A pixel is addressed as row, then
+ * column. No state is kept: different records may be used at the same time. Measures of an image
+ * are in kestu_img_measure.h.
+ */
+#ifndef KESTU_IMG_H
+#define KESTU_IMG_H
+
+#include "kestu_error.h"
+
+#include <stdint.h>
+
+KESTU_BEGIN_DECLS
+
+/*
+ * An image and what its file says of it. The matrices are those of kestu_mem_matrix_alloc with
+ * rows 0 to height - 1 and columns 0 to width - 1; at most one of them is not null.
+ */
+typedef struct kestu_img_t {
+    uint8_t **data8;         /* the pixels when bits[0] is 8 */
+    uint16_t **data16;       /* the pixels when bits[0] is 16 */
+    int32_t type;            /* 1 when a TIFF image has been read, else 0 */
+    int32_t height;          /* rows */
+    int32_t width;           /* columns */
+    int32_t samples;         /* samples per pixel */
+    int32_t bits[3];         /* bits per sample of up to three channels; the first one counts */
+    int32_t photometric;     /* 0 white is zero, 1 black is zero, ...; -1 when the file is silent */
+    double xres;             /* pixels per inch, 0 when the file is silent */
+    double yres;             /* pixels per inch, 0 when the file is silent */
+    char *software;          /* the program that wrote the file, or null */
+    int32_t compression;     /* as the file has it; the reader takes all data as uncompressed */
+    int32_t planar;          /* planar configuration */
+    uint32_t *strip_offsets; /* where the strips stand in the file */
+    int32_t n_strip_offsets; /* how many */
+    uint32_t *strip_bytes;   /* how long the strips are */
+    int32_t n_strip_bytes;   /* how many */
+    int32_t resunit;         /* resolution unit: 2 inch, 3 centimetre; -1 when the file is silent */
+} kestu_img_t;
+
+/*
+ * Read the file at `path` into the record `img`: all that it holds, or without the pixels. The
+ * record is zeroed first, so its arrays have to be released before it is read into again; a failure
+ * leaves it without arrays.
+ *
+ * What is read is little-endian TIFF (revision 6.0) of 8 or 16 bits in uncompressed strips, with
+ * any number of directories: a later one's tags replace an earlier one's. Samples are stored one
+ * after another, row by row, wherever the strips end; pixels that the strips do not reach are 0,
+ * and samples beyond the last pixel are left unread. Other depths give a record without pixels. The
+ * values of StripOffsets, StripByteCounts and Software stand at the entry's offset even when they
+ * would fit into the entry itself, but for a single strip.
+ *
+ * Everything that a file claims is compared with its size before memory is asked for. Errors:
+ *
+ *     120030  "Cannot open file '%s'"
+ *     120031  the file ends too soon, or cannot be read
+ *     120033  the file cannot be positioned in, as a pipe
+ *     120150  "Motorola TIFF is not supported.", "Unknown data format.", "Unknown TIFF format."
+ *     120151  "Invalid TIFF tag [name=%d type=%d length=%d offset=%d]"
+ *     120152  the structure of the image: its strips, resolution unit, photometric interpretation,
+ *             or directories that form a loop or share bytes
+ *     120153  strips that reach past the end of the file; or an image that claims more than 1 MiB
+ * of samples, or a million rows, beyond what the file holds 0       "No image data were found."
+ *
+ * and those of kestu_mem_matrix_alloc, all under "Cannot read TIFF image." or "Cannot read TIFF
+ * information from file.".
+ */
+KESTU_API KESTU_MUST_USE kestu_error_t *kestu_img_read_tiff(const char *path, kestu_img_t *img);
+KESTU_API KESTU_MUST_USE kestu_error_t *kestu_img_read_tiff_info(const char *path,
+                                                                 kestu_img_t *img);
+
+/*
+ * Reads the file at `path` into the record `img`, whatever its format, of which only TIFF is known
+ * today. Errors are those of the TIFF readers under "Cannot read image."; 120154 for a file that is
+ * not TIFF.
+ */
+KESTU_API KESTU_MUST_USE kestu_error_t *kestu_img_read(const char *path, kestu_img_t *img);
+
+/*
+ * Releases the matrices, the strip arrays and the software text of `img` and sets their pointers to
+ * null. The other fields stay.
+ */
+KESTU_API void kestu_img_free(kestu_img_t *img);
+
+/* Stores the resolution of `img` in pixels per millimetre through `xmm` and `ymm`; returns null. */
+KESTU_API kestu_error_t *kestu_img_get_resmm(const kestu_img_t *img, double *xmm, double *ymm);
+
+KESTU_END_DECLS
+
+#endif

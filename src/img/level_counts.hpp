@@ -1,0 +1,112 @@
+// Counting the gray levels of images.
+#pragma once
+
+#include "kestu_img.h"
+
+#include <cstddef>
+#include <cstring>
+#include <initializer_list>
+#include <limits>
+
+namespace kestu {
+
+inline uint64_t pixels_of(const kestu_img_t &img) {
+    if (img.height <= 0 || img.width <= 0)
+        return 0;
+    return static_cast<uint64_t>(img.height) * static_cast<uint64_t>(img.width);
+}
+
+template <typename Sample, typename Count>
+class LevelCounts {
+  public:
+    static constexpr size_t levels = size_t{1} << std::numeric_limits<Sample>::digits;
+
+    void add(const Sample *row, size_t n) {
+        const Sample *const end = row + n;
+        while (end - row >= per_block) {
+            const Sample *next = end_of_run(row, end);
+            if (next != row) {
+                counts_[0][*row] += static_cast<Count>(next - row);
+            } else {
+                next = row + per_block;
+                add_each(row);
+            }
+            row = next;
+        }
+        for (; row != end; ++row)
+            ++counts_[0][*row];
+    }
+
+    uint64_t of(size_t level) const {
+        uint64_t sum = 0;
+        for (const auto &set : counts_)
+            sum += set[level];
+        return sum;
+    }
+
+  private:
+    // Neighbours that are equal would have to wait for each other's count: several sets of counters
+    // let them go on. With 16 bits, a second set would cost more in the cache than it saves.
+    static constexpr size_t sets = sizeof(Sample) == 1 ? 4 : 1;
+
+    static constexpr int digits = std::numeric_limits<Sample>::digits;
+    static constexpr ptrdiff_t per_word = sizeof(uint64_t) / sizeof(Sample);
+    static constexpr ptrdiff_t per_block = 2 * per_word;
+
+    struct Block {
+        uint64_t low, high;
+    };
+    static Block load(const Sample *pixels) {
+        Block block;
+        std::memcpy(&block, pixels, sizeof block);
+        return block;
+    }
+
+    // Where the run of blocks of one level that begins at `pixels` ends; where it begins when there
+    // is none. Pixels are equal when their word does not change by being rotated by one of them.
+    static const Sample *end_of_run(const Sample *pixels, const Sample *end) {
+        const auto [low, high] = load(pixels);
+        if (low != high || low != (low << digits | low >> (64 - digits)))
+            return pixels;
+        Block block = {low, low};
+        do {
+            pixels += per_block;
+            if (end - pixels < per_block)
+                break;
+            block = load(pixels);
+        } while (((block.low ^ low) | (block.high ^ low)) == 0);
+        return pixels;
+    }
+
+    void add_each(const Sample *pixels) {
+        const auto [low, high] = load(pixels);
+        for (const uint64_t word : {low, high})
+            for (size_t i = 0; i < per_word; ++i)
+                ++counts_[i % sets][static_cast<Sample>(word >> (i * digits))];
+    }
+
+    Count counts_[sets][levels] = {};
+};
+
+// Counts in a frame of its own, so that no caller has more than one set of counters on the stack.
+template <typename Count, typename Sample, typename Use>
+[[gnu::noinline]] void count_rows(const kestu_img_t &img, Sample *const *rows, Use use) {
+    LevelCounts<Sample, Count> counts;
+    for (int32_t r = 0; r < img.height && img.width > 0; ++r)
+        counts.add(rows[r], static_cast<size_t>(img.width));
+    use(counts);
+}
+
+// Counts the levels of an image that check_grayscale lets pass and hands the counts to `use`.
+template <typename Use>
+void count_levels(const kestu_img_t &img, Use use) {
+    const bool wide = pixels_of(img) > std::numeric_limits<uint32_t>::max();
+    if (img.bits[0] == 8)
+        wide ? count_rows<uint64_t>(img, img.data8, use)
+             : count_rows<uint32_t>(img, img.data8, use);
+    else
+        wide ? count_rows<uint64_t>(img, img.data16, use)
+             : count_rows<uint32_t>(img, img.data16, use);
+}
+
+} // namespace kestu

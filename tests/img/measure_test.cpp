@@ -1,0 +1,240 @@
+// Histogram, entropy and threshold, beside plain loops over the definitions.
+#include "kestu_img_measure.h"
+#include "kestu_mem.h"
+
+#include "support/alloc_failure.hpp"
+#include "support/chain.hpp"
+
+#include <cmath>
+#include <random>
+
+using namespace kestu::test;
+using testing::AnyOf;
+
+namespace {
+
+// An image over the test's own samples.
+template <typename Sample>
+struct Picture {
+    Picture(size_t height, size_t width) : samples(height, std::vector<Sample>(width)) {
+        for (auto &row : samples)
+            rows.push_back(row.data());
+        img.height = static_cast<int32_t>(height);
+        img.width = static_cast<int32_t>(width);
+        img.samples = 1;
+        img.photometric = 1;
+        img.bits[0] = 8 * sizeof(Sample);
+        if constexpr (sizeof(Sample) == 1)
+            img.data8 = rows.data();
+        else
+            img.data16 = rows.data();
+    }
+
+    std::vector<std::vector<Sample>> samples;
+    std::vector<Sample *> rows;
+    kestu_img_t img = {};
+};
+
+std::vector<uint64_t> histogram(const kestu_img_t &img) {
+    int nbins = 0;
+    uint64_t *hist = nullptr;
+    EXPECT_OK(kestu_img_histogram(&img, &nbins, &hist));
+    std::vector<uint64_t> counts(hist, hist + nbins);
+    kestu_mem_free(hist);
+    return counts;
+}
+
+double entropy(const kestu_img_t &img) {
+    double value = -1;
+    EXPECT_OK(kestu_img_entropy(&img, &value));
+    return value;
+}
+
+double threshold(const std::vector<uint64_t> &hist) {
+    return kestu_img_thres_IJ(static_cast<int>(hist.size()), hist.data());
+}
+
+// Samples in runs of equal ones, from noise (1) to long ones.
+template <typename Sample>
+void fill_with_runs(Picture<Sample> &picture, unsigned mean_run, std::mt19937 &random) {
+    Sample value = 0;
+    for (auto &row : picture.samples)
+        for (Sample &sample : row)
+            sample = value = random() % mean_run == 0 ? static_cast<Sample>(random()) : value;
+}
+
+template <typename Sample>
+void expect_plain_counts(size_t width, unsigned mean_run, std::mt19937 &random) {
+    Picture<Sample> picture(5, width);
+    fill_with_runs(picture, mean_run, random);
+    std::vector<uint64_t> counts(size_t{1} << (8 * sizeof(Sample)));
+    for (const auto &row : picture.samples)
+        for (const Sample sample : row)
+            ++counts[sample];
+    double bits = 0;
+    for (const uint64_t count : counts)
+        if (count) {
+            const double p = static_cast<double>(count) / static_cast<double>(5 * width);
+            bits -= p * std::log(p) / 0.6931471805599453;
+        }
+    EXPECT_EQ(histogram(picture.img), counts) << width << ", " << mean_run;
+    EXPECT_EQ(entropy(picture.img), bits) << width << ", " << mean_run;
+}
+
+// The method to the letter: all sums anew for every split.
+double literal_threshold(const std::vector<uint64_t> &hist) {
+    const double middle = static_cast<double>(hist.size()) * 0.5;
+    const size_t last = hist.size() - 1;
+    size_t min = 0;
+    if (hist[0] == 0 && hist.size() != 1)
+        for (min = 1; min < last && hist[min] == 0;)
+            ++min;
+    size_t max = last;
+    if (hist[last] == 0) {
+        if (hist.size() == 1)
+            return middle;
+        while (max > 0 && hist[max] == 0)
+            --max;
+        if (max == 0 && hist[0] == 0)
+            return middle;
+    }
+    if (min >= max)
+        return middle;
+    size_t m = min;
+    double result = 0;
+    do {
+        double sum1 = 0, sum2 = 0, sum3 = 0, sum4 = 0;
+        for (size_t i = min; i <= m; ++i) {
+            sum1 += static_cast<double>(i * hist[i]);
+            sum2 += static_cast<double>(hist[i]);
+        }
+        for (size_t i = m + 1; i <= max; ++i) {
+            sum3 += static_cast<double>(i * hist[i]);
+            sum4 += static_cast<double>(hist[i]);
+        }
+        result = (sum1 / sum2 + sum3 / sum4) / 2;
+        ++m;
+    } while (static_cast<double>(m + 1) <= result && m < max - 1);
+    return result;
+}
+
+} // namespace
+
+TEST(Histogram, CountsAreThoseOfAPlainLoop) {
+    std::mt19937 random(1);
+    for (const unsigned mean_run : {1, 3, 40})
+        for (size_t width = 1; width < 40; width += 3) {
+            expect_plain_counts<uint8_t>(width, mean_run, random);
+            expect_plain_counts<uint16_t>(width, mean_run, random);
+        }
+}
+
+TEST(Histogram, OneLevelAndTwoLevels) {
+    Picture<uint8_t> sevens(3, 50);
+    for (auto &row : sevens.samples)
+        std::fill(row.begin(), row.end(), 7);
+    EXPECT_EQ(histogram(sevens.img)[7], 150u);
+    EXPECT_EQ(entropy(sevens.img), 0.0);
+    EXPECT_EQ(threshold(histogram(sevens.img)), 128.0);
+    Picture<uint8_t> halves(2, 20);
+    std::fill(halves.samples[1].begin(), halves.samples[1].end(), 255);
+    EXPECT_EQ(entropy(halves.img), 1.0);
+    EXPECT_EQ(threshold(histogram(halves.img)), 127.5);
+}
+
+// The rows of a very large image may be one row many times.
+TEST(Histogram, MorePixelsThan32BitsCount) {
+    Picture<uint8_t> row(1, 1 << 16);
+    std::fill(row.samples[0].begin(), row.samples[0].end(), 9);
+    row.samples[0][100] = 8;
+    std::vector<uint8_t *> rows((1 << 16) + 1, row.rows[0]);
+    row.img.data8 = rows.data();
+    row.img.height = static_cast<int32_t>(rows.size());
+    EXPECT_EQ(histogram(row.img)[9], rows.size() * ((1 << 16) - 1));
+    const double p = 1.0 / (1 << 16);
+    EXPECT_NEAR(entropy(row.img), -p * std::log2(p) - (1 - p) * std::log2(1 - p), 1e-12);
+}
+
+TEST(Histogram, ImagesWithoutPixelsHaveNone) {
+    for (const auto &[height, width] : {std::pair{0, 5}, {5, 0}, {-1, -5}}) {
+        Picture<uint16_t> picture(0, 0);
+        picture.img.height = height;
+        picture.img.width = width;
+        EXPECT_EQ(histogram(picture.img), std::vector<uint64_t>(65536));
+        EXPECT_EQ(entropy(picture.img), 0.0);
+    }
+}
+
+TEST(Histogram, OtherImagesAreRefused) {
+    constexpr const char *not_gray = "The image is not grayscale.";
+    constexpr const char *no_depth = "The image is neither 16-bit nor 8-bit grayscale.";
+    const struct {
+        int32_t samples, photometric, bits;
+        const char *message;
+    } cases[] = {
+        {3, 2, 12, not_gray},
+        {0, 0, 8, not_gray},
+        {1, 2, 12, "The photointerpretation is not sutable: 2"},
+        {1, -1, 8, "The photointerpretation is not sutable: -1"},
+        {1, 0, 12, no_depth},
+        {1, 1, -8, no_depth},
+    };
+    for (const auto &c : cases) {
+        kestu_img_t img = {};
+        img.samples = c.samples;
+        img.photometric = c.photometric;
+        img.bits[0] = c.bits;
+        int nbins = -1;
+        uint64_t *hist = nullptr;
+        double value = -1;
+        EXPECT_CHAIN(kestu_img_histogram(&img, &nbins, &hist),
+                     Element(0, "Cannot create histogram of an image."), Element(0, c.message));
+        EXPECT_CHAIN(kestu_img_entropy(&img, &value),
+                     Element(0, "Can't calculate entropy for an image."), Element(0, c.message));
+        EXPECT_EQ(nbins, -1);
+        EXPECT_EQ(value, -1);
+    }
+}
+
+TEST(Histogram, WithoutMemoryThereIsNone) {
+    Picture<uint16_t> picture(2, 2);
+    int nbins = 0;
+    uint64_t *hist = nullptr;
+    kestu_error_t *err = nullptr;
+    {
+        const AllocFailure failure(1);
+        err = kestu_img_histogram(&picture.img, &nbins, &hist);
+    }
+    EXPECT_CHAIN(err, Element(120012, "Cannot create histogram of an image."),
+                 Element(120012, "Failed to allocate 524288 bytes of memory."));
+    EXPECT_EQ(hist, nullptr);
+}
+
+TEST(Threshold, SmallHistograms) {
+    EXPECT_EQ(threshold({5}), 0.5);
+    EXPECT_EQ(threshold({0}), 0.5);
+    EXPECT_EQ(kestu_img_thres_IJ(0, nullptr), 0.0);
+    EXPECT_EQ(threshold({0, 0, 0}), 1.5);
+    EXPECT_EQ(threshold({4, 0, 0}), 1.5);
+    EXPECT_EQ(threshold({0, 0, 4}), 1.5);
+    EXPECT_EQ(threshold({1, 1}), 0.5);
+    std::vector<uint64_t> hist(256);
+    hist[10] = hist[20] = 3;
+    EXPECT_EQ(threshold(hist), 15.0);
+}
+
+// Small counts, whose sums can be carried along from split to split, and counts so large that sums
+// are rounded and products wrap.
+TEST(Threshold, IsTheMethodToTheLetter) {
+    std::mt19937_64 random(2);
+    for (int round = 0; round < 400; ++round) {
+        std::vector<uint64_t> hist(1 + random() % 300);
+        const int shift = static_cast<int>(random() % 64);
+        for (uint64_t &count : hist)
+            count = random() % 4 == 0 ? random() >> shift : 0;
+        const double expected = literal_threshold(hist);
+        const double found = threshold(hist);
+        EXPECT_TRUE(found == expected || (std::isnan(found) && std::isnan(expected)))
+            << "round " << round << ": " << found << " instead of " << expected;
+    }
+}

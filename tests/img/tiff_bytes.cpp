@@ -1,0 +1,115 @@
+#include "tiff_bytes.hpp"
+
+#include <algorithm>
+#include <cstdlib>
+
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace kestu::test {
+namespace {
+
+template <typename Number>
+std::string pack(std::initializer_list<unsigned> numbers) {
+    std::string bytes;
+    for (const unsigned n : numbers)
+        for (size_t i = 0; i < sizeof(Number); ++i)
+            bytes += static_cast<char>(n >> (8 * i));
+    return bytes;
+}
+
+template <typename Sample>
+void collect(const kestu_img_t &img, Sample *const *rows, std::vector<int> &pixels) {
+    for (int r = 0; rows && r < img.height; ++r)
+        pixels.insert(pixels.end(), rows[r], rows[r] + img.width);
+}
+
+void require(bool done) {
+    if (!done)
+        std::abort();
+}
+
+} // namespace
+
+std::vector<int> Image::pixels() const {
+    std::vector<int> all;
+    collect(*this, data8, all);
+    collect(*this, data16, all);
+    return all;
+}
+
+MemoryFile::MemoryFile(std::string_view bytes)
+    : fd_(memfd_create("test", 0)), path_("/proc/self/fd/" + std::to_string(fd_)) {
+    write_at(0, bytes);
+}
+
+MemoryFile::~MemoryFile() {
+    close(fd_);
+}
+
+void MemoryFile::write_at(uint64_t offset, std::string_view bytes) {
+    require(pwrite(fd_, bytes.data(), bytes.size(), static_cast<off_t>(offset)) ==
+            static_cast<ssize_t>(bytes.size()));
+}
+
+void MemoryFile::resize(uint64_t size) {
+    require(ftruncate(fd_, static_cast<off_t>(size)) == 0);
+}
+
+std::string MemoryFile::bytes() const {
+    struct stat info = {};
+    require(fstat(fd_, &info) == 0);
+    std::string content(static_cast<size_t>(info.st_size), '\0');
+    require(pread(fd_, content.data(), content.size(), 0) == info.st_size);
+    return content;
+}
+
+std::string u16(std::initializer_list<unsigned> numbers) {
+    return pack<uint16_t>(numbers);
+}
+std::string u32(std::initializer_list<unsigned> numbers) {
+    return pack<uint32_t>(numbers);
+}
+
+std::string tiff_header(uint32_t first_directory) {
+    return std::string("II*\0", 4) + u32({first_directory});
+}
+
+std::string tiff_directory(const std::vector<Field> &fields, uint32_t next) {
+    std::string bytes = u16({static_cast<unsigned>(fields.size())});
+    for (const Field &f : fields)
+        bytes += u16({f.tag, f.type}) + u32({f.count, f.value});
+    return bytes + u32({next});
+}
+
+uint32_t Tiff::put(std::string_view bytes) {
+    const size_t offset = 8 + data_.size();
+    data_ += bytes;
+    return static_cast<uint32_t>(offset);
+}
+
+Tiff &Tiff::set(Field field) {
+    drop(field.tag);
+    fields_.push_back(field);
+    return *this;
+}
+
+Tiff &Tiff::drop(uint16_t tag) {
+    std::erase_if(fields_, [tag](const Field &f) { return f.tag == tag; });
+    return *this;
+}
+
+std::string Tiff::bytes() const {
+    return tiff_header(static_cast<uint32_t>(8 + data_.size())) + data_ + tiff_directory(fields_);
+}
+
+Tiff Tiff::gray(uint32_t width, uint32_t height, uint32_t bits, std::string_view samples) {
+    Tiff tiff;
+    const uint32_t strip = tiff.put(samples);
+    tiff.set(256, width).set(257, height).set({258, shorts, 1, bits}).set(262, 1);
+    tiff.set({277, shorts, 1, 1}).set(273, strip);
+    return tiff.set(279, static_cast<uint32_t>(samples.size()));
+}
+
+} // namespace kestu::test

@@ -1,0 +1,79 @@
+// TIFF files made by hand, and files that live in memory.
+#pragma once
+
+#include "kestu_img.h"
+
+#include <cstdint>
+#include <initializer_list>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kestu::test {
+
+// A record that is released with the test that made it.
+struct Image : kestu_img_t {
+    Image() : kestu_img_t{} {}
+    ~Image() { kestu_img_free(this); }
+    Image(const Image &) = delete;
+    Image &operator=(const Image &) = delete;
+
+    bool holds_arrays() const {
+        return data8 || data16 || strip_offsets || strip_bytes || software;
+    }
+    // All pixels, row after row; empty without a matrix.
+    std::vector<int> pixels() const;
+};
+
+// A file without a name that can be opened through its path.
+class MemoryFile {
+  public:
+    explicit MemoryFile(std::string_view bytes = {});
+    ~MemoryFile();
+    MemoryFile(const MemoryFile &) = delete;
+    MemoryFile &operator=(const MemoryFile &) = delete;
+
+    const char *path() const { return path_.c_str(); }
+    void write_at(uint64_t offset, std::string_view bytes);
+    void resize(uint64_t size);
+    std::string bytes() const;
+
+  private:
+    int fd_;
+    std::string path_;
+};
+
+std::string u16(std::initializer_list<unsigned> numbers);
+std::string u32(std::initializer_list<unsigned> numbers);
+
+enum : uint16_t { ascii = 2, shorts = 3, longs = 4, rational = 5 };
+
+struct Field {
+    uint16_t tag, type;
+    uint32_t count, value;
+};
+
+std::string tiff_header(uint32_t first_directory);
+std::string tiff_directory(const std::vector<Field> &fields, uint32_t next = 0);
+
+// A file with one directory behind its data.
+class Tiff {
+  public:
+    // Places bytes in the file and returns their offset.
+    uint32_t put(std::string_view bytes);
+
+    Tiff &set(uint16_t tag, uint32_t value) { return set({tag, longs, 1, value}); }
+    Tiff &set(Field field); // in place of a field with the same tag
+    Tiff &drop(uint16_t tag);
+    const std::vector<Field> &fields() const { return fields_; }
+    std::string bytes() const;
+
+    // A grayscale image, black is zero, whose samples stand in one strip.
+    static Tiff gray(uint32_t width, uint32_t height, uint32_t bits, std::string_view samples);
+
+  private:
+    std::string data_;
+    std::vector<Field> fields_;
+};
+
+} // namespace kestu::test
