@@ -1,10 +1,15 @@
 // Checksums of short, middling and long buffers beside the libraries that people take for them.
+// OpenSSL's own SHA-1 functions are deprecated for its generic ones, but cost less.
+#define OPENSSL_SUPPRESS_DEPRECATED
+
 #include "kestu_sum.h"
 #include "util/crc_table.hpp"
 
 #include <benchmark/benchmark.h>
 #include <isa-l/crc.h>
 #include <libdeflate.h>
+#include <openssl/evp.h>
+#include <openssl/sha.h>
 #include <zlib.h>
 
 #include <cstring>
@@ -42,6 +47,31 @@ uint64_t exclusive_or(const unsigned char *data, size_t size) {
     return sum;
 }
 
+unsigned char sha1_ours(const unsigned char *data, size_t size) {
+    unsigned char digest[KESTU_SHA1_SIZE + 1];
+    kestu_sha1(digest, data, static_cast<uint32_t>(size));
+    return digest[0];
+}
+
+unsigned char sha1_openssl(const unsigned char *data, size_t size) {
+    unsigned char digest[SHA_DIGEST_LENGTH];
+    SHA_CTX context;
+    SHA1_Init(&context);
+    SHA1_Update(&context, data, size);
+    SHA1_Final(digest, &context);
+    return digest[0];
+}
+
+unsigned char sha1_evp(const unsigned char *data, size_t size) {
+    static EVP_MD_CTX *const context = EVP_MD_CTX_new();
+    static EVP_MD *const method = EVP_MD_fetch(nullptr, "SHA1", nullptr);
+    unsigned char digest[SHA_DIGEST_LENGTH];
+    EVP_DigestInit_ex2(context, method, nullptr);
+    EVP_DigestUpdate(context, data, size);
+    EVP_DigestFinal_ex(context, digest, nullptr);
+    return digest[0];
+}
+
 void add(const char *name, auto checksum) {
     for (const auto &[size, text] : {std::pair{64, "64 B"}, {4096, "4 KiB"}, {1 << 20, "1 MiB"}}) {
         std::string full = name;
@@ -65,6 +95,9 @@ int main(int argc, char **argv) {
         [](Data data, size_t size) { return crc16_t10dif(0, data, size); });
     add("crc16 */sliced table",
         [](Data data, size_t size) { return kestu::crc_sliced<kestu::Crc16>(0, data, size); });
+    add("sha1 */ours", sha1_ours);
+    add("sha1 */OpenSSL", sha1_openssl);
+    add("sha1 */OpenSSL EVP", sha1_evp);
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
 }

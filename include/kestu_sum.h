@@ -1,13 +1,15 @@
 /*
- * Checksums of bytes: the CRC-32 of zlib and IEEE 802.3, and CRC-16/ARC.
+ * Checksums of bytes: SHA-1, the CRC-32 of zlib and IEEE 802.3, and CRC-16/ARC.
  *
+ *     unsigned char digest[KESTU_SHA1_SIZE + 1];
+ *     kestu_sha1(digest, data, size);
  *     uint32_t crc = kestu_util_crc32(0, head, head_size);
- *     crc = kestu_util_crc32(crc, rest, rest_size);             // the CRC of both, one after the
- * other
+ *     crc = kestu_util_crc32(crc, rest, rest_size);   // the CRC of head and rest together
  *
  * Nothing is allocated and nothing can fail. The fastest way that the processor has is chosen at
  * the first call; the results do not depend on it. No state is shared: everything may run at the
- * same time.
+ * same time, with a context of SHA-1 on one thread at a time. SHA-1 and CRCs find accidents; they
+ * do not keep out attackers.
  */
 #ifndef KESTU_SUM_H
 #define KESTU_SUM_H
@@ -18,6 +20,33 @@
 #include <stdint.h>
 
 KESTU_BEGIN_DECLS
+
+enum { KESTU_SHA1_SIZE = 20, KESTU_SHA1_BLOCK_SIZE = 64 };
+
+/* A SHA-1 under way. The caller provides it; it holds no resources. */
+typedef struct kestu_sha1_t {
+    uint32_t state[5];                           /* the chaining words H0 to H4 */
+    uint32_t count[2];                           /* message length in bits: low word, high word */
+    unsigned char buffer[KESTU_SHA1_BLOCK_SIZE]; /* the block that is not full yet */
+} kestu_sha1_t;
+
+/*
+ * SHA-1 (FIPS 180-1) in pieces: begin in `context`, add `len` bytes of `data` as often as there are
+ * some, then take the 20 bytes of the `digest`. The last step also fills the context with zeros.
+ * `data` may be null when `len` is 0.
+ */
+KESTU_API void kestu_sha1_init(kestu_sha1_t *context);
+KESTU_API void kestu_sha1_update(const unsigned char *data, uint32_t len, kestu_sha1_t *context);
+KESTU_API void kestu_sha1_final(unsigned char *digest, kestu_sha1_t *context);
+
+/* One compression: takes the 64 bytes of `block` into the five chaining words `state`. */
+KESTU_API void kestu_sha1_transform(uint32_t *state, const unsigned char *block);
+
+/*
+ * The SHA-1 of `len` bytes of `data` at once. `digest` has room for 21 bytes: a zero is written
+ * behind the 20 of the digest, so that it can be handled as a terminated byte string.
+ */
+KESTU_API void kestu_sha1(unsigned char *digest, const unsigned char *data, uint32_t len);
 
 /*
  * Continues `crc`, which is 0 at the start, over the `len` bytes at `buf`; an empty buffer leaves

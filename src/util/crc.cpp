@@ -7,9 +7,9 @@ using namespace kestu;
 
 // An empty buffer keeps the CRC while a missing one gives 0: callers tell the two apart.
 uint32_t kestu_util_crc32(uint32_t crc, const unsigned char *buf, size_t len) {
-    return buf ? ~crc_path().crc32(~crc, buf, len) : 0;
+    return buf ? ~crc_dispatch.current().crc32(~crc, buf, len) : 0;
 }
 
 uint16_t kestu_util_crc16(uint32_t crc, const unsigned char *buf, size_t len) {
-    return buf ? crc_path().crc16(static_cast<uint16_t>(crc), buf, len) : 0;
+    return buf ? crc_dispatch.current().crc16(static_cast<uint16_t>(crc), buf, len) : 0;
 }

@@ -86,14 +86,15 @@ TEST(Crc, ACrcCanBeContinued) {
 class CrcOnPath : public testing::TestWithParam<CrcPath> {
   protected:
     void SetUp() override {
-        if (!GetParam().runs_on(cpu_features()))
+        const bool CpuFeatures::*needed = GetParam().needs;
+        if (needed && !(cpu_features().*needed))
             GTEST_SKIP() << "this processor has no path " << GetParam().name;
-        force_crc_path(GetParam());
+        crc_dispatch.force(GetParam());
     }
-    void TearDown() override { forget_crc_path(); }
+    void TearDown() override { crc_dispatch.forget(); }
 };
 
-INSTANTIATE_TEST_SUITE_P(Paths, CrcOnPath, testing::ValuesIn(crc_paths()),
+INSTANTIATE_TEST_SUITE_P(Paths, CrcOnPath, testing::ValuesIn(crc_dispatch.all()),
                          [](const auto &path) { return path.param.name; });
 
 TEST_P(CrcOnPath, AgreesWithDivisionBitByBit) {
@@ -108,7 +109,7 @@ TEST_P(CrcOnPath, AgreesWithDivisionBitByBit) {
 
 // Each message ends where its block does, so that a sanitizer sees what is read beyond it.
 TEST_P(CrcOnPath, AgreesWithThePlainLoopForEveryLengthAndAlignment) {
-    const CrcPath &plain = crc_paths().front();
+    const CrcPath &plain = crc_dispatch.all().front();
     const Bytes source = random_bytes(1000);
     for (size_t alignment = 0; alignment < 64; ++alignment)
         for (size_t size = 0; size <= source.size(); ++size) {
@@ -121,7 +122,7 @@ TEST_P(CrcOnPath, AgreesWithThePlainLoopForEveryLengthAndAlignment) {
 }
 
 TEST(CrcPaths, TheFastestThatTheFeaturesAllowIsTaken) {
-    const auto best = [](CpuFeatures features) { return best_crc_path(features).name; };
+    const auto best = [](CpuFeatures features) { return crc_dispatch.best(features).name; };
     EXPECT_STREQ(best({}), "sliced");
     EXPECT_STREQ(best({.sha = true}), "sliced");
     EXPECT_STREQ(best({.clmul = true}), "folded_128");
@@ -156,7 +157,7 @@ TEST(CrcPaths, AFeatureCountsOnlyWithItsRegistersSaved) {
 TEST(CrcPaths, ThreadsMayMeetAtTheFirstCall) {
     const Bytes data = random_bytes(1000);
     const uint32_t wanted = kestu_util_crc32(0, data.data(), data.size());
-    forget_crc_path();
+    crc_dispatch.forget();
     std::vector<std::thread> threads;
     std::atomic<int> right = 0;
     for (int i = 0; i < 8; ++i)
@@ -164,5 +165,5 @@ TEST(CrcPaths, ThreadsMayMeetAtTheFirstCall) {
     for (std::thread &thread : threads)
         thread.join();
     EXPECT_EQ(right, 8);
-    EXPECT_EQ(&crc_path(), &best_crc_path(cpu_features()));
+    EXPECT_EQ(&crc_dispatch.current(), &crc_dispatch.best(cpu_features()));
 }
