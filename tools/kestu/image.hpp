@@ -1,0 +1,51 @@
+// An image and what is measured of it.
+#pragma once
+
+#include "kestu_error.h"
+#include "kestu_img.h"
+#include "kestu_img_measure.h"
+#include "kestu_mem.h"
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <utility>
+
+namespace program {
+
+// An image record that releases what it owns.
+class Image {
+  public:
+    Image() = default;
+    ~Image() { kestu_img_free(&record); }
+    Image(const Image &) = delete;
+    Image &operator=(const Image &) = delete;
+
+    kestu_img_t record{};
+};
+
+// The counts of an image's gray levels.
+class Histogram {
+  public:
+    Histogram() = default;
+    ~Histogram() { kestu_mem_free(counts); }
+    Histogram(const Histogram &) = delete;
+    Histogram &operator=(const Histogram &) = delete;
+
+    kestu_error_t *measure(kestu_img_t &image) {
+        return kestu_img_histogram(&image, &bins, &counts);
+    }
+    std::span<const uint64_t> levels() const { return {counts, static_cast<size_t>(bins)}; }
+    double threshold() const { return kestu_img_thres_IJ(bins, counts); }
+
+  private:
+    int bins = 0;
+    uint64_t *counts = nullptr;
+};
+
+// The description of an image, a line for each field, with entropy and threshold where they can be
+// taken.
+std::string describe(const std::string &path, kestu_img_t &image);
+
+} // namespace program

@@ -1,0 +1,42 @@
+// The frame of the program: parsing, exit status, and how commands report failures.
+#pragma once
+
+#include "kestu_error.h"
+
+#include <CLI/CLI.hpp>
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace program {
+
+enum ExitStatus { exit_ok = 0, exit_failure = 1, exit_usage = 2 };
+
+// What one run of the program has come to. Commands lower it; it never improves.
+class Outcome {
+  public:
+    // True on success. A failure is printed on standard error, one line for each element of the
+    // chain behind the program's name and `subject` (a file, or empty), and released.
+    bool ok(kestu_error_t *err, const std::string &subject = "");
+
+    // Says on standard error what went wrong where there is no chain.
+    void fail(const std::string &message);
+
+    // A failure that somebody else has told about.
+    void fail() { exit_status = exit_failure; }
+
+    int status() const { return exit_status; }
+
+  private:
+    int exit_status = exit_ok;
+};
+
+// Runs the command that the arguments (without the program's name) name and returns the exit
+// status.
+int run(const std::vector<std::string> &arguments);
+
+// Each adds a group of commands. The callbacks report to `outcome`, which outlives `app`.
+void add_image_commands(CLI::App &app, Outcome &outcome);
+
+} // namespace program
