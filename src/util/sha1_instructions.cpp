@@ -23,23 +23,32 @@ __m128i load_message(const unsigned char *bytes) {
     return _mm_shuffle_epi8(load(bytes), reversed);
 }
 
-// Rounds 4 * i to 4 * i + 3; `message` holds the sixteen last words of the expansion.
+// Rounds 4 * i to 4 * i + 3. `message` holds four words of the expansion in each register. What
+// later steps need of it, and then the words of the `next` block, is prepared in the shadow of the
+// rounds, which take the longest.
 template <int i>
-[[gnu::always_inline]] inline void four_rounds(State &state, __m128i (&message)[4]) {
-    __m128i &w = message[i % 4];
-    if constexpr (i >= 4)
-        w = _mm_sha1msg2_epu32(_mm_sha1msg1_epu32(w, message[(i + 1) % 4]) ^ message[(i + 2) % 4],
-                               message[(i + 3) % 4]);
+[[gnu::always_inline]] inline void four_rounds(State &state, __m128i (&message)[4],
+                                               const unsigned char *next) {
+    const __m128i w = message[i % 4];
     const __m128i e_and_words =
         i == 0 ? _mm_add_epi32(state.e, w) : _mm_sha1nexte_epu32(state.e, w);
     state.e = state.abcd;
     state.abcd = _mm_sha1rnds4_epu32(state.abcd, e_and_words, i / 5);
+    if constexpr (i >= 3 && i < 19)
+        message[(i + 1) % 4] = _mm_sha1msg2_epu32(message[(i + 1) % 4], w);
+    if constexpr (i >= 2 && i < 18)
+        message[(i + 2) % 4] ^= w;
+    if constexpr (i >= 1 && i < 17)
+        message[(i + 3) % 4] = _mm_sha1msg1_epu32(message[(i + 3) % 4], w);
+    if constexpr (i >= 16)
+        message[i % 4] = load_message(next + 16 * (i % 4));
 }
 
 template <int... i>
 [[gnu::always_inline]] inline void all_rounds(State &state, __m128i (&message)[4],
+                                              const unsigned char *next,
                                               std::integer_sequence<int, i...>) {
-    (four_rounds<i>(state, message), ...);
+    (four_rounds<i>(state, message, next), ...);
 }
 
 } // namespace
@@ -48,11 +57,12 @@ void sha1_compress_by_instructions(uint32_t *words, const unsigned char *blocks,
     constexpr int reversed = 0x1B;
     State state = {_mm_shuffle_epi32(load(words), reversed),
                    _mm_set_epi32(static_cast<int>(words[4]), 0, 0, 0)};
-    for (; count > 0; --count, blocks += sha1_block_size) {
+    __m128i message[4] = {load_message(blocks), load_message(blocks + 16),
+                          load_message(blocks + 32), load_message(blocks + 48)};
+    for (; count > 0; --count) {
         const State before = state;
-        __m128i message[4] = {load_message(blocks), load_message(blocks + 16),
-                              load_message(blocks + 32), load_message(blocks + 48)};
-        all_rounds(state, message, std::make_integer_sequence<int, 20>{});
+        blocks += count > 1 ? sha1_block_size : 0; // the last block is loaded twice
+        all_rounds(state, message, blocks, std::make_integer_sequence<int, 20>{});
         state.abcd = _mm_add_epi32(state.abcd, before.abcd);
         state.e = _mm_sha1nexte_epu32(state.e, before.e);
     }

@@ -10,7 +10,7 @@ namespace kestu {
 
 constexpr size_t sha1_block_size = 64;
 
-// Takes `count` blocks that stand one after the other into the five chaining words.
+// Takes `count` blocks, at least one, that stand one after the other into the five chaining words.
 using Sha1Compress = void(uint32_t *state, const unsigned char *blocks, size_t count);
 
 struct Sha1Path {
