@@ -472,13 +472,9 @@ TEST(TreeFailures, NoMemoryIsReportedAndNothingIsTouched) {
 
 TEST_F(Tree, APoolWithoutMemoryIsReportedWhereANodeIsLinked) {
     kestu_tree_t *root = sample(), *out = root;
-    pool.use_up();
-    kestu_error_t *err = nullptr;
-    {
-        AllocFailure failure(1, only_one | pools_too);
-        err = kestu_tree_prepend_child(root, 10, nullptr, &out, pool);
-    }
-    EXPECT_CHAIN(err, Element(120012, "Unable to prepend child Tree node."),
+    EXPECT_CHAIN(pool.without_memory(
+                     [&] { return kestu_tree_prepend_child(root, 10, nullptr, &out, pool); }),
+                 Element(120012, "Unable to prepend child Tree node."),
                  Element(120012, "Failed to allocate 48 bytes of memory."));
     EXPECT_EQ(out, root);
     EXPECT_EQ(checked_shape(root), "1(2 3(4 5) 6) 7 8(9)");
