@@ -16,6 +16,7 @@
 #include "kestu_lib.h"
 #include "kestu_mach.h"
 #include "kestu_mem.h"
+#include "kestu_prsd.h"
 #include "kestu_sl.h"
 #include "kestu_stk.h"
 #include "kestu_str.h"

@@ -1,0 +1,139 @@
+// The parameter parser. A parameter is always a piece of the text, so it is measured there and
+// copied once, whatever its length.
+#include "kestu_prsd.h"
+
+#include "frame/error.hpp"
+#include "kestu_str.h"
+#include "str/pool_text.hpp"
+
+#include <algorithm>
+#include <bit>
+#include <cctype>
+#include <cstring>
+
+using namespace kestu;
+
+namespace {
+
+constexpr int entries_at_once = 10;
+
+// Entries are granted in tens, which `room` counts, but the array behind them doubles: a text of n
+// parameters takes memory in proportion to n. It is full when it holds ten times a power of two.
+kestu_error_t *make_room(kestu_prsd_t &prsd, apr_pool_t *pool) {
+    const auto used = static_cast<size_t>(prsd.n);
+    if (used == 0 || std::has_single_bit(used / entries_at_once)) {
+        const size_t bytes =
+            std::max<size_t>(2 * used, entries_at_once) * sizeof(kestu_prsd_param_t);
+        auto *params = static_cast<kestu_prsd_param_t *>(apr_palloc(pool, bytes));
+        if (!params)
+            return fail(120012, "Failed to allocate %zu bytes of memory.", bytes);
+        std::memset(params, 0, bytes);
+        std::copy_n(prsd.params, used, params);
+        prsd.params = params;
+    }
+    prsd.room = entries_at_once;
+    return nullptr;
+}
+
+const char *skip_space(const char *text) {
+    while (std::isspace(static_cast<unsigned char>(*text)))
+        ++text;
+    return text;
+}
+
+// Most words begin with a letter that begins no number ("inf" and "nan" are numbers). Knowing them
+// saves making an error for each, only to release it.
+bool may_be_double(const char *text) {
+    text = skip_space(text);
+    if (*text == '+' || *text == '-')
+        ++text;
+    return !std::isalpha(static_cast<unsigned char>(*text)) || std::strchr("iInN", *text);
+}
+
+bool accepted(kestu_error_t *refusal) {
+    const bool accepted = !refusal;
+    kestu_error_clear(refusal);
+    return accepted;
+}
+
+void classify(kestu_prsd_t &prsd, kestu_prsd_param_t &param, char *text) {
+    if (kestu_str_is_integer(skip_space(text)) && accepted(kestu_str_to_integer(text, &param.i))) {
+        param.type = KESTU_PRSD_INT;
+        ++prsd.n_int;
+    } else if (may_be_double(text) && accepted(kestu_str_to_double(text, &param.d))) {
+        param.type = KESTU_PRSD_DOUBLE;
+        ++prsd.n_double;
+    } else {
+        param.type = KESTU_PRSD_STRING;
+        param.s = text;
+        ++prsd.n_string;
+    }
+}
+
+kestu_error_t *add_parameter(kestu_prsd_t &prsd, std::string_view text, apr_pool_t *pool) {
+    if (prsd.room == 0)
+        if (kestu_error_t *err = make_room(prsd, pool))
+            return err;
+    char *copy = pool_copy(pool, text);
+    if (!copy)
+        return fail(120012, "Failed to allocate %zu bytes of memory.", text.size() + 1);
+    classify(prsd, prsd.params[prsd.n], copy);
+    ++prsd.n;
+    --prsd.room;
+    return nullptr;
+}
+
+// Finds where the next parameter begins, or the end of the text.
+const char *begin_parameter(kestu_prsd_t &prsd, const char *text, const char *separators) {
+    text += std::strspn(text, separators);
+    switch (*text) {
+    case '\0':
+        return text;
+    case '"':
+        prsd.state = KESTU_PRSD_QUOTED;
+        return text + 1;
+    case '\\':
+        prsd.state = KESTU_PRSD_CONTINUED;
+        return text + 1;
+    default:
+        prsd.state = KESTU_PRSD_IN_PARAMETER;
+        return text;
+    }
+}
+
+// The state outlives the end of the text, so that the next text goes on in it.
+kestu_error_t *parse(kestu_prsd_t &prsd, const char *text, const char *separators,
+                     apr_pool_t *pool) {
+    while (*text) {
+        if (prsd.state != KESTU_PRSD_IN_PARAMETER && prsd.state != KESTU_PRSD_QUOTED) {
+            text = begin_parameter(prsd, text, separators);
+            continue;
+        }
+        const char *ends = prsd.state == KESTU_PRSD_QUOTED ? "\"" : separators;
+        const size_t length = std::strcspn(text, ends);
+        if (length > 0)
+            if (kestu_error_t *err = add_parameter(prsd, {text, length}, pool))
+                return err;
+        text += length;
+        if (*text) {
+            prsd.state = KESTU_PRSD_BETWEEN;
+            ++text;
+        }
+    }
+    return nullptr;
+}
+
+} // namespace
+
+kestu_error_t *kestu_prsd_parse_p(kestu_prsd_t *prsd, const char *str, const char *separators,
+                                  apr_pool_t *pool) {
+    return wrap(parse(*prsd, str, separators, pool), "Can't parse string.");
+}
+
+int kestu_prsd_incomplete(const kestu_prsd_t *prsd) {
+    return prsd->state == KESTU_PRSD_CONTINUED;
+}
+
+void kestu_prsd_clear_p(kestu_prsd_t *prsd) {
+    *prsd = {};
+}

@@ -1,0 +1,194 @@
+// Splitting lines into parameters, and what the record carries from one line to the next.
+#include "kestu_lib.h"
+#include "kestu_prsd.h"
+
+#include "support/alloc_failure.hpp"
+#include "support/chain.hpp"
+
+#include <cmath>
+#include <string>
+#include <vector>
+
+using namespace kestu::test;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+class Parser : public testing::Test {
+  protected:
+    Parser() {
+        apr_pool_create_ex(&pool, kestu_pool, nullptr, nullptr);
+        kestu_prsd_clear_p(&prsd);
+    }
+    ~Parser() override { apr_pool_destroy(pool); }
+
+    // Parses the lines into a cleared record; every parameter is shown as its kind and value.
+    std::vector<std::string> parse(const std::vector<std::string> &lines,
+                                   const char *separators = " ") {
+        kestu_prsd_clear_p(&prsd);
+        for (const std::string &line : lines)
+            EXPECT_OK(kestu_prsd_parse_p(&prsd, line.c_str(), separators, pool));
+        return shown();
+    }
+
+    std::vector<std::string> shown() const {
+        std::vector<std::string> result;
+        int counts[4] = {};
+        for (int i = 0; i < prsd.n; ++i) {
+            const kestu_prsd_param_t &param = prsd.params[i];
+            ++counts[param.type];
+            result.push_back(show(param));
+        }
+        EXPECT_THAT(counts, ElementsAre(0, prsd.n_int, prsd.n_double, prsd.n_string));
+        return result;
+    }
+
+    // Fields of the other kinds have to be empty.
+    static std::string show(const kestu_prsd_param_t &param) {
+        char number[32];
+        std::snprintf(number, sizeof number, "%g", param.d);
+        const std::string all[] = {std::to_string(param.i), number, param.s ? param.s : "-"};
+        for (int type = KESTU_PRSD_INT; type <= KESTU_PRSD_STRING; ++type)
+            EXPECT_TRUE(type == param.type || all[type - 1] == (type < 3 ? "0" : "-"));
+        return "ids"[param.type - 1] + (":" + all[param.type - 1]);
+    }
+
+    apr_pool_t *pool = nullptr;
+    kestu_prsd_t prsd;
+};
+
+} // namespace
+
+TEST_F(Parser, ParametersAreClassified) {
+    EXPECT_THAT(parse({"1 2.5 abc"}), ElementsAre("i:1", "d:2.5", "s:abc"));
+    EXPECT_EQ(prsd.n, 3);
+    const struct {
+        const char *text, *shown;
+    } cases[] = {
+        {"-0012", "i:-12"},
+        {"+7", "i:7"},
+        {"4294967296", "i:0"}, // an int keeps the low 32 bits
+        {"9223372036854775807", "i:-1"},
+        {"9223372036854775808", "d:9.22337e+18"},
+        {"0x10", "d:16"},
+        {"-0x1p-1", "d:-0.5"},
+        {".5", "d:0.5"},
+        {"1e3", "d:1000"},
+        {"inf", "d:inf"},
+        {"-InFinity", "d:-inf"},
+        {"Nan", "d:nan"},
+        {"nan(7)", "d:nan"},
+        {"1e999", "s:1e999"}, // beyond both kinds of number
+        {"1e-400", "s:1e-400"},
+        {"1a", "s:1a"},
+        {"+", "s:+"},
+        {"-x", "s:-x"},
+        {"info", "s:info"},
+        {"nil", "s:nil"},
+        {"e5", "s:e5"},
+        {"/", "s:/"},
+        {"\xff", "s:\xff"},
+        {"\" 12\"", "i:12"}, // conversions skip white space in front, and none behind
+        {"\" -2.5\"", "d:-2.5"},
+        {"\"12 \"", "s:12 "},
+        {"\" \"", "s: "},
+        {"\" word\"", "s: word"},
+    };
+    for (const auto &c : cases)
+        EXPECT_THAT(parse({c.text}), ElementsAre(c.shown)) << c.text;
+}
+
+TEST_F(Parser, QuotesAndBackslashesMeanSomethingOnlyBetweenParameters) {
+    EXPECT_THAT(parse({"\"a b\""}), ElementsAre("s:a b"));
+    EXPECT_THAT(parse({"\"12\""}), ElementsAre("i:12"));
+    EXPECT_THAT(parse({"a\"b c\\d"}), ElementsAre("s:a\"b", "s:c\\d"));
+    EXPECT_THAT(parse({"\"a\\\"b"}), ElementsAre("s:a\\", "s:b"));
+    EXPECT_THAT(parse({"\"a\"b\"c d\""}), ElementsAre("s:a", "s:b\"c", "s:d\""));
+    EXPECT_THAT(parse({"\"\" \"\"a"}), ElementsAre("s:a"));
+    EXPECT_THAT(parse({"\\\\a\\\\"}), ElementsAre("s:a\\\\"));
+    EXPECT_THAT(parse({"\\\"a b\""}), ElementsAre("s:a b"));
+}
+
+TEST_F(Parser, EverySeparatorCounts) {
+    EXPECT_THAT(parse({",;a,b;;c,"}, ";,"), ElementsAre("s:a", "s:b", "s:c"));
+    EXPECT_THAT(parse({"a b"}, ""), ElementsAre("s:a b"));
+    EXPECT_THAT(parse({"\xe9"
+                       "a\xe9"
+                       "1"},
+                      "\xe9"),
+                ElementsAre("s:a", "i:1"));
+    // A separator is a separator even where it could be a quote or a continuation.
+    EXPECT_THAT(parse({"\"a\"\\b\\"}, "\"\\"), ElementsAre("s:a", "s:b"));
+    EXPECT_EQ(prsd.state, KESTU_PRSD_BETWEEN);
+    EXPECT_THAT(parse({"", " ", "  "}), IsEmpty());
+}
+
+TEST_F(Parser, TheStateIsCarriedIntoTheNextLine) {
+    const struct {
+        std::vector<std::string> lines;
+        int state;
+        std::vector<std::string> shown;
+    } cases[] = {
+        {{"a "}, KESTU_PRSD_BETWEEN, {"s:a"}},
+        {{"a"}, KESTU_PRSD_IN_PARAMETER, {"s:a"}},
+        {{"a", ""}, KESTU_PRSD_IN_PARAMETER, {"s:a"}},
+        {{"a", "\"b c\""}, KESTU_PRSD_IN_PARAMETER, {"s:a", "s:\"b", "s:c\""}},
+        {{"a", " \"b c"}, KESTU_PRSD_QUOTED, {"s:a", "s:b c"}},
+        {{"\"a b", "c d\" e "}, KESTU_PRSD_BETWEEN, {"s:a b", "s:c d", "s:e"}},
+        {{"\"", "\""}, KESTU_PRSD_BETWEEN, {}},
+        {{"\"", " 1", "\"2"}, KESTU_PRSD_IN_PARAMETER, {"i:1", "i:2"}},
+        {{"1 \\"}, KESTU_PRSD_CONTINUED, {"i:1"}},
+        {{"1 \\ ", "", " \\\\ "}, KESTU_PRSD_CONTINUED, {"i:1"}},
+        {{"1 \\", "2"}, KESTU_PRSD_IN_PARAMETER, {"i:1", "i:2"}},
+        {{"1 \\", "\"2 3\""}, KESTU_PRSD_BETWEEN, {"i:1", "s:2 3"}},
+        {{"1\\"}, KESTU_PRSD_IN_PARAMETER, {"s:1\\"}},
+    };
+    for (const auto &c : cases) {
+        EXPECT_EQ(parse(c.lines), c.shown) << testing::PrintToString(c.lines);
+        EXPECT_EQ(prsd.state, c.state) << testing::PrintToString(c.lines);
+        EXPECT_EQ(kestu_prsd_incomplete(&prsd), c.state == KESTU_PRSD_CONTINUED);
+    }
+    kestu_prsd_clear_p(&prsd);
+    EXPECT_EQ(prsd.state, KESTU_PRSD_BETWEEN);
+    EXPECT_EQ(prsd.params, nullptr);
+}
+
+TEST_F(Parser, TakesAnyNumberOfParameters) {
+    constexpr int many = 12345;
+    std::vector<std::string> expected;
+    for (int i = 0; i < many; ++i) {
+        ASSERT_OK(kestu_prsd_parse_p(&prsd, (std::to_string(i) + " ").c_str(), " ", pool));
+        ASSERT_EQ(prsd.room, 9 - i % 10);
+        expected.push_back("i:" + std::to_string(i));
+    }
+    EXPECT_EQ(shown(), expected);
+}
+
+TEST_F(Parser, TakesParametersOfAnyLength) {
+    for (const size_t length : {999u, 1000u, 1001u, 1u << 20}) {
+        const std::string word(length, 'w');
+        const std::string digits = std::string(length, '0') + "42";
+        const std::vector<std::string> expected{"s:" + word, "s:" + word + " ", "i:42", "d:42.5"};
+        EXPECT_TRUE(parse({word + " \"" + word + " \" " + digits + " " + digits + ".5"}) ==
+                    expected);
+    }
+}
+
+TEST_F(Parser, WithoutMemoryKeepsWhatItHas) {
+    ASSERT_OK(kestu_prsd_parse_p(&prsd, "a b \"", " ", pool));
+    const std::string huge(1 << 24, 'h'); // more than pools keep for later
+    const std::string line = huge + "\" c";
+    const auto fail_once = [&] {
+        AllocFailure failure(1, pools_too);
+        return kestu_prsd_parse_p(&prsd, line.c_str(), " ", pool);
+    };
+    EXPECT_CHAIN(fail_once(), Element(120012, "Can't parse string."),
+                 Element(120012, "Failed to allocate 16777217 bytes of memory."));
+    EXPECT_THAT(shown(), ElementsAre("s:a", "s:b"));
+    EXPECT_EQ(prsd.room, 8);
+    EXPECT_EQ(prsd.state, KESTU_PRSD_QUOTED);
+    ASSERT_OK(kestu_prsd_parse_p(&prsd, line.c_str(), " ", pool));
+    const std::vector<std::string> expected{"s:a", "s:b", "s:" + huge, "s:c"};
+    EXPECT_TRUE(shown() == expected);
+}
