@@ -559,6 +559,7 @@ void expect_as_model(const Model &model, kestu_tree_t *entry) {
 
 TYPED_TEST(TreeBoth, RandomOperationsKeepAllLinksAsInAModel) {
     auto &f = this->functions;
+    ASSERT_NO_FATAL_FAILURE(expect_as_model(Model{}, nullptr)); // takes what gtest keeps
     const long before = live_blocks();
     std::mt19937 random(4711);
     const auto below = [&random](size_t n) { return random() % n; };
