@@ -15,6 +15,7 @@
 #include "kestu_img.h"
 #include "kestu_img_measure.h"
 #include "kestu_lib.h"
+#include "kestu_log.h"
 #include "kestu_mach.h"
 #include "kestu_mem.h"
 #include "kestu_prsd.h"
