@@ -2,6 +2,7 @@
 // binary value as it is.
 #pragma once
 
+#include "str/digits.hpp"
 #include "str/natural.hpp"
 
 #include <cstdint>
@@ -49,12 +50,5 @@ Scientific round_scientific(Binary value, int places);
 // Whether value * 10^`power` is above, on or below `floor` + 1/2. Slow and always right;
 // round_scientific falls back on it when 128 bits cannot tell.
 std::strong_ordering compare_with_half(Binary value, int power, Uint128 floor);
-
-constexpr auto powers_of_ten = [] {
-    std::array<uint64_t, max_places + 1> powers{1};
-    for (size_t i = 1; i < powers.size(); ++i)
-        powers[i] = powers[i - 1] * 10;
-    return powers;
-}();
 
 } // namespace kestu

@@ -60,71 +60,12 @@ bool read_precision(const char *&format, Arguments &arguments, Spec &spec) {
     return true;
 }
 
-ArgumentSize read_size(const char *&format) {
-    switch (*format) {
-    case 'h':
-        ++format;
-        if (*format != 'h')
-            return ArgumentSize::as_short;
-        ++format;
-        return ArgumentSize::as_char;
-    case 'l':
-        format += format[1] == 'l' ? 2 : 1;
-        return ArgumentSize::as_64;
-    case 'j':
-    case 't':
-    case 'z':
-        ++format;
-        return ArgumentSize::as_64;
-    case 'L':
-        ++format;
-        return ArgumentSize::as_int;
-    default:
-        return ArgumentSize::as_int;
-    }
-}
-
 } // namespace
 
-int64_t Arguments::next_signed(ArgumentSize size) {
-    if (size == ArgumentSize::as_64)
-        return va_arg(list, int64_t);
-    const int value = va_arg(list, int);
-    switch (size) {
-    case ArgumentSize::as_char:
-        return static_cast<signed char>(value);
-    case ArgumentSize::as_short:
-        return static_cast<short>(value);
-    default:
-        return value;
-    }
-}
-
-uint64_t Arguments::next_unsigned(ArgumentSize size) {
-    if (size == ArgumentSize::as_64)
-        return va_arg(list, uint64_t);
-    const unsigned value = va_arg(list, unsigned);
-    switch (size) {
-    case ArgumentSize::as_char:
-        return static_cast<unsigned char>(value);
-    case ArgumentSize::as_short:
-        return static_cast<unsigned short>(value);
-    default:
-        return value;
-    }
-}
-
-SpecState read_spec(const char *&format, Arguments &arguments, Spec &spec) {
+bool read_layout(const char *&format, Arguments &arguments, Spec &spec) {
     while (read_flag(*format, spec))
         ++format;
-    if (!read_width(format, arguments, spec) || !read_precision(format, arguments, spec))
-        return SpecState::too_large;
-    spec.size = read_size(format);
-    spec.conversion = *format;
-    if (spec.conversion == '\0')
-        return SpecState::cut_off;
-    ++format;
-    return SpecState::whole;
+    return read_width(format, arguments, spec) && read_precision(format, arguments, spec);
 }
 
 } // namespace kestu

@@ -2,7 +2,11 @@
 #include "kestu_format.h"
 #include "kestu_str.h"
 
+#include "str/draft.hpp"
+
 #include <cstdlib>
+
+using namespace kestu;
 
 int rpl_snprintf(char *str, size_t size, const char *format, ...) {
     va_list args;
@@ -13,15 +17,14 @@ int rpl_snprintf(char *str, size_t size, const char *format, ...) {
 }
 
 int rpl_vasprintf(char **ret, const char *format, va_list args) {
-    va_list measured;
-    va_copy(measured, args);
-    const int length = rpl_vsnprintf(nullptr, 0, format, measured);
-    va_end(measured);
-    if (length < 0)
+    Draft draft(format, args);
+    if (draft.length() < 0)
         return -1;
-    const size_t size = static_cast<size_t>(length) + 1;
-    *ret = static_cast<char *>(std::malloc(size));
-    return *ret ? rpl_vsnprintf(*ret, size, format, args) : -1;
+    *ret = static_cast<char *>(std::malloc(static_cast<size_t>(draft.length()) + 1));
+    if (!*ret)
+        return -1;
+    draft.write(*ret);
+    return draft.length();
 }
 
 int rpl_asprintf(char **ret, const char *format, ...) {

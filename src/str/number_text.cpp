@@ -13,19 +13,6 @@ constexpr int default_precision = 6;
 // Smaller decimal exponents make the shorter notation scientific.
 constexpr int min_plain_exponent = -4;
 
-constexpr auto pairs = [] {
-    std::array<char, 200> text{};
-    for (size_t i = 0; i < 100; ++i) {
-        text[2 * i] = static_cast<char>('0' + i / 10);
-        text[2 * i + 1] = static_cast<char>('0' + i % 10);
-    }
-    return text;
-}();
-
-const char *digits_of(bool upper_case) {
-    return upper_case ? "0123456789ABCDEF" : "0123456789abcdef";
-}
-
 // Takes the zeros off the end of a fraction.
 void strip_zeros(uint64_t &fraction, int &places) {
     if (fraction == 0)
@@ -36,37 +23,13 @@ void strip_zeros(uint64_t &fraction, int &places) {
 
 } // namespace
 
-void NumberText::put_pair(uint64_t below_100) {
-    begin -= 2;
-    std::memcpy(begin, &pairs[2 * below_100], 2);
+void NumberText::put_digits(uint64_t value, size_t count) {
+    begin -= count;
+    write_decimal(begin, value, count);
 }
 
-void NumberText::put_decimal(uint64_t value) {
-    for (; value >= 100; value /= 100)
-        put_pair(value % 100);
-    if (value >= 10)
-        put_pair(value);
-    else
-        put_digit(value);
-}
-
-void NumberText::put_octal(uint64_t value) {
-    do {
-        put_digit(value & 7);
-    } while (value >>= 3);
-}
-
-void NumberText::put_hexadecimal(uint64_t value, bool upper_case) {
+void NumberText::put_grouped(uint64_t value, unsigned base, bool upper_case, int written) {
     const char *digits = digits_of(upper_case);
-    do {
-        *--begin = digits[value & 15];
-    } while (value >>= 4);
-}
-
-// `one_written` is set when the last digit stands already.
-void NumberText::put_grouped(uint64_t value, unsigned base, bool upper_case, bool one_written) {
-    const char *digits = digits_of(upper_case);
-    int written = one_written;
     do {
         if (written > 0 && written % 3 == 0)
             *--begin = ',';
@@ -75,23 +38,8 @@ void NumberText::put_grouped(uint64_t value, unsigned base, bool upper_case, boo
     } while (value /= base);
 }
 
-void NumberText::put_integer(uint64_t value, char conversion, bool group) {
-    const unsigned base = conversion == 'o' ? 8 : (conversion | 0x20) == 'x' ? 16 : 10;
-    if (group)
-        put_grouped(value, base, conversion == 'X', false);
-    else if (base == 10)
-        put_decimal(value);
-    else if (base == 16)
-        put_hexadecimal(value, conversion == 'X');
-    else
-        put_octal(value);
-}
-
 void NumberText::put_fixed(Fixed number, int places, const FloatStyle &style) {
-    for (int left = places; left > 1; left -= 2, number.fraction /= 100)
-        put_pair(number.fraction % 100);
-    if (places % 2 != 0)
-        put_digit(number.fraction);
+    put_digits(number.fraction, static_cast<size_t>(places));
     if (places > 0 || style.alternate)
         *--begin = '.';
 
@@ -99,20 +47,18 @@ void NumberText::put_fixed(Fixed number, int places, const FloatStyle &style) {
     auto integer = static_cast<uint64_t>(number.integer);
     if (too_long) {
         const Division tens(number.integer, 10);
-        put_digit(tens.rest);
+        put_digits(tens.rest, 1);
         integer = tens.quotient;
     }
     if (style.group)
         put_grouped(integer, 10, false, too_long);
     else
-        put_decimal(integer);
+        put_digits(integer, decimal_width(integer));
 }
 
 void NumberText::put_exponent(int exponent, bool upper_case) {
     const auto magnitude = static_cast<uint64_t>(std::abs(exponent));
-    put_pair(magnitude % 100);
-    if (magnitude >= 100)
-        put_digit(magnitude / 100);
+    put_digits(magnitude, magnitude < 100 ? 2 : 3);
     *--begin = exponent < 0 ? '-' : '+';
     *--begin = upper_case ? 'E' : 'e';
 }

@@ -25,24 +25,18 @@ class NumberText {
         return {begin, static_cast<size_t>(buffer + sizeof buffer - begin)};
     }
 
-    // Prints `value` in the base and case of an integer conversion, with "," between groups of
-    // three digits when `group` is set.
-    void put_integer(uint64_t value, char conversion, bool group);
+    // Prints `value` with "," between groups of three digits, of which `written` stand already.
+    void put_grouped(uint64_t value, unsigned base, bool upper_case, int written = 0);
 
     // Prints the magnitude of a finite value. False when the notation has no room for it.
     [[nodiscard]] bool put_float(double value, const FloatStyle &style);
 
   private:
-    void put_decimal(uint64_t value);
-    void put_octal(uint64_t value);
-    void put_hexadecimal(uint64_t value, bool upper_case);
-    void put_grouped(uint64_t value, unsigned base, bool upper_case, bool one_written);
     void put_scientific(Binary value, const FloatStyle &style, int places);
     void put_shorter(Binary value, const FloatStyle &style, int places);
     void put_fixed(Fixed number, int places, const FloatStyle &style);
     void put_exponent(int exponent, bool upper_case);
-    void put_pair(uint64_t below_100);
-    void put_digit(uint64_t below_10) { *--begin = static_cast<char>('0' + below_10); }
+    void put_digits(uint64_t value, size_t count);
 
     // The longest texts are 20 grouped digits with 19 places, and 22 grouped octal digits.
     char buffer[64];

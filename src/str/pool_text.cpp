@@ -1,8 +1,8 @@
 // Texts in pools: copies and formatted text.
 #include "str/pool_text.hpp"
 
-#include "kestu_format.h"
 #include "kestu_str.h"
+#include "str/draft.hpp"
 
 #include <cerrno>
 #include <cstring>
@@ -28,26 +28,17 @@ char *pool_copy(apr_pool_t *pool, std::string_view text) {
     return copy;
 }
 
-// Most texts fit the buffer and are formatted once; a longer one is formatted again in place.
 char *pool_vformat(apr_pool_t *pool, const char *format, va_list args, std::string_view suffix) {
-    char buffer[512];
-    va_list again;
-    va_copy(again, args);
-    const int formatted = rpl_vsnprintf(buffer, sizeof buffer, format, args);
-    char *text = nullptr;
-    if (formatted >= 0) {
-        const size_t length = static_cast<size_t>(formatted);
-        text = pool_bytes(pool, length + suffix.size() + 1);
-        if (text) {
-            if (length < sizeof buffer)
-                std::memcpy(text, buffer, length);
-            else
-                rpl_vsnprintf(text, length + 1, format, again);
-            std::memcpy(text + length, suffix.data(), suffix.size());
-            text[length + suffix.size()] = '\0';
-        }
+    Draft draft(format, args);
+    if (draft.length() < 0)
+        return nullptr;
+    const size_t length = static_cast<size_t>(draft.length());
+    char *text = pool_bytes(pool, length + suffix.size() + 1);
+    if (text) {
+        draft.write(text);
+        std::memcpy(text + length, suffix.data(), suffix.size());
+        text[length + suffix.size()] = '\0';
     }
-    va_end(again);
     return text;
 }
 

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <string_view>
 
@@ -10,42 +11,68 @@ namespace kestu {
 
 class Sink {
   public:
-    // `buffer` may be null when `size` is 0. Nothing is computed from buffer + size: callers that
-    // know that the text fits pass the largest size there is.
+    // The most characters that can be written in place at once.
+    static constexpr size_t max_in_place = 64;
+
+    // `buffer` may be null when `size` is 0. A `size` that reaches beyond the end of memory, which
+    // callers pass when they know that the text fits, stands for all that follows `buffer`.
     Sink(char *buffer, size_t size)
-        : start(buffer), room(size > 0 ? size - 1 : 0), terminated(size > 0) {}
+        : start(size > 0 ? buffer : aside), at(start),
+          end(start + (size > 0 ? std::min(size - 1, bytes_behind(start)) : 0)) {}
+    Sink(const Sink &) = delete;
+    Sink &operator=(const Sink &) = delete;
 
     // The length of the text so far, stored or not.
-    size_t length() const { return count; }
+    size_t length() const { return static_cast<size_t>(at - start) + lost; }
 
     void put(char c) {
-        if (count < room)
-            start[count] = c;
-        ++count;
+        if (at < end)
+            *at++ = c;
+        else
+            ++lost;
     }
 
     void put(std::string_view text) {
-        if (count < room)
-            std::memcpy(start + count, text.data(), std::min(text.size(), room - count));
-        count += text.size();
+        const size_t stored = std::min(text.size(), room());
+        copy(at, text.data(), stored);
+        at += stored;
+        lost += text.size() - stored;
     }
 
     void fill(char c, size_t n) {
-        if (n > 0 && count < room)
-            std::memset(start + count, c, std::min(n, room - count));
-        count += n;
+        const size_t stored = std::min(n, room());
+        std::memset(at, c, stored);
+        at += stored;
+        lost += n - stored;
     }
 
-    void terminate() {
-        if (terminated)
-            start[std::min(count, room)] = '\0';
+    // Lets `write` write exactly the next `n` characters, at most max_in_place, to where they
+    // belong, or aside when the buffer is too small for them.
+    template <typename Write>
+    void put_in_place(size_t n, Write write) {
+        if (n <= room()) {
+            write(at);
+            at += n;
+        } else {
+            write(aside);
+            put({aside, n});
+        }
     }
+
+    void terminate() { *at = '\0'; }
 
   private:
+    static size_t bytes_behind(const char *p) {
+        return UINTPTR_MAX - reinterpret_cast<uintptr_t>(p);
+    }
+    static void copy(char *to, const char *from, size_t n);
+    size_t room() const { return static_cast<size_t>(end - at); }
+
     char *start;
-    size_t room; // for characters before the terminator
-    bool terminated;
-    size_t count = 0;
+    char *at;
+    char *end;
+    size_t lost = 0;
+    char aside[max_in_place]; // takes the terminator too when there is no buffer
 };
 
 } // namespace kestu
