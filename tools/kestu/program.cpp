@@ -23,6 +23,7 @@ void set_up(CLI::App &app, Outcome &outcome) {
     app.failure_message(CLI::FailureMessage::simple);
     app.get_formatter()->column_width(34);
     add_image_commands(app, outcome);
+    add_cpu_commands(app, outcome);
 }
 
 // Every command answers --version as the program does.
