@@ -21,9 +21,12 @@ std::string wrapped(const std::vector<std::string> &words, size_t width) {
             result += "\n" + std::string(margin, ' ');
             column = margin;
         }
-        const bool first = column == margin;
-        result += first ? word : " " + word;
-        column += word.size() + (first ? 0 : 1);
+        if (column > margin) {
+            result += ' ';
+            ++column;
+        }
+        result += word;
+        column += word.size();
     }
     return result;
 }
@@ -120,7 +123,7 @@ std::string cpu_page(const Cpu &cpu, const Look &look) {
     add_features(page, cpu.record.id, look);
     add_caches(page, cpu.record);
     if (cpu.record.thread_count > 0)
-        page += "\n" + draw_topology(cpu.record, look);
+        page.append("\n").append(draw_topology(cpu.record, look));
     return page;
 }
 
