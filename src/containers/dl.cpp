@@ -4,6 +4,7 @@
 #include "containers/links.hpp"
 #include "containers/nodes.hpp"
 #include "containers/walks.hpp"
+#include "kestu_mem.h"
 
 #include <cstring>
 #include <utility>

@@ -2,9 +2,10 @@
 #pragma once
 
 #include "frame/error.hpp"
-#include "kestu_mem.h"
 
 #include <apr_pools.h>
+
+#include <cstdlib>
 
 namespace kestu {
 
@@ -25,13 +26,14 @@ struct PoolNodes {
     static void release(void *) {}
 };
 
-// Nodes from the system's allocator.
+// Nodes from the system's allocator: what kestu_mem_malloc and kestu_mem_free do, in line.
 struct HeapNodes {
     template <typename Node>
     static kestu_error_t *make(Node **node) {
-        return kestu_mem_malloc(sizeof(Node), node);
+        *node = static_cast<Node *>(std::malloc(sizeof(Node)));
+        return *node ? nullptr : fail_memory(sizeof(Node));
     }
-    static void release(void *node) { kestu_mem_free(node); }
+    static void release(void *node) { std::free(node); }
 };
 
 } // namespace kestu

@@ -4,14 +4,30 @@
 
 #include "kestu_walk.h"
 
+#include <cstddef>
+#include <cstdint>
+
 namespace kestu {
 
 // Walks from `node` to the end. The next node is read after the visit, so that nodes which a
 // callback links in behind its own are visited too.
+//
+// Most lists lie in memory in the order in which they were made, block after block, but where the
+// next block begins the processor cannot guess. So each node's counterpart in the next lap of 256
+// is fetched into the cache, on the guess that laps repeat; a wrong guess costs next to nothing.
 template <typename Node>
 auto forward(Node *node) {
     return [node](auto visit) {
-        for (Node *n = node; n && visit(n); n = n->next) {
+        uintptr_t lap_distance = 0;
+        for (Node *n = node; n;) {
+            const auto lap_start = reinterpret_cast<uintptr_t>(n);
+            for (int i = 0; n && i < 256; ++i, n = n->next) {
+                const auto address = reinterpret_cast<uintptr_t>(n);
+                __builtin_prefetch(reinterpret_cast<const void *>(address + lap_distance));
+                if (!visit(n))
+                    return;
+            }
+            lap_distance = reinterpret_cast<uintptr_t>(n) - lap_start;
         }
     };
 }
