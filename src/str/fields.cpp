@@ -28,8 +28,10 @@ enum class Padding { spaces, zeros };
 void put_zeros(Sink &sink, const Field &field, bool group) {
     if (!group)
         return sink.fill('0', field.zeros);
-    for (size_t left = field.zeros + field.size; left > field.size; --left)
+    size_t left = field.zeros + field.size;
+    for (; left > field.size && !sink.full(); --left)
         sink.put(left % 4 == 0 ? ',' : '0');
+    sink.fill('0', left - field.size);
 }
 
 template <typename Put>

@@ -25,6 +25,9 @@ class Sink {
     // The length of the text so far, stored or not.
     size_t length() const { return static_cast<size_t>(at - start) + lost; }
 
+    // Whether all that is put from now on is counted only.
+    bool full() const { return at == end; }
+
     void put(char c) {
         if (at < end)
             *at++ = c;
