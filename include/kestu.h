@@ -11,6 +11,7 @@
 #include "kestu_dir.h"
 #include "kestu_dl.h"
 #include "kestu_error.h"
+#include "kestu_error_image.h"
 #include "kestu_escape.h"
 #include "kestu_format.h"
 #include "kestu_img.h"
