@@ -2,10 +2,11 @@
 #include "kestu_escape.h"
 
 #include "frame/error.hpp"
-#include "kestu_str.h"
+#include "str/sink.hpp"
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cctype>
 #include <string_view>
 
@@ -17,25 +18,60 @@ constexpr std::string_view alphabet =
     "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
 constexpr int max_base = static_cast<int>(alphabet.size());
 
-// A minus, 64 binary digits and the terminator.
-constexpr size_t max_text = 66;
+// A minus and 64 binary digits.
+constexpr size_t max_text = 65;
 
-// Divides by a base of up to 62 with a multiplication: with the reciprocal rounded up, the error
-// stays below one for dividends below 2^58 (Granlund and Montgomery 1994).
-constexpr int exact_bits = 58;
+// Division by a constant as a multiplication and a shift, exact for dividends up to 2^63. See
+// Granlund and Montgomery, "Division by Invariant Integers using Multiplication", 1994.
+class Divisor {
+  public:
+    constexpr Divisor() = default;
+    explicit constexpr Divisor(unsigned d) : divisor(d), shift(std::bit_width(d - 1) - 1) {
+        multiplier = static_cast<uint64_t>((Wide{1} << (64 + shift)) / d + ((d & (d - 1)) != 0));
+    }
 
-constexpr auto reciprocals = [] {
-    std::array<uint64_t, max_base + 1> table{};
-    for (uint64_t base = 2; base <= max_base; ++base)
-        table[base] = UINT64_MAX / base + 1;
+    uint64_t quotient(uint64_t n) const {
+        return static_cast<uint64_t>(Wide{n} * multiplier >> 64) >> shift;
+    }
+    unsigned remainder(uint64_t n, uint64_t quotient_of_n) const {
+        return static_cast<unsigned>(n - quotient_of_n * divisor);
+    }
+
+  private:
+    __extension__ using Wide = unsigned __int128;
+    uint64_t multiplier = 0;
+    unsigned divisor = 0;
+    int shift = 0;
+};
+
+// By a base and by its square, for two digits at a time.
+struct Divisors {
+    Divisor base;
+    Divisor square;
+};
+
+constexpr auto divisors = [] {
+    std::array<Divisors, max_base + 1> table{};
+    for (unsigned base = 2; base <= max_base; ++base)
+        table[base] = {Divisor(base), Divisor(base * base)};
     return table;
 }();
 
-uint64_t divide(uint64_t n, unsigned base) {
-    if (n >> exact_bits)
-        return n / base;
-    __extension__ using Product = unsigned __int128;
-    return static_cast<uint64_t>(Product{n} * reciprocals[base] >> 64);
+// Writes the digits of `n` in front of `end`. Returns where they begin.
+char *write_digits(char *end, uint64_t n, unsigned base) {
+    const Divisors &by = divisors[base];
+    char *start = end;
+    while (n >= base) {
+        const uint64_t rest = by.square.quotient(n);
+        const unsigned pair = by.square.remainder(n, rest);
+        const uint64_t high = by.base.quotient(pair);
+        *--start = alphabet[by.base.remainder(pair, high)];
+        *--start = alphabet[high];
+        n = rest;
+    }
+    if (n > 0 || start == end)
+        *--start = alphabet[n];
+    return start;
 }
 
 uint64_t magnitude_of(int64_t value) {
@@ -69,11 +105,16 @@ int settle_base(int base, const char **s) {
 // Reads digits up to the first character that is none. False when `limit` is exceeded.
 bool read_digits(const char **s, int base, uint64_t limit, uint64_t *number) {
     const auto digits = static_cast<unsigned>(std::clamp(base, 0, max_base));
+    const auto factor = static_cast<uint64_t>(base);
+    const uint64_t always_fits = base <= max_base ? INT64_MAX / max_base - 1 : 0;
     uint64_t n = 0;
     for (unsigned digit; (digit = digit_value(**s)) < digits; ++*s) {
-        if (__builtin_mul_overflow(n, static_cast<uint64_t>(base), &n) || n > limit - digit)
+        if (n <= always_fits)
+            n = n * factor + digit;
+        else if (__builtin_mul_overflow(n, factor, &n) || n > limit - digit)
             return false;
-        n += digit;
+        else
+            n += digit;
     }
     *number = n;
     return true;
@@ -85,18 +126,13 @@ int kestu_str_int64_to_base62(int64_t value, int base, char *out, size_t size) {
     if (base < 2 || base > max_base)
         return 0;
     char text[max_text];
-    char *const end = text + max_text - 1;
-    char *start = end;
-    *end = '\0';
-    uint64_t n = magnitude_of(value);
-    do {
-        const uint64_t quotient = divide(n, static_cast<unsigned>(base));
-        *--start = alphabet[n - quotient * static_cast<unsigned>(base)];
-        n = quotient;
-    } while (n > 0);
+    char *const end = text + max_text;
+    char *start = write_digits(end, magnitude_of(value), static_cast<unsigned>(base));
     if (value < 0)
         *--start = '-';
-    kestu_str_strlcpy(out, start, size);
+    Sink sink(out, size);
+    sink.put({start, static_cast<size_t>(end - start)});
+    sink.terminate();
     return static_cast<int>(end - start);
 }
 
