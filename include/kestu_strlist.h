@@ -1,0 +1,78 @@
+/*
+ * Lists of strings, and splitting text into tokens.
+ *
+ *     kestu_strlist_t *text, *tokens;
+ *     err = kestu_strlist_create(&text, pool);
+ *     err = kestu_strlist_create(&tokens, pool);
+ *     err = kestu_strlist_addlast(text, "draw \"a red\" circle", pool);
+ *     err = kestu_strlist_tokenize(text, tokens, " ", pool);
+ *     puts(kestu_strlist_getn(tokens, 1));                    // a red
+ *
+ * Strings are copied into the pool given to the function that adds them, and live as long as it
+ * does; a list owns nothing. A list belongs to one thread at a time.
+ */
+#ifndef KESTU_STRLIST_H
+#define KESTU_STRLIST_H
+
+#include "kestu_dl.h"
+
+KESTU_BEGIN_DECLS
+
+/* A list of strings: a cell with a node of the list, null when it is empty. */
+typedef struct kestu_strlist_t {
+    kestu_dl_t *head; /* the data of every node is a string */
+} kestu_strlist_t;
+
+/*
+ * Stores a new empty list, made in `pool`, through `list`. Always returns null; a pool without
+ * memory shows as a null list.
+ */
+KESTU_API kestu_error_t *kestu_strlist_create(kestu_strlist_t **list, apr_pool_t *pool);
+
+/* Empties `list`, which stays usable: both do the same. */
+KESTU_API void kestu_strlist_destroy(kestu_strlist_t *list);
+KESTU_API void kestu_strlist_clear(kestu_strlist_t *list);
+
+/*
+ * Adds a copy of `str`, made in `pool`, at the front or at the end of `list`. Errors are those of
+ * kestu_dl_prepend and kestu_dl_append, with the list as it was.
+ */
+KESTU_API KESTU_MUST_USE kestu_error_t *kestu_strlist_addfirst(kestu_strlist_t *list,
+                                                               const char *str, apr_pool_t *pool);
+KESTU_API KESTU_MUST_USE kestu_error_t *kestu_strlist_addlast(kestu_strlist_t *list,
+                                                              const char *str, apr_pool_t *pool);
+
+/* String number `n` of `list`, from 0; null when there is none. */
+KESTU_API const char *kestu_strlist_getn(kestu_strlist_t *list, int n);
+
+/* 1 when `list` holds a string equal to `str`, else 0. */
+KESTU_API int kestu_strlist_is_exists(kestu_strlist_t *list, const char *str);
+
+/* The number of strings in `list`. */
+KESTU_API int kestu_strlist_nelts(kestu_strlist_t *list);
+
+/*
+ * Replaces what `dst` holds by copies, made in `pool`, of the strings of `src`. When `src` is empty
+ * `dst` stays as it is. Errors are those of adding under "Cannot copy list of strings.", with `dst`
+ * empty.
+ */
+KESTU_API KESTU_MUST_USE kestu_error_t *kestu_strlist_copy(kestu_strlist_t *dst,
+                                                           kestu_strlist_t *src, apr_pool_t *pool);
+
+/*
+ * Replaces what `dst` holds by the tokens, made in `pool`, of the strings of `src`, read as one
+ * text: a token may begin in one string and end in a later one. Tokens are what stands between
+ * characters of `separators`, or from a double quote where a token would begin to the next one;
+ * quotes are not part of a token, and empty tokens are left out. Tokens may be of any length.
+ * Errors: 120060 without separators, 120061 without strings, both with `dst` as it was; and those
+ * of adding and allocation under "Failed to tokenize strings.", with the tokens found before in
+ * `dst`.
+ */
+KESTU_API KESTU_MUST_USE kestu_error_t *kestu_strlist_tokenize(kestu_strlist_t *src,
+                                                               kestu_strlist_t *dst,
+                                                               const char *separators,
+                                                               apr_pool_t *pool);
+
+KESTU_END_DECLS
+
+#endif

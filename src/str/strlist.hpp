@@ -1,0 +1,24 @@
+// Adding many strings to a list in time linear in them.
+#pragma once
+
+#include "kestu_strlist.h"
+
+#include <string_view>
+
+namespace kestu {
+
+// Appends to a list and remembers its end, so that no string is walked over again.
+class Appender {
+  public:
+    Appender(kestu_strlist_t &extended, apr_pool_t *strings_pool)
+        : list(extended), pool(strings_pool) {}
+
+    [[nodiscard]] kestu_error_t *append(std::string_view text);
+
+  private:
+    kestu_strlist_t &list;
+    apr_pool_t *pool;
+    kestu_dl_t *last = nullptr;
+};
+
+} // namespace kestu

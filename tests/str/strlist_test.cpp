@@ -1,0 +1,139 @@
+// Lists of strings and the tokenizer.
+#include "kestu_strlist.h"
+
+#include "support/alloc_failure.hpp"
+#include "support/chain.hpp"
+#include "support/pool.hpp"
+
+#include <string>
+
+using namespace kestu::test;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+using Strings = std::vector<std::string>;
+
+class StrlistTest : public testing::Test {
+  protected:
+    kestu_strlist_t *list(const Strings &strings = {}) {
+        kestu_strlist_t *result = nullptr;
+        EXPECT_OK(kestu_strlist_create(&result, pool));
+        for (const std::string &string : strings)
+            EXPECT_OK(kestu_strlist_addlast(result, string.c_str(), pool));
+        return result;
+    }
+
+    Strings tokens(const Strings &text, const char *separators) {
+        kestu_strlist_t *result = list({"from before"});
+        EXPECT_OK(kestu_strlist_tokenize(list(text), result, separators, pool));
+        return strings(result);
+    }
+
+    static Strings strings(kestu_strlist_t *list) {
+        Strings result;
+        for (int i = 0; const char *string = kestu_strlist_getn(list, i); ++i)
+            result.emplace_back(string);
+        EXPECT_EQ(kestu_strlist_nelts(list), static_cast<int>(result.size()));
+        return result;
+    }
+
+    Pool pool;
+};
+
+} // namespace
+
+TEST_F(StrlistTest, TheExampleOfTheHeader) {
+    kestu_strlist_t *text = list(), *found = list();
+    ASSERT_OK(kestu_strlist_addlast(text, "draw \"a red\" circle", pool));
+    ASSERT_OK(kestu_strlist_tokenize(text, found, " ", pool));
+    EXPECT_STREQ(kestu_strlist_getn(found, 1), "a red");
+}
+
+TEST_F(StrlistTest, AddsAtBothEndsAndFindsByNumberAndText) {
+    kestu_strlist_t *l = list();
+    EXPECT_EQ(kestu_strlist_is_exists(l, ""), 0);
+    char text[] = "b";
+    ASSERT_OK(kestu_strlist_addlast(l, text, pool));
+    text[0] = 'x'; // the list has a copy
+    ASSERT_OK(kestu_strlist_addlast(l, "c", pool));
+    ASSERT_OK(kestu_strlist_addfirst(l, "a", pool));
+    ASSERT_OK(kestu_strlist_addfirst(l, "", pool));
+    EXPECT_THAT(strings(l), ElementsAre("", "a", "b", "c"));
+    EXPECT_EQ(kestu_strlist_getn(l, 4), nullptr);
+    EXPECT_EQ(kestu_strlist_getn(l, -1), nullptr);
+    EXPECT_EQ(kestu_strlist_is_exists(l, "a"), 1);
+    EXPECT_EQ(kestu_strlist_is_exists(l, "ab"), 0);
+    kestu_strlist_destroy(l);
+    EXPECT_THAT(strings(l), IsEmpty());
+    ASSERT_OK(kestu_strlist_addfirst(l, "again", pool));
+    EXPECT_THAT(strings(l), ElementsAre("again"));
+}
+
+TEST_F(StrlistTest, CopyingReplacesButAnEmptySourceChangesNothing) {
+    kestu_strlist_t *l = list({"1", "2", "3"});
+    ASSERT_OK(kestu_strlist_copy(l, list(), pool));
+    EXPECT_THAT(strings(l), ElementsAre("1", "2", "3"));
+    ASSERT_OK(kestu_strlist_copy(l, list({"x", "y"}), pool));
+    EXPECT_THAT(strings(l), ElementsAre("x", "y"));
+    ASSERT_OK(kestu_strlist_copy(l, l, pool));
+    EXPECT_THAT(strings(l), ElementsAre("x", "y"));
+    kestu_strlist_t *source = list({"z"});
+    EXPECT_CHAIN(pool.without_memory([&] { return kestu_strlist_copy(l, source, pool); }),
+                 Element(120012, "Cannot copy list of strings."),
+                 Element(120012, "Failed to allocate 2 bytes of memory."));
+    EXPECT_THAT(strings(l), IsEmpty());
+}
+
+TEST_F(StrlistTest, SplitsTextAcrossStrings) {
+    EXPECT_THAT(tokens({"a b  c"}, " "), ElementsAre("a", "b", "c"));
+    EXPECT_THAT(tokens({"  ", "", " "}, " "), IsEmpty());
+    EXPECT_THAT(tokens({"ab", "cd"}, " "), ElementsAre("abcd"));
+    EXPECT_THAT(tokens({"ab\n", "cd"}, " \n"), ElementsAre("ab", "cd"));
+    EXPECT_THAT(tokens({"x \"y z\" w"}, " "), ElementsAre("x", "y z", "w"));
+    EXPECT_THAT(tokens({"\"\" a"}, " "), ElementsAre("a"));
+    EXPECT_THAT(tokens({"\"ab\"cd"}, " "), ElementsAre("ab", "cd"));
+    EXPECT_THAT(tokens({"a\"b c\"d"}, " "), ElementsAre("a\"b", "c\"d"));
+    EXPECT_THAT(tokens({"\"ab c"}, " "), ElementsAre("ab c"));
+    EXPECT_THAT(tokens({"\"a ", "b\" c"}, " "), ElementsAre("a b", "c"));
+    EXPECT_THAT(tokens({"a\"b\"c"}, "\""), ElementsAre("a", "b", "c")) << "a separator first";
+    EXPECT_THAT(tokens({"\xE9\xFFz\xE9"}, "\xFF"), ElementsAre("\xE9", "z\xE9"));
+}
+
+TEST_F(StrlistTest, TokensHaveNoLimitInLengthOrNumber) {
+    const std::string part(100000, 'p');
+    EXPECT_THAT(tokens({part, part + " " + part}, " "), ElementsAre(part + part, part));
+    std::string many;
+    for (int i = 0; i < 100000; ++i)
+        many += "t ";
+    kestu_strlist_t *found = list();
+    ASSERT_OK(kestu_strlist_tokenize(list({many}), found, " ", pool));
+    EXPECT_EQ(kestu_strlist_nelts(found), 100000);
+}
+
+TEST_F(StrlistTest, SplittingNothingIsRefused) {
+    kestu_strlist_t *l = list({"kept"});
+    EXPECT_CHAIN(kestu_strlist_tokenize(list(), l, "", pool),
+                 Element(120060, "Cannot tokenize string: incorrect number of tokens [0]."));
+    EXPECT_CHAIN(kestu_strlist_tokenize(list(), l, " ", pool), Element(120061, ""));
+    EXPECT_THAT(strings(l), ElementsAre("kept"));
+}
+
+TEST_F(StrlistTest, NoMemoryKeepsTheTokensFoundBefore) {
+    kestu_strlist_t *text = list({"a b"}), *found = list();
+    {
+        AllocFailure failure(1);
+        EXPECT_CHAIN(kestu_strlist_tokenize(text, found, " ", pool),
+                     Element(120013, "Failed to tokenize strings."),
+                     Element(120013, "Failed to reallocate memory for 1 bytes."));
+    }
+    EXPECT_THAT(strings(found), IsEmpty());
+    const std::string longer(50, 'c');
+    text = list({"a b", longer});
+    AllocFailure failure(3);
+    kestu_error_t *err = kestu_strlist_tokenize(text, found, " ", pool);
+    EXPECT_EQ(failure.happened(), err != nullptr);
+    kestu_error_clear(err);
+    EXPECT_EQ(strings(found), failure.happened() ? Strings{"a"} : (Strings{"a", "b" + longer}));
+}
