@@ -81,6 +81,17 @@ Node *extract(Node *node) {
     return node;
 }
 
+// Nodes made in a row mostly lie in a row, upwards on the heap and within a block of a pool, while
+// the system maps a pool's blocks one below the other. What lies a little further on either way is
+// asked for early. These are guesses: a prefetch of any address is harmless.
+void prefetch_beyond(const Node *node) {
+    constexpr uintptr_t ahead = 2048;
+    constexpr uintptr_t pool_block = 8192;
+    const auto here = reinterpret_cast<uintptr_t>(node);
+    __builtin_prefetch(reinterpret_cast<const void *>(here + ahead));
+    __builtin_prefetch(reinterpret_cast<const void *>(here - pool_block - ahead));
+}
+
 // Walks the level of `any` and all below it, until a visitor returns false: `enter` meets a node
 // before its children, `leave` after them and may take the node away. Parents lead back up, so that
 // no depth needs a stack.
@@ -91,6 +102,7 @@ void walk(Node *any, Enter enter, Leave leave) {
     Node *const above = any->parent;
     Node *node = first_of(any);
     while (enter(node)) {
+        prefetch_beyond(node);
         Node *next = first_of(node->child);
         while (!next) {
             Node *const parent = node->parent;
