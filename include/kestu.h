@@ -21,6 +21,7 @@
 #include "kestu_mach.h"
 #include "kestu_mem.h"
 #include "kestu_prsd.h"
+#include "kestu_readline.h"
 #include "kestu_sl.h"
 #include "kestu_stk.h"
 #include "kestu_str.h"

@@ -2,12 +2,12 @@
 // copied once, whatever its length.
 #include "kestu_prsd.h"
 
+#include "containers/nodes.hpp"
 #include "frame/error.hpp"
 #include "kestu_str.h"
 #include "str/pool_text.hpp"
 
 #include <algorithm>
-#include <bit>
 #include <cctype>
 #include <cstring>
 
@@ -18,15 +18,16 @@ namespace {
 constexpr int entries_at_once = 10;
 
 // Entries are granted in tens, which `room` counts, but the array behind them doubles: a text of n
-// parameters takes memory in proportion to n. It is full when it holds ten times a power of two.
+// parameters takes memory in proportion to n. It is full when its tens are 0 or a power of two.
 kestu_error_t *make_room(kestu_prsd_t &prsd, apr_pool_t *pool) {
     const auto used = static_cast<size_t>(prsd.n);
-    if (used == 0 || std::has_single_bit(used / entries_at_once)) {
+    const size_t tens = used / entries_at_once;
+    if ((tens & (tens - 1)) == 0) {
         const size_t bytes =
             std::max<size_t>(2 * used, entries_at_once) * sizeof(kestu_prsd_param_t);
         auto *params = static_cast<kestu_prsd_param_t *>(apr_palloc(pool, bytes));
         if (!params)
-            return fail(120012, "Failed to allocate %zu bytes of memory.", bytes);
+            return fail_memory(bytes);
         std::memset(params, 0, bytes);
         std::copy_n(prsd.params, used, params);
         prsd.params = params;
@@ -76,7 +77,7 @@ kestu_error_t *add_parameter(kestu_prsd_t &prsd, std::string_view text, apr_pool
             return err;
     char *copy = pool_copy(pool, text);
     if (!copy)
-        return fail(120012, "Failed to allocate %zu bytes of memory.", text.size() + 1);
+        return fail_memory(text.size() + 1);
     classify(prsd, prsd.params[prsd.n], copy);
     ++prsd.n;
     --prsd.room;

@@ -1,0 +1,123 @@
+// Reading a line: the loop that joins keys, editor and terminal.
+#include "kestu_readline.h"
+
+#include "console/editor.hpp"
+#include "console/terminal.hpp"
+#include "containers/nodes.hpp"
+#include "frame/error.hpp"
+#include "str/pool_text.hpp"
+
+#include <cerrno>
+#include <cstring>
+
+using namespace kestu;
+
+namespace {
+
+using Next = Effect::Next;
+
+kestu_error_t *new_pool(apr_pool_t **pool, apr_pool_t *parent) {
+    const apr_status_t status = apr_pool_create_ex(pool, parent, nullptr, nullptr);
+    return status == APR_SUCCESS ? nullptr : fail_apr(status);
+}
+
+kestu_error_t *fill_context(kestu_ri_t &ctx, const char *prompt) {
+    if (prompt && !(ctx.prompt = pool_copy(ctx.pool, prompt)))
+        return fail_memory(std::strlen(prompt) + 1);
+    if (kestu_error_t *err = kestu_strlist_create(&ctx.history, ctx.pool))
+        return err;
+    if (!ctx.history)
+        return fail_memory(sizeof *ctx.history);
+    return new_pool(&ctx.line_pool, ctx.pool);
+}
+
+kestu_error_t *make_context(kestu_ri_t **out, const char *prompt, int echo, apr_pool_t *pool) {
+    kestu_ri_t *ctx = nullptr;
+    kestu_error_t *err = PoolNodes{pool}.make(&ctx);
+    if (err)
+        return err;
+    *ctx = {};
+    ctx->pool = pool;
+    ctx->echo = echo;
+    err = fill_context(*ctx, prompt);
+    if (!err)
+        *out = ctx;
+    return err;
+}
+
+// A change of the window interrupts the read, which is then taken up again.
+kestu_error_t *read_key(kestu_ri_t &ctx, int &key) {
+    bool changed = false;
+    do {
+        key = dl_readchar(&ctx);
+        if (kestu_error_t *err = follow_window(ctx, changed))
+            return err;
+    } while (changed && key == KESTU_KEY_FAILED);
+    kestu_error_t *err =
+        key == KESTU_KEY_FAILED ? fail(120132, "%s", std::strerror(errno)) : nullptr;
+    erase_row(ctx);
+    return err;
+}
+
+kestu_error_t *edit_line(kestu_ri_t &ctx, Editor &editor) {
+    for (;;) {
+        int key = KESTU_KEY_FAILED;
+        if (kestu_error_t *err = read_key(ctx, key))
+            return err;
+        const Effect effect = editor.press(key);
+        print(ctx, effect.print);
+        switch (effect.next) {
+        case Next::redraw:
+            show_line_and_cursor(ctx, editor.position());
+            break;
+        case Next::keep:
+            break;
+        case Next::finish:
+            leave_raw_mode(ctx);
+            show_line(ctx);
+            return nullptr;
+        case Next::stop:
+            leave_raw_mode(ctx);
+            return effect.error;
+        case Next::fail:
+            return effect.error;
+        }
+    }
+}
+
+} // namespace
+
+kestu_error_t *kestu_ri_readline_init(kestu_ri_t **ctx, const char *prompt, int echo,
+                                      apr_pool_t *pool) {
+    apr_pool_t *own = nullptr;
+    kestu_error_t *err = new_pool(&own, pool);
+    if (!err) {
+        err = make_context(ctx, prompt, echo, own);
+        if (err)
+            apr_pool_destroy(own);
+        else
+            watch_window();
+    }
+    return wrap(err, "Can't initialize readline.");
+}
+
+// A failure in the middle of a line leaves the terminal raw: kept, programs restore it themselves.
+kestu_error_t *kestu_ri_readline(char **line, kestu_ri_t *ctx) {
+    Editor editor(*ctx);
+    kestu_error_t *err = editor.begin();
+    if (!err)
+        err = measure_terminal(*ctx);
+    if (err)
+        return err;
+    enter_raw_mode(*ctx);
+    show_prompt(*ctx);
+    err = edit_line(*ctx, editor);
+    if (!err)
+        *line = ctx->line;
+    return err;
+}
+
+void kestu_ri_readline_terminate(kestu_ri_t *ctx) {
+    if (ctx)
+        apr_pool_destroy(ctx->pool);
+}

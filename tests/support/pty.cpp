@@ -1,0 +1,191 @@
+#include "support/pty.hpp"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <stdexcept>
+
+#include <pty.h>
+#include <sys/ioctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <utmp.h>
+
+namespace kestu::test {
+namespace {
+
+// Bytes that no program under test writes, between which a child tells the test something.
+constexpr char mark_byte = '\x00';
+constexpr char report_begins = '\x1e';
+constexpr char report_ends = '\x1f';
+
+void write_all(int file, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t count = write(file, bytes.data(), bytes.size());
+        if (count < 0 && errno != EINTR)
+            throw std::runtime_error("the terminal cannot be written");
+        bytes.remove_prefix(count < 0 ? 0 : static_cast<size_t>(count));
+    }
+}
+
+winsize size_of(int columns, int rows) {
+    winsize size{};
+    size.ws_col = static_cast<unsigned short>(columns);
+    size.ws_row = static_cast<unsigned short>(rows);
+    return size;
+}
+
+[[noreturn]] void execute(const std::vector<std::string> &command,
+                          const std::vector<std::string> &environment) {
+    std::vector<char *> arguments;
+    for (const std::string &argument : command)
+        arguments.push_back(const_cast<char *>(argument.c_str()));
+    arguments.push_back(nullptr);
+    for (const std::string &setting : environment)
+        putenv(const_cast<char *>(setting.c_str()));
+    execvp(arguments[0], arguments.data());
+    _exit(127);
+}
+
+} // namespace
+
+Terminal::Terminal(int columns, int rows) : screen(columns, rows) {
+    const winsize size = size_of(columns, rows);
+    if (openpty(&master, &slave, nullptr, nullptr, &size) != 0)
+        throw std::runtime_error("there is no pseudo-terminal");
+}
+
+Terminal::~Terminal() {
+    if (child > 0) {
+        kill(child, SIGKILL);
+        waitpid(child, nullptr, 0);
+    }
+    close(master);
+    if (slave >= 0)
+        close(slave);
+}
+
+void Terminal::start(const std::function<void()> &body) {
+    std::fflush(nullptr);
+    child = fork();
+    if (child != 0)
+        return;
+    close(master);
+    login_tty(slave);
+    body();
+    // The settings of the terminal last as long as its first process.
+    for (;;)
+        pause();
+}
+
+void Terminal::run(const std::function<void()> &body) {
+    start(body);
+}
+
+void Terminal::run(const std::vector<std::string> &command,
+                   const std::vector<std::string> &environment) {
+    start([&] { execute(command, environment); });
+    close(slave);
+    slave = -1;
+}
+
+// Standard error is the terminal even where a test redirects standard output.
+void Terminal::mark() {
+    write_all(STDERR_FILENO, {&mark_byte, 1});
+}
+
+void Terminal::report(const std::string &result) {
+    write_all(STDERR_FILENO, report_begins + result + report_ends);
+}
+
+void Terminal::type(std::string_view bytes) const {
+    write_all(master, bytes);
+}
+
+void Terminal::resize(int columns, int rows) {
+    screen.resize(columns, rows);
+    const winsize size = size_of(columns, rows);
+    ioctl(master, TIOCSWINSZ, &size);
+}
+
+void Terminal::signal(int number) const {
+    kill(child, number);
+}
+
+void Terminal::take(char c) {
+    if (c == mark_byte) {
+        ++marks;
+    } else if (c == report_begins) {
+        reporting = true;
+    } else if (c == report_ends) {
+        reporting = false;
+        results.push_back(std::move(result));
+        result.clear();
+    } else if (reporting) {
+        result += c;
+    } else {
+        screen.write({&c, 1});
+    }
+}
+
+// Takes what the program has written, at least one byte; false at the end of its output. Bytes are
+// read one by one so that nothing behind a mark is shown before it is asked for.
+bool Terminal::follow() {
+    char c = 0;
+    const ssize_t count = read(master, &c, 1);
+    if (count == 1)
+        take(c);
+    return count == 1 || (count < 0 && errno == EINTR);
+}
+
+void Terminal::wait_for_mark() {
+    const size_t wanted = marks + 1;
+    while (marks < wanted)
+        if (!follow())
+            throw std::runtime_error("the program ended: " + shown());
+}
+
+std::string Terminal::wait_for_report() {
+    while (results.empty())
+        if (!follow())
+            throw std::runtime_error("the program ended: " + shown());
+    std::string first = results.front();
+    results.pop_front();
+    return first;
+}
+
+void Terminal::wait_for(const std::function<bool(const std::string &)> &condition) {
+    while (!condition(shown()))
+        if (!follow())
+            throw std::runtime_error("the program ended: " + shown());
+}
+
+int Terminal::wait_for_end() {
+    while (follow()) {
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    child = -1;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+std::string Terminal::press(std::string_view key) {
+    type(key);
+    wait_for_mark();
+    return shown();
+}
+
+termios Terminal::settings() const {
+    termios found{};
+    tcgetattr(master, &found);
+    return found;
+}
+
+void Terminal::change_settings(const std::function<void(termios &)> &change) const {
+    termios found = settings();
+    change(found);
+    tcsetattr(master, TCSANOW, &found);
+}
+
+} // namespace kestu::test

@@ -1,0 +1,71 @@
+// A person at a terminal on which a program runs.
+#pragma once
+
+#include "support/screen.hpp"
+
+#include <deque>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <sys/types.h>
+#include <termios.h>
+
+namespace kestu::test {
+
+// A pseudo-terminal with one program in the foreground. Nothing here waits for time: what a program
+// does is waited for as output. A test whose program stays silent for ever is ended by CTest.
+class Terminal {
+  public:
+    Terminal(int columns, int rows);
+    ~Terminal();
+    Terminal(const Terminal &) = delete;
+    Terminal &operator=(const Terminal &) = delete;
+
+    // Runs `body` in a child process until the terminal goes. Its reads of keys are marked when it
+    // calls mark() before each, and it tells results by report().
+    void run(const std::function<void()> &body);
+    static void mark();
+    static void report(const std::string &result);
+
+    // Runs a command, and in its environment the settings ("NAME=value").
+    void run(const std::vector<std::string> &command,
+             const std::vector<std::string> &environment = {});
+
+    // Sends the bytes of one key, or of a paste, at once.
+    void type(std::string_view bytes) const;
+    void resize(int columns, int rows);
+    void signal(int number) const;
+
+    // Follow the output: to the next mark, to the next result, to the moment when the screen shows
+    // what is asked for, to the end of a command. The last returns its exit status, or 128 and the
+    // signal.
+    void wait_for_mark();
+    std::string wait_for_report();
+    void wait_for(const std::function<bool(const std::string &shown)> &condition);
+    int wait_for_end();
+
+    // Presses a key and waits for the next mark; what the screen shows then.
+    std::string press(std::string_view key);
+
+    std::string shown() const { return screen.shown(); }
+    termios settings() const;
+    void change_settings(const std::function<void(termios &)> &change) const;
+
+  private:
+    void start(const std::function<void()> &body);
+    bool follow();
+    void take(char c);
+
+    Screen screen;
+    int master = -1;
+    int slave = -1;
+    pid_t child = -1;
+    size_t marks = 0;
+    bool reporting = false;
+    std::string result;
+    std::deque<std::string> results;
+};
+
+} // namespace kestu::test
