@@ -5,10 +5,12 @@
  *     int n = rpl_snprintf(line, sizeof line, "%'d pixels, %.2f bits", 1234567, 7.25);
  *
  * It never looks at the locale and never allocates, but for the two functions that return a new
- * string. The conversions are those of C99 with these differences: `'` groups integer digits by
- * ",", the decimal point is always "."; c ignores width and `-`; a and A print as f and F; a null s
- * prints "(null)", a null p "(nil)"; L on a floating conversion still takes a double; at most 19
- * fractional digits are given; an unknown conversion prints nothing and takes no argument.
+ * string. Digits of floating numbers are exact: the nearest decimal number is printed, and of two
+ * that are equally near the even one. The conversions are those of C99 with these differences: `'`
+ * groups integer digits by ","; the decimal point is always "."; c ignores width and `-`; lc and ls
+ * come out in UTF-8; a and A print as f and F; a null s prints "(null)", a null p "(nil)"; L
+ * changes nothing; at most 19 fractional digits are given, and no exponents below -308; an unknown
+ * conversion prints nothing and takes no argument.
  *
  * No state is kept: all functions may run at the same time.
  */

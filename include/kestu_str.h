@@ -3,8 +3,9 @@
  * and formatting into buffers, new strings and pools.
  *
  *     int n;
- *     kestu_error_t *err = kestu_str_to_integer("42 ", &n);  // "Cannot convert string '42 ' to
- * integer"
+ *     kestu_error_t *err = kestu_str_to_integer("42 ", &n);
+ *
+ * Here the error says "Cannot convert string '42 ' to integer".
  *
  * Strings are bytes that end with a NUL. Strings that a function says are new come from malloc and
  * are released by the caller with free(). No state is kept: all functions may run at the same time.
@@ -63,8 +64,9 @@ KESTU_API char *kestu_str_trim(char *s);
 
 /*
  * A new string: `s` with every occurrence, or with the first one, of `from` replaced by `to`. What
- * was put in is not searched again. When `from` is empty, or for kestu_str_replace_all when `from`
- * or `to` is null, the result is a copy. Null when no memory is left.
+ * was put in is not searched again. kestu_str_replace_all makes a copy when `from` or `to` is null
+ * or `from` is empty; for kestu_str_replace an empty `from` stands at the beginning. Null when no
+ * memory is left.
  */
 KESTU_API char *kestu_str_replace_all(const char *s, const char *from, const char *to);
 KESTU_API char *kestu_str_replace(const char *s, const char *from, const char *to);

@@ -1,18 +1,59 @@
 // Comparison without regard to the case of ASCII letters.
 #include "kestu_str.h"
 
+#include <algorithm>
+#include <bit>
+#include <cstdint>
+#include <emmintrin.h>
+
 namespace {
+
+constexpr size_t page_size = 4096;
+constexpr ptrdiff_t step = sizeof(__m128i);
 
 signed char fold(char c) {
     return static_cast<signed char>(c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c);
 }
 
+uintptr_t offset_in_page(const char *p) {
+    return reinterpret_cast<uintptr_t>(p) % page_size;
+}
+
+// One bit for each of the next bytes where a comparison stops: where the folded bytes differ or `a`
+// ends. Two bytes are the same letter when they differ in the bit of the case alone and one is a
+// letter.
+[[gnu::always_inline]] inline unsigned stops(__m128i a, __m128i b) {
+    const __m128i case_bit = _mm_set1_epi8(0x20);
+    const __m128i from_top = _mm_add_epi8(_mm_or_si128(a, case_bit), _mm_set1_epi8(127 - 'z'));
+    const __m128i letters = _mm_cmpgt_epi8(from_top, _mm_set1_epi8(127 - 26));
+    const __m128i difference =
+        _mm_andnot_si128(_mm_and_si128(letters, case_bit), _mm_xor_si128(a, b));
+    const __m128i zero = _mm_setzero_si128();
+    const __m128i stopping = _mm_or_si128(difference, _mm_cmpeq_epi8(a, zero));
+    return 0xFFFF ^ static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(stopping, zero)));
+}
+
 } // namespace
 
-int kestu_str_stricmp(const char *s1, const char *s2) {
-    while (fold(*s1) == fold(*s2) && *s1) {
-        ++s1;
-        ++s2;
+// Reads whole registers where they end in the page in which they begin: bytes behind a terminator
+// are read and ignored, but never in a page that the string does not reach.
+[[gnu::no_sanitize_address]] int kestu_str_stricmp(const char *s1, const char *s2) {
+    for (;;) {
+        const auto readable =
+            static_cast<ptrdiff_t>(page_size - std::max(offset_in_page(s1), offset_in_page(s2)));
+        const ptrdiff_t rest = readable % step;
+        s1 += readable - rest;
+        s2 += readable - rest;
+        for (ptrdiff_t i = rest - readable; i != 0; i += step) {
+            const unsigned found = stops(*reinterpret_cast<const __m128i_u *>(s1 + i),
+                                         *reinterpret_cast<const __m128i_u *>(s2 + i));
+            if (found != 0) {
+                i += std::countr_zero(found);
+                return fold(s1[i]) - fold(s2[i]);
+            }
+        }
+        for (const char *end = s1 + rest; s1 != end; ++s1, ++s2)
+            if (fold(*s1) != fold(*s2) || !*s1)
+                return fold(*s1) - fold(*s2);
     }
-    return fold(*s1) - fold(*s2);
 }

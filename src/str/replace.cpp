@@ -4,38 +4,49 @@
 #include <cstdlib>
 #include <cstring>
 
-char *kestu_str_replace_all(const char *s, const char *from, const char *to) {
-    if (!from || !to || !*from)
-        return strdup(s);
+namespace {
+
+// Calls `found` with every occurrence of `from` in `s`, at most `most` of them, one behind the
+// other.
+template <typename Found>
+void each_occurrence(const char *s, const char *from, size_t from_length, size_t most,
+                     Found found) {
+    while (most-- > 0 && (s = std::strstr(s, from)) != nullptr) {
+        found(s);
+        s += from_length;
+    }
+}
+
+// Looks for the occurrences twice: first to know how long the result is.
+char *replace(const char *s, const char *from, const char *to, size_t most) {
     const size_t from_length = std::strlen(from);
     const size_t to_length = std::strlen(to);
-    size_t length = 0;
-    const char *tail = s;
-    while (const char *found = std::strstr(tail, from)) {
-        length += static_cast<size_t>(found - tail) + to_length;
-        tail = found + from_length;
-    }
-    char *result = static_cast<char *>(std::malloc(length + std::strlen(tail) + 1));
+    size_t occurrences = 0;
+    each_occurrence(s, from, from_length, most, [&](const char *) { ++occurrences; });
+    const size_t s_length = std::strlen(s);
+    auto *result = static_cast<char *>(
+        std::malloc(s_length - occurrences * from_length + occurrences * to_length + 1));
     if (!result)
         return nullptr;
     char *out = result;
-    while (const char *found = std::strstr(s, from)) {
-        out = static_cast<char *>(mempcpy(out, s, static_cast<size_t>(found - s)));
+    const char *rest = s;
+    each_occurrence(s, from, from_length, occurrences, [&](const char *found) {
+        out = static_cast<char *>(mempcpy(out, rest, static_cast<size_t>(found - rest)));
         out = static_cast<char *>(mempcpy(out, to, to_length));
-        s = found + from_length;
-    }
-    std::strcpy(out, s);
+        rest = found + from_length;
+    });
+    std::memcpy(out, rest, s_length - static_cast<size_t>(rest - s) + 1);
     return result;
 }
 
+} // namespace
+
+char *kestu_str_replace_all(const char *s, const char *from, const char *to) {
+    return from && to && *from ? replace(s, from, to, SIZE_MAX) : strdup(s);
+}
+
 char *kestu_str_replace(const char *s, const char *from, const char *to) {
-    const char *found = *from ? std::strstr(s, from) : nullptr;
-    if (!found)
-        return strdup(s);
-    const char *rest = found + std::strlen(from);
-    char *result = nullptr;
-    const int head = static_cast<int>(found - s);
-    return kestu_str_asprintf(&result, "%.*s%s%s", head, s, to, rest) < 0 ? nullptr : result;
+    return replace(s, from, to, 1);
 }
 
 char *kestu_str_replace_char(char *s, char from, char to) {

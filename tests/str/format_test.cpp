@@ -343,7 +343,7 @@ TEST(Format, LengthsBeyondIntFail) {
 }
 
 TEST(Format, NothingIsAllocated) {
-    AllocFailure failure(1, true);
+    AllocFailure failure(1, all_after);
     printed("");
     char text[200];
     const int length = rpl_snprintf(text, sizeof text, "%'050d %.19e %.19f %g %ls %p %100s", 1,
