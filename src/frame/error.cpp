@@ -60,7 +60,10 @@ bool set_place(kestu_error_t *err, const Place &place) {
 
 kestu_error_t *build(int type, int code, const Place &place, kestu_error_t *child,
                      const Message &message) {
-    apr_pool_t *pool = child ? child->pool : nullptr;
+    // Nothing is put into the sentinel's pool: who clears the new error must not clear the
+    // sentinel.
+    const bool shares_pool = child && child != KestuDLlistStopWalking;
+    apr_pool_t *pool = shares_pool ? child->pool : nullptr;
     apr_status_t status = pool ? APR_SUCCESS : new_error_pool(&pool);
     if (status == APR_SUCCESS) {
         auto *err = static_cast<kestu_error_t *>(apr_palloc(pool, sizeof(kestu_error_t)));
@@ -77,7 +80,7 @@ kestu_error_t *build(int type, int code, const Place &place, kestu_error_t *chil
             if (set_place(err, place) && set_message(err, message))
                 return err;
         }
-        if (!child)
+        if (!shares_pool)
             apr_pool_destroy(pool);
         status = APR_ENOMEM;
     }

@@ -56,6 +56,14 @@ TEST(ErrorMaking, WrappingSharesThePoolAndKeepsKindAndCode) {
     EXPECT_CHAIN(head, Element(120012, "Cannot go."), Element(120012, ""));
 }
 
+TEST(ErrorMaking, TheSentinelOutlivesAnErrorThatWrapsIt) {
+    kestu_error_t *err = kestu_error_quick_wrap(KestuDLlistStopWalking, "Stopped.");
+    EXPECT_EQ(err->child, KestuDLlistStopWalking);
+    EXPECT_NE(err->pool, KestuDLlistStopWalking->pool);
+    EXPECT_CHAIN(err, Element(0, "Stopped."), Element(0, "KestuDLlistStopWalking"));
+    EXPECT_STREQ(KestuDLlistStopWalking->message, "KestuDLlistStopWalking");
+}
+
 TEST(ErrorMaking, AprStatusBecomesText) {
     EXPECT_CHAIN(kestu_error_aprwrap(APR_ENOENT), Element(0, "No such file or directory"));
     EXPECT_CHAIN(kestu_error_aprwrapf(APR_ENOENT, "file %d", 4),
