@@ -30,13 +30,15 @@ uint64_t read_xcr0() {
 // The 128-bit registers are part of x86-64, so every system saves them.
 CpuFeatures features_of(const CpuAnswers &answers) {
     CpuFeatures features;
-    features.clmul = has_all(answers.leaf1_ecx, clmul_baseline);
-    features.clmul256 = features.clmul && has_all(answers.leaf1_ecx, bit_AVX) &&
-                        has_all(answers.leaf7_ebx, bit_AVX2) &&
-                        has_all(answers.leaf7_ecx, bit_VPCLMULQDQ) &&
-                        has_all(answers.xcr0, saved_256);
-    features.clmul512 = features.clmul256 && has_all(answers.leaf7_ebx, bit_AVX512F) &&
+    features.avx2 = has_all(answers.leaf1_ecx, bit_AVX) && has_all(answers.leaf7_ebx, bit_AVX2) &&
+                    has_all(answers.xcr0, saved_256);
+    const bool avx512 = features.avx2 && has_all(answers.leaf7_ebx, bit_AVX512F) &&
                         has_all(answers.xcr0, saved_512);
+    features.count512 = avx512 && has_all(answers.leaf7_ecx, bit_AVX512VPOPCNTDQ);
+    features.clmul = has_all(answers.leaf1_ecx, clmul_baseline);
+    features.clmul256 =
+        features.clmul && features.avx2 && has_all(answers.leaf7_ecx, bit_VPCLMULQDQ);
+    features.clmul512 = features.clmul256 && avx512;
     features.sha = has_all(answers.leaf1_ecx, baseline) && has_all(answers.leaf7_ebx, bit_SHA);
     return features;
 }

@@ -1,5 +1,5 @@
-// What the checksums may use of the processor. A feature counts only when the operating system
-// saves the registers that it works on.
+// What checksums and bit arrays may use of the processor. A feature counts only when the operating
+// system saves the registers that it works on.
 #pragma once
 
 #include <cstdint>
@@ -11,6 +11,8 @@ struct CpuFeatures {
     bool clmul256 = false; // two products an instruction
     bool clmul512 = false; // four products an instruction
     bool sha = false;      // the SHA-1 instructions
+    bool avx2 = false;     // integers in 256-bit registers
+    bool count512 = false; // the number of bits set in each word of a 512-bit register
 };
 
 // What the processor and the operating system say of themselves; zeros where they say nothing.

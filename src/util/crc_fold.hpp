@@ -83,8 +83,9 @@ typename Lanes::Register moved(typename Lanes::Register x) {
     } else {
         const auto factors =
             Lanes::in_each_lane(halves(factor<Crc>(8 * bytes + 63), factor<Crc>(8 * bytes - 1)));
-        return Lanes::template product<low_by_low>(x, factors) ^
-               Lanes::template product<high_by_high>(x, factors);
+        const auto low = Lanes::template product<low_by_low>(x, factors);
+        const auto high = Lanes::template product<high_by_high>(x, factors);
+        return low ^ high;
     }
 }
 

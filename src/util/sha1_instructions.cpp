@@ -12,6 +12,12 @@ __m128i load(const void *bytes) {
     return _mm_loadu_si128(static_cast<const __m128i *>(bytes));
 }
 
+using Words [[gnu::vector_size(16)]] = uint32_t;
+
+__m128i add(__m128i a, __m128i b) {
+    return reinterpret_cast<__m128i>(reinterpret_cast<Words>(a) + reinterpret_cast<Words>(b));
+}
+
 // The first word stands in the highest place of a register, as the instructions want it.
 struct State {
     __m128i abcd;
@@ -30,8 +36,7 @@ template <int i>
 [[gnu::always_inline]] inline void four_rounds(State &state, __m128i (&message)[4],
                                                const unsigned char *next) {
     const __m128i w = message[i % 4];
-    const __m128i e_and_words =
-        i == 0 ? _mm_add_epi32(state.e, w) : _mm_sha1nexte_epu32(state.e, w);
+    const __m128i e_and_words = i == 0 ? add(state.e, w) : _mm_sha1nexte_epu32(state.e, w);
     state.e = state.abcd;
     state.abcd = _mm_sha1rnds4_epu32(state.abcd, e_and_words, i / 5);
     if constexpr (i >= 3 && i < 19)
@@ -63,7 +68,7 @@ void sha1_compress_by_instructions(uint32_t *words, const unsigned char *blocks,
         const State before = state;
         blocks += count > 1 ? sha1_block_size : 0; // the last block is loaded twice
         all_rounds(state, message, blocks, std::make_integer_sequence<int, 20>{});
-        state.abcd = _mm_add_epi32(state.abcd, before.abcd);
+        state.abcd = add(state.abcd, before.abcd);
         state.e = _mm_sha1nexte_epu32(state.e, before.e);
     }
     _mm_storeu_si128(reinterpret_cast<__m128i *>(words), _mm_shuffle_epi32(state.abcd, reversed));
