@@ -1,6 +1,7 @@
-// Images of 4096 x 4096: reading TIFF files beside libtiff's strips and a plain readv into new
-// rows, and measures beside plain loops.
+// Images of 4096 x 4096: reading and writing TIFF files beside libtiff and beside plain readv and
+// writev of rows, and measures beside plain loops.
 #include "kestu_img_measure.h"
+#include "kestu_img_shape.h"
 #include "kestu_lib.h"
 #include "kestu_mem.h"
 
@@ -10,6 +11,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <limits>
 #include <memory>
 #include <random>
 #include <string>
@@ -57,33 +59,60 @@ struct Picture : Rows<Sample> {
     kestu_img_t img = {};
 };
 
-// A file in memory that libtiff has written: what is measured is the readers, not a disk.
-template <typename Sample>
+// A file in memory: what is measured is not a disk.
 struct File {
-    explicit File(uint32_t strip_bytes) {
+    File() {
         char name[] = "/dev/shm/kestu-bench-XXXXXX";
         close(mkstemp(name));
         path = name;
-        const Picture<Sample> picture(Content::noise);
-        TIFF *tiff = TIFFOpen(name, "wl");
-        TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, side);
-        TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, side);
-        TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 8 * sizeof(Sample));
-        TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, 1);
-        TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
-        TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP,
-                     strip_bytes ? strip_bytes / (side * sizeof(Sample)) : side);
-        for (uint32_t r = 0; r < side; ++r)
-            TIFFWriteScanline(tiff, picture.rows[r], r);
-        TIFFClose(tiff);
     }
     ~File() { unlink(path.c_str()); }
     std::string path;
 };
 
 template <typename Sample>
+void write_by_libtiff(const char *path, const Rows<Sample> &rows, uint32_t strip_bytes) {
+    TIFF *tiff = TIFFOpen(path, "wl");
+    TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, side);
+    TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, side);
+    TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 8 * sizeof(Sample));
+    TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, 1);
+    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
+    TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP,
+                 strip_bytes ? strip_bytes / (side * sizeof(Sample)) : side);
+    for (uint32_t r = 0; r < side; ++r)
+        TIFFWriteScanline(tiff, rows.rows[r], r);
+    TIFFClose(tiff);
+}
+
+template <typename Sample>
+struct Written : File {
+    explicit Written(int64_t strip_bytes) {
+        write_by_libtiff(path.c_str(), Picture<Sample>(Content::noise),
+                         static_cast<uint32_t>(strip_bytes));
+    }
+};
+
+template <typename Sample>
+void count_bytes(benchmark::State &state) {
+    state.SetBytesProcessed(state.iterations() *
+                            static_cast<int64_t>(side * side * sizeof(Sample)));
+}
+
+template <typename Sample, typename Move>
+void for_row_batches(const Rows<Sample> &rows, Move move) {
+    constexpr size_t batch = 256;
+    for (size_t r = 0; r < side; r += batch) {
+        iovec segments[batch];
+        for (size_t i = 0; i < batch; ++i)
+            segments[i] = {rows.rows[r + i], side * sizeof(Sample)};
+        benchmark::DoNotOptimize(move(segments, static_cast<int>(batch)));
+    }
+}
+
+template <typename Sample>
 void read_ours(benchmark::State &state) {
-    const File<Sample> file(static_cast<uint32_t>(state.range(0)));
+    const Written<Sample> file(state.range(0));
     for (auto _ : state) {
         kestu_img_t img;
         kestu_error_clear(kestu_img_read_tiff(file.path.c_str(), &img));
@@ -97,7 +126,7 @@ void read_ours(benchmark::State &state) {
 // Strip by strip into a buffer, and from there into rows.
 template <typename Sample>
 void read_libtiff(benchmark::State &state) {
-    const File<Sample> file(static_cast<uint32_t>(state.range(0)));
+    const Written<Sample> file(state.range(0));
     for (auto _ : state) {
         TIFF *tiff = TIFFOpen(file.path.c_str(), "r");
         uint32_t rows_per_strip = 0;
@@ -119,21 +148,48 @@ void read_libtiff(benchmark::State &state) {
 
 template <typename Sample>
 void read_limit(benchmark::State &state) {
-    const File<Sample> file(static_cast<uint32_t>(state.range(0)));
+    const Written<Sample> file(state.range(0));
     for (auto _ : state) {
         const Rows<Sample> rows;
         const int fd = open(file.path.c_str(), O_RDONLY | O_CLOEXEC);
-        constexpr size_t batch = 256;
-        for (size_t r = 0; r < side; r += batch) {
-            iovec segments[batch];
-            for (size_t i = 0; i < batch; ++i)
-                segments[i] = {rows.rows[r + i], side * sizeof(Sample)};
-            benchmark::DoNotOptimize(readv(fd, segments, batch));
-        }
+        for_row_batches(
+            rows, [fd](const iovec *segments, int count) { return readv(fd, segments, count); });
         close(fd);
     }
     state.SetBytesProcessed(state.iterations() *
                             static_cast<int64_t>(side * side * sizeof(Sample)));
+}
+
+template <typename Sample>
+void write_ours(benchmark::State &state) {
+    const Picture<Sample> picture(Content::noise);
+    const File file;
+    for (auto _ : state)
+        kestu_error_clear(kestu_img_write_tiff(file.path.c_str(), &picture.img));
+    count_bytes<Sample>(state);
+}
+
+template <typename Sample>
+void write_libtiff(benchmark::State &state) {
+    const Picture<Sample> picture(Content::noise);
+    const File file;
+    for (auto _ : state)
+        write_by_libtiff(file.path.c_str(), picture, static_cast<uint32_t>(state.range(0)));
+    count_bytes<Sample>(state);
+}
+
+template <typename Sample>
+void write_limit(benchmark::State &state) {
+    const Picture<Sample> picture(Content::noise);
+    const File file;
+    for (auto _ : state) {
+        const int fd = open(file.path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+        for_row_batches(picture, [fd](const iovec *segments, int count) {
+            return writev(fd, segments, count);
+        });
+        close(fd);
+    }
+    count_bytes<Sample>(state);
 }
 
 template <typename Sample, Content content>
@@ -188,6 +244,67 @@ void entropy_plain(benchmark::State &state) {
     }
 }
 
+enum class Measure { density, intensity };
+
+template <typename Sample, Measure measure>
+void convert_ours(benchmark::State &state) {
+    const Picture<Sample> picture(Content::noise);
+    const Rows<double> out;
+    auto **rows = const_cast<double **>(out.rows.data());
+    for (auto _ : state)
+        if constexpr (measure == Measure::density)
+            kestu_error_clear(kestu_img_calc_density(&picture.img, rows, 5));
+        else
+            kestu_error_clear(kestu_img_calc_fujiri(&picture.img, rows, 50, 1000, 4));
+}
+
+template <typename Sample, Measure measure>
+void convert_plain(benchmark::State &state) {
+    const Picture<Sample> picture(Content::noise);
+    const Rows<double> out;
+    const double full = std::numeric_limits<Sample>::max();
+    for (auto _ : state)
+        for (size_t r = 0; r < side; ++r)
+            for (size_t c = 0; c < side; ++c) {
+                const double q = picture.rows[r][c];
+                if constexpr (measure == Measure::density)
+                    out.rows[r][c] = q == full ? 5 : std::log10(full / (full - q));
+                else
+                    out.rows[r][c] = std::pow(10.0, (q / full - 0.5) * 4) * 1;
+            }
+}
+
+// A plain table lookup that has nothing to compute.
+void convert_limit(benchmark::State &state) {
+    const Picture<uint16_t> picture(Content::noise);
+    const Rows<double> out;
+    const std::vector<double> table(65536, 1.0);
+    for (auto _ : state)
+        for (size_t r = 0; r < side; ++r)
+            for (size_t c = 0; c < side; ++c)
+                out.rows[r][c] = table[picture.rows[r][c]];
+}
+
+kestu_error_t *add(int, int, void *sum, double intensity) {
+    *static_cast<double *>(sum) += intensity;
+    return nullptr;
+}
+
+void circle(benchmark::State &state) {
+    double sum = 0;
+    for (auto _ : state)
+        kestu_error_clear(kestu_img_circle(0, 0, 500, add, &sum));
+    benchmark::DoNotOptimize(sum);
+}
+
+void outline(benchmark::State &state) {
+    double sum = 0;
+    for (auto _ : state)
+        kestu_error_clear(
+            kestu_img_ellipse_waa(0, 0, 500, 400, static_cast<double>(state.range(0)), add, &sum));
+    benchmark::DoNotOptimize(sum);
+}
+
 // One strip (0) and strips of 8 KiB.
 #define READ(depth, sample)                                                                        \
     BENCHMARK_TEMPLATE(read_ours, sample)->Name("read " depth "/ours")->Arg(0)->Arg(8192);         \
@@ -202,12 +319,29 @@ void entropy_plain(benchmark::State &state) {
     BENCHMARK_TEMPLATE(what##_plain, sample, Content::flat)                                        \
         ->Name(#what " " depth " flat/plain loop")
 
+#define WRITE(depth, sample)                                                                       \
+    BENCHMARK_TEMPLATE(write_ours, sample)->Name("write " depth "/ours")->Arg(0);                  \
+    BENCHMARK_TEMPLATE(write_libtiff, sample)->Name("write " depth "/libtiff")->Arg(0)->Arg(8192); \
+    BENCHMARK_TEMPLATE(write_limit, sample)->Name("write " depth "/limit (writev)")->Arg(0)
+
+#define CONVERT(what, depth, sample)                                                               \
+    BENCHMARK_TEMPLATE(convert_ours, sample, Measure::what)->Name(#what " " depth "/ours");        \
+    BENCHMARK_TEMPLATE(convert_plain, sample, Measure::what)->Name(#what " " depth "/plain loop")
+
 READ("8 bits", uint8_t);
 READ("16 bits", uint16_t);
+WRITE("8 bits", uint8_t);
+WRITE("16 bits", uint16_t);
 COUNT(histogram, "8 bits", uint8_t);
 COUNT(histogram, "16 bits", uint16_t);
 COUNT(entropy, "8 bits", uint8_t);
 COUNT(entropy, "16 bits", uint16_t);
+CONVERT(density, "8 bits", uint8_t);
+CONVERT(density, "16 bits", uint16_t);
+BENCHMARK(convert_limit)->Name("density 16 bits/limit (table lookups)");
+CONVERT(intensity, "16 bits", uint16_t);
+BENCHMARK(circle)->Name("circle of radius 500/ours");
+BENCHMARK(outline)->Name("smooth ellipse 500 x 400/ours")->Arg(1)->Arg(10);
 
 } // namespace
 

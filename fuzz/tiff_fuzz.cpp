@@ -1,49 +1,46 @@
-// TIFF files of strangers: read in full and without pixels, and measured when they are grayscale.
+// TIFF files of strangers: read in full and without pixels; what is grayscale is measured, written,
+// and read again.
 #include "kestu_img_measure.h"
 #include "kestu_lib.h"
 #include "kestu_mem.h"
 
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 
 #include <sys/mman.h>
 #include <unistd.h>
 
 namespace {
 
-// One file in memory serves all inputs.
+void require(bool condition) {
+    if (!condition)
+        abort();
+}
+
+// A file in memory.
 struct Device {
-    Device() : fd(memfd_create("tiff", 0)) {
-        kestu_initialize();
-        snprintf(path, sizeof path, "/proc/self/fd/%d", fd);
-    }
+    Device() : fd(memfd_create("tiff", 0)) { snprintf(path, sizeof path, "/proc/self/fd/%d", fd); }
     void fill(const uint8_t *data, size_t size) const {
-        if (ftruncate(fd, 0) != 0 || pwrite(fd, data, size, 0) != static_cast<ssize_t>(size))
-            abort();
+        require(ftruncate(fd, 0) == 0);
+        require(pwrite(fd, data, size, 0) == static_cast<ssize_t>(size));
     }
 
     int fd;
     char path[40];
 };
 
-void require(bool condition) {
-    if (!condition)
-        abort();
-}
-
 bool succeeded(kestu_error_t *err) {
     kestu_error_clear(err);
     return err == nullptr;
 }
 
-void measure(const kestu_img_t &img) {
+void count(const kestu_img_t &img) {
     int nbins = 0;
     uint64_t *hist = nullptr;
     double entropy = -1;
-    const bool counted = succeeded(kestu_img_histogram(&img, &nbins, &hist));
-    require(counted == succeeded(kestu_img_entropy(&img, &entropy)));
-    if (!counted)
-        return;
+    require(succeeded(kestu_img_histogram(&img, &nbins, &hist)));
+    require(succeeded(kestu_img_entropy(&img, &entropy)));
     uint64_t pixels = 0;
     for (int i = 0; i < nbins; ++i)
         pixels += hist[i];
@@ -54,18 +51,50 @@ void measure(const kestu_img_t &img) {
     kestu_mem_free(hist);
 }
 
+void convert(const kestu_img_t &img) {
+    double **out = nullptr;
+    require(
+        succeeded(kestu_mem_matrix_alloc(&out, sizeof **out, 0, img.height - 1, 0, img.width - 1)));
+    require(succeeded(kestu_img_calc_fujiri(&img, out, 50, 1000, 4)));
+    require(succeeded(kestu_img_calc_density(&img, out, 3)));
+    require(succeeded(kestu_img_data_dmask(&img, out)));
+    kestu_mem_matrix_free(out, sizeof **out, 0, img.height - 1, 0, img.width - 1);
+}
+
+void write_and_read_again(const kestu_img_t &img, const Device &device) {
+    require(succeeded(kestu_img_write_tiff(device.path, &img)));
+    kestu_img_t again;
+    require(succeeded(kestu_img_read(device.path, &again)));
+    require(again.width == img.width && again.height == img.height && again.bits[0] == img.bits[0]);
+    const size_t row_bytes = static_cast<size_t>(img.width) * (img.data8 ? 1 : 2);
+    for (int r = 0; r < img.height; ++r)
+        require(img.data8 ? memcmp(img.data8[r], again.data8[r], row_bytes) == 0
+                          : memcmp(img.data16[r], again.data16[r], row_bytes) == 0);
+    kestu_img_free(&again);
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
+    static const int started = kestu_initialize();
     static const Device device;
+    static const Device copy;
+    require(started == KESTU_INIT_OK);
     device.fill(data, size);
     kestu_img_t img;
     const bool has_info = succeeded(kestu_img_read_tiff_info(device.path, &img));
     kestu_img_free(&img);
     const bool is_read = succeeded(kestu_img_read(device.path, &img));
     require(has_info || !is_read);
-    if (is_read && (img.data8 || img.data16))
-        measure(img);
+    if (is_read && (img.data8 || img.data16)) {
+        double entropy = 0;
+        if (succeeded(kestu_img_entropy(&img, &entropy))) {
+            count(img);
+            if (static_cast<size_t>(img.height) * static_cast<size_t>(img.width) < 10000)
+                convert(img);
+        }
+        write_and_read_again(img, copy);
+    }
     kestu_img_free(&img);
     require(!img.data8 && !img.data16 && !img.strip_offsets && !img.strip_bytes && !img.software);
     return 0;

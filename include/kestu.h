@@ -16,6 +16,7 @@
 #include "kestu_format.h"
 #include "kestu_img.h"
 #include "kestu_img_measure.h"
+#include "kestu_img_shape.h"
 #include "kestu_lib.h"
 #include "kestu_log.h"
 #include "kestu_mach.h"

@@ -84,6 +84,30 @@ KESTU_API KESTU_MUST_USE kestu_error_t *kestu_img_read_tiff_info(const char *pat
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_img_read(const char *path, kestu_img_t *img);
 
 /*
+ * Writes the image `img` as little-endian TIFF to the file at `path`: ten directory entries, the
+ * text "KESTU " with the library's version, and the rows as one uncompressed strip. Resolutions are
+ * not written; of a depth other than 8 and 16 bits only the head is. Errors: 120030 "Cannot open
+ * file '%s'"; 120032 when the file does not take all bytes, which leaves it as far as it was
+ * written; 120152 for an image whose pixels need 4 GiB or more, or that has none although its
+ * height and width say so; all under "Cannot write TIFF image.".
+ */
+KESTU_API KESTU_MUST_USE kestu_error_t *kestu_img_write_tiff(const char *path,
+                                                             const kestu_img_t *img);
+
+/*
+ * Writes `nrows` pointers to rows of `ncols` doubles, `rows`, to the file at `path` as a 16-bit
+ * image, white is zero. The smallest value becomes 0 and the largest 65535, or 65534 when the last
+ * digit of a value x between is rounded down in |(x - smallest) * 65535 / (largest - smallest)|,
+ * which is cut to an integer; equal values all become 0. The smallest is looked for among values
+ * below 1e300 and the largest among those above -1e300. Values that are not a number, and those for
+ * which the formula yields none, become 0; results above 65535 become 65535. Errors are those of
+ * kestu_img_write_tiff and of kestu_mem_matrix_alloc under "Cannot convert double array to TIFF
+ * image.".
+ */
+KESTU_API KESTU_MUST_USE kestu_error_t *kestu_img_darr_to_tiff(const char *path, double **rows,
+                                                               int nrows, int ncols);
+
+/*
  * Releases the matrices, the strip arrays and the software text of `img` and sets their pointers to
  * null. The other fields stay.
  */

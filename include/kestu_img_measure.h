@@ -10,7 +10,8 @@
  * An image is measured when it has one sample a pixel, photometric interpretation 0 or 1, and 8 or
  * 16 bits. What is not is refused with an error of code 0, these being checked in this order: "The
  * image is not grayscale.", "The photointerpretation is not sutable: %d", "The image is neither
- * 16-bit nor 8-bit grayscale.". Images are only read: all functions may run at the same time.
+ * 16-bit nor 8-bit grayscale.", "The image has no pixels." when there should be some. Images are
+ * only read: all functions may run at the same time.
  */
 #ifndef KESTU_IMG_MEASURE_H
 #define KESTU_IMG_MEASURE_H
@@ -43,6 +44,31 @@ KESTU_API KESTU_MUST_USE kestu_error_t *kestu_img_entropy(const kestu_img_t *img
  * part like any other. `nbins` * 0.5 when fewer than two levels occur.
  */
 KESTU_API double kestu_img_thres_IJ(int nbins, const uint64_t *hist);
+
+/*
+ * Convert every pixel of `img`, whose value is q, into a double that is stored in the same row and
+ * column of the caller's matrix `out`, which has the image's height and width. M is the largest
+ * value, 255 or 65535. The only error is an image that is not measured, under "Cannot provide image
+ * data mask.", "Can't calculate optical intensity." and "Can't calculate Fuji relative intensity.".
+ * Nothing is allocated; images with more pixels than levels take 2 KiB (8 bits) or 512 KiB of stack
+ * for a table.
+ *
+ * The data mask is 0 at the dark end, which is M when white is zero and 0 when black is zero, and 1
+ * elsewhere.
+ *
+ * The optical density is `saturated` for q = M; otherwise log10(M / (M - q)) when white is zero and
+ * log10(M / q) when black is zero, where it is infinite for q = 0.
+ *
+ * The relative intensity of an imaging-plate scan is
+ * 10^((v - 1/2) * `latitude`) * `resolution`^2 / 10000 * (4000 / `sensitivity`), in which v is q /
+ * M when white is zero and (M - q) / M when black is zero.
+ */
+KESTU_API KESTU_MUST_USE kestu_error_t *kestu_img_data_dmask(const kestu_img_t *img, double **out);
+KESTU_API KESTU_MUST_USE kestu_error_t *kestu_img_calc_density(const kestu_img_t *img, double **out,
+                                                               double saturated);
+KESTU_API KESTU_MUST_USE kestu_error_t *kestu_img_calc_fujiri(const kestu_img_t *img, double **out,
+                                                              double resolution, double sensitivity,
+                                                              double latitude);
 
 KESTU_END_DECLS
 

@@ -1,7 +1,8 @@
 // Counting the gray levels of images.
 #pragma once
 
-#include "kestu_img.h"
+#include "img/grayscale.hpp"
+#include "img/rows.hpp"
 
 #include <cstddef>
 #include <cstring>
@@ -10,16 +11,10 @@
 
 namespace kestu {
 
-inline uint64_t pixels_of(const kestu_img_t &img) {
-    if (img.height <= 0 || img.width <= 0)
-        return 0;
-    return static_cast<uint64_t>(img.height) * static_cast<uint64_t>(img.width);
-}
-
 template <typename Sample, typename Count>
 class LevelCounts {
   public:
-    static constexpr size_t levels = size_t{1} << std::numeric_limits<Sample>::digits;
+    static constexpr size_t levels = levels_of<Sample>;
 
     void add(const Sample *row, size_t n) {
         const Sample *const end = row + n;

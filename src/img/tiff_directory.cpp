@@ -25,7 +25,7 @@ struct Lists {
 
 class DirectoryReader {
   public:
-    DirectoryReader(InputFile &file, kestu_img_t &img) : file_(file), img_(img) {}
+    DirectoryReader(File &file, kestu_img_t &img) : file_(file), img_(img) {}
     kestu_error_t *run();
 
   private:
@@ -41,7 +41,7 @@ class DirectoryReader {
     kestu_error_t *read_software(const Entry &text);
     kestu_error_t *apply_resolution_unit();
 
-    InputFile &file_;
+    File &file_;
     kestu_img_t &img_;
     Lists lists_;
     uint64_t directory_bytes_ = 0;
@@ -268,7 +268,7 @@ kestu_error_t *DirectoryReader::run() {
 
 } // namespace
 
-kestu_error_t *read_tiff_directories(InputFile &file, kestu_img_t &img) {
+kestu_error_t *read_tiff_directories(File &file, kestu_img_t &img) {
     return DirectoryReader(file, img).run();
 }
 

@@ -27,6 +27,9 @@ enum Tag : uint16_t {
 
 enum Type : uint16_t { ascii_type = 2, short_type = 3, long_type = 4 };
 
+enum Compression : int32_t { no_compression = 1 };
+enum Planar : int32_t { chunky = 1 };
+
 // A directory entry as it stands in the file: 12 bytes without gaps.
 struct Entry {
     uint16_t tag;

@@ -22,7 +22,7 @@ uint64_t whole_samples(uint32_t bytes) {
 
 // The bytes of all samples in the strips. Strips that reach past the end of the file are refused.
 template <typename Sample>
-kestu_error_t *measure_strips(const InputFile &file, const kestu_img_t &img, uint64_t &bytes) {
+kestu_error_t *measure_strips(const File &file, const kestu_img_t &img, uint64_t &bytes) {
     bytes = 0;
     for (int32_t i = 0; i < img.n_strip_bytes; ++i) {
         if (!file.holds(img.strip_offsets[i], img.strip_bytes[i]))
@@ -43,8 +43,7 @@ bool claims_too_much(const kestu_img_t &img, uint64_t bytes) {
 
 // Reads `bytes` at `offset` into the rows; what the image has no room for is left unread.
 template <typename Sample>
-kestu_error_t *read_run(InputFile &file, uint64_t offset, uint64_t bytes,
-                        RowCursor<Sample> &cursor) {
+kestu_error_t *read_run(File &file, uint64_t offset, uint64_t bytes, RowCursor<Sample> &cursor) {
     RowSegments segments;
     while (bytes > 0 && !cursor.at_end()) {
         const int count = cursor.next(segments, bytes);
@@ -59,7 +58,7 @@ kestu_error_t *read_run(InputFile &file, uint64_t offset, uint64_t bytes,
 }
 
 template <typename Sample>
-kestu_error_t *read_strips(InputFile &file, const kestu_img_t &img, RowCursor<Sample> cursor) {
+kestu_error_t *read_strips(File &file, const kestu_img_t &img, RowCursor<Sample> cursor) {
     uint64_t offset = 0;
     uint64_t bytes = 0;
     for (int32_t i = 0; i < img.n_strip_bytes && !cursor.at_end(); ++i) {
@@ -75,7 +74,7 @@ kestu_error_t *read_strips(InputFile &file, const kestu_img_t &img, RowCursor<Sa
 }
 
 template <typename Sample>
-kestu_error_t *read_matrix(InputFile &file, kestu_img_t &img, Sample **&matrix) {
+kestu_error_t *read_matrix(File &file, kestu_img_t &img, Sample **&matrix) {
     uint64_t bytes = 0;
     if (kestu_error_t *err = measure_strips<Sample>(file, img, bytes))
         return err;
@@ -93,7 +92,7 @@ kestu_error_t *read_matrix(InputFile &file, kestu_img_t &img, Sample **&matrix) 
 
 } // namespace
 
-kestu_error_t *read_tiff_pixels(InputFile &file, kestu_img_t &img) {
+kestu_error_t *read_tiff_pixels(File &file, kestu_img_t &img) {
     switch (img.bits[0]) {
     case 8:
         return read_matrix(file, img, img.data8);

@@ -1,6 +1,6 @@
 // The readers. They differ in what they do once the directories are read.
 #include "frame/error.hpp"
-#include "img/input_file.hpp"
+#include "img/file.hpp"
 #include "img/tiff_directory.hpp"
 #include "img/tiff_pixels.hpp"
 #include "kestu_img.h"
@@ -11,22 +11,22 @@ namespace {
 
 constexpr int not_tiff = 120150;
 
-kestu_error_t *check_strips(InputFile &, kestu_img_t &img) {
+kestu_error_t *check_strips(File &, kestu_img_t &img) {
     if (img.n_strip_offsets == img.n_strip_bytes)
         return nullptr;
     return fail(120152, "Inconsistent number of strips [%d vs. %d]", img.n_strip_offsets,
                 img.n_strip_bytes);
 }
 
-kestu_error_t *read_pixels(InputFile &file, kestu_img_t &img) {
+kestu_error_t *read_pixels(File &file, kestu_img_t &img) {
     if (img.photometric == -1)
         return fail(120152, "Unknown photometric interpretation");
     kestu_error_t *err = check_strips(file, img);
     return err ? err : read_tiff_pixels(file, img);
 }
 
-kestu_error_t *read_open_file(InputFile &file, kestu_img_t &img,
-                              kestu_error_t *(*finish)(InputFile &, kestu_img_t &)) {
+kestu_error_t *read_open_file(File &file, kestu_img_t &img,
+                              kestu_error_t *(*finish)(File &, kestu_img_t &)) {
     kestu_error_t *err = read_tiff_directories(file, img);
     if (!err)
         err = finish(file, img);
@@ -38,13 +38,13 @@ kestu_error_t *read_open_file(InputFile &file, kestu_img_t &img,
 }
 
 kestu_error_t *read_file(const char *path, kestu_img_t &img,
-                         kestu_error_t *(*finish)(InputFile &, kestu_img_t &)) {
+                         kestu_error_t *(*finish)(File &, kestu_img_t &)) {
     img = {};
     img.photometric = -1;
     img.resunit = -1;
-    InputFile file(path);
-    return file.is_open() ? read_open_file(file, img, finish)
-                          : fail(120030, "Cannot open file '%s'", path);
+    File file;
+    kestu_error_t *err = file.open(path, "rbe");
+    return err ? err : read_open_file(file, img, finish);
 }
 
 } // namespace

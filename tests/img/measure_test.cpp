@@ -2,6 +2,7 @@
 #include "kestu_img_measure.h"
 #include "kestu_mem.h"
 
+#include "picture.hpp"
 #include "support/alloc_failure.hpp"
 #include "support/chain.hpp"
 
@@ -12,28 +13,6 @@ using namespace kestu::test;
 using testing::AnyOf;
 
 namespace {
-
-// An image over the test's own samples.
-template <typename Sample>
-struct Picture {
-    Picture(size_t height, size_t width) : samples(height, std::vector<Sample>(width)) {
-        for (auto &row : samples)
-            rows.push_back(row.data());
-        img.height = static_cast<int32_t>(height);
-        img.width = static_cast<int32_t>(width);
-        img.samples = 1;
-        img.photometric = 1;
-        img.bits[0] = 8 * sizeof(Sample);
-        if constexpr (sizeof(Sample) == 1)
-            img.data8 = rows.data();
-        else
-            img.data16 = rows.data();
-    }
-
-    std::vector<std::vector<Sample>> samples;
-    std::vector<Sample *> rows;
-    kestu_img_t img = {};
-};
 
 std::vector<uint64_t> histogram(const kestu_img_t &img) {
     int nbins = 0;
@@ -194,6 +173,13 @@ TEST(Histogram, OtherImagesAreRefused) {
         EXPECT_EQ(nbins, -1);
         EXPECT_EQ(value, -1);
     }
+    kestu_img_t only_info = {};
+    only_info.samples = only_info.height = only_info.width = 1;
+    only_info.bits[0] = 8;
+    double value = -1;
+    EXPECT_CHAIN(kestu_img_entropy(&only_info, &value),
+                 Element(0, "Can't calculate entropy for an image."),
+                 Element(0, "The image has no pixels."));
 }
 
 TEST(Histogram, WithoutMemoryThereIsNone) {

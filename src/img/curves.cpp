@@ -1,0 +1,160 @@
+// Circles and ellipses by incremental error terms: which pixels are plotted, in which order and how
+// often is fixed to the letter.
+#include "img/plotter.hpp"
+
+#include <algorithm>
+#include <cstdlib>
+
+using namespace kestu;
+
+namespace {
+
+// Half-axes up to 2^31 have squares whose products need more than 64 bits.
+using Wide = __int128;
+
+kestu_error_t *draw_circle(Pixel m, int64_t r, const Plotter &out) {
+    int64_t x = -r;
+    int64_t y = 0;
+    int64_t error = 2 - 2 * r;
+    do {
+        if (kestu_error_t *err = out.plot(
+                {{m.x - x, m.y + y}, {m.x - y, m.y - x}, {m.x + x, m.y - y}, {m.x + y, m.y + x}}))
+            return err;
+        const int64_t before = error;
+        if (before <= y)
+            error += 2 * ++y + 1;
+        if (before > x || error > y)
+            error += 2 * ++x + 1;
+    } while (x < 0);
+    return nullptr;
+}
+
+// The tips of flat ellipses, which the walk leaves early.
+kestu_error_t *draw_tips(Pixel m, int64_t y, int64_t b, const Plotter &out) {
+    while (y < b) {
+        ++y;
+        if (kestu_error_t *err = out.plot({{m.x, m.y + y}, {m.x, m.y - y}}))
+            return err;
+    }
+    return nullptr;
+}
+
+kestu_error_t *draw_ellipse(Pixel m, int64_t a, int64_t b, const Plotter &out) {
+    const Wide a2 = Wide{a} * a;
+    const Wide b2 = Wide{b} * b;
+    int64_t x = -a;
+    int64_t y = 0;
+    Wide error = (2 * x + 1) * b2 + Wide{x} * x;
+    do {
+        if (kestu_error_t *err = out.plot(
+                {{m.x - x, m.y + y}, {m.x + x, m.y + y}, {m.x + x, m.y - y}, {m.x - x, m.y - y}}))
+            return err;
+        const Wide twice = 2 * error;
+        if (twice >= (2 * x + 1) * b2)
+            error += (2 * ++x + 1) * b2;
+        if (twice <= (2 * y + 1) * a2)
+            error += (2 * ++y + 1) * a2;
+    } while (x <= 0);
+    return draw_tips(m, y, b, out);
+}
+
+// Works on diameters, so that even and odd sizes are exact. Error terms are doubles.
+kestu_error_t *draw_in_rectangle(Pixel p0, Pixel p1, const Plotter &out) {
+    const int64_t a = std::abs(p1.x - p0.x);
+    const int64_t b = std::abs(p1.y - p0.y);
+    const int64_t odd = b & 1;
+    const double a2 = static_cast<double>(a) * static_cast<double>(a);
+    const double b2 = static_cast<double>(b) * static_cast<double>(b);
+    double dx = 4 * static_cast<double>(1 - a) * b2;
+    double dy = 4 * static_cast<double>(odd + 1) * a2;
+    double error = dx + dy + static_cast<double>(odd) * a2;
+    int64_t left = std::min(p0.x, p1.x);
+    int64_t right = left + a;
+    int64_t low = std::min(p0.y, p1.y) + (b + 1) / 2;
+    int64_t high = low - odd;
+    do {
+        if (kestu_error_t *err = out.plot({{right, low}, {left, low}, {left, high}, {right, high}}))
+            return err;
+        const double twice = 2 * error;
+        if (twice <= dy) {
+            ++low;
+            --high;
+            dy += 8 * a2;
+            error += dy;
+        }
+        if (twice >= dx || 2 * error > dy) {
+            ++left;
+            --right;
+            dx += 8 * b2;
+            error += dx;
+        }
+    } while (left <= right);
+    for (; low - high <= b; ++low, --high)
+        if (kestu_error_t *err =
+                out.plot({{left - 1, low}, {right + 1, low}, {left - 1, high}, {right + 1, high}}))
+            return err;
+    return nullptr;
+}
+
+// The pixels beside the line that are plotted only when a part of them is covered.
+kestu_error_t *plot_beside(std::initializer_list<Pixel> pixels, double intensity,
+                           const Plotter &out) {
+    return intensity > 0 ? out.plot(pixels, intensity) : nullptr;
+}
+
+// The distance of a pixel from the line is its error term in units of the first one.
+kestu_error_t *draw_smooth_circle(Pixel m, int64_t r, const Plotter &out) {
+    const auto unit = static_cast<double>(2 * r - 1);
+    const auto coverage = [unit](int64_t error) { return 1 - static_cast<double>(error) / unit; };
+    int64_t x = -r;
+    int64_t y = 0;
+    int64_t error = 2 - 2 * r;
+    for (;;) {
+        if (kestu_error_t *err = out.plot(
+                {{m.x - x, m.y + y}, {m.x - y, m.y - x}, {m.x + x, m.y - y}, {m.x + y, m.y + x}},
+                coverage(std::abs(error - 2 * (x + y) - 2))))
+            return err;
+        if (x >= 0)
+            return nullptr;
+        const Pixel at = {x, y};
+        const int64_t before = error;
+        if (before + at.y > 0) {
+            if (kestu_error_t *err = plot_beside({{m.x - at.x, m.y + at.y + 1},
+                                                  {m.x - at.y - 1, m.y - at.x},
+                                                  {m.x + at.x, m.y - at.y - 1},
+                                                  {m.x + at.y + 1, m.y + at.x}},
+                                                 coverage(before - 2 * at.x - 1), out))
+                return err;
+            error += 2 * ++x + 1;
+        }
+        if (before + at.x <= 0) {
+            if (kestu_error_t *err = plot_beside({{m.x - at.x - 1, m.y + at.y},
+                                                  {m.x - at.y, m.y - at.x - 1},
+                                                  {m.x + at.x + 1, m.y - at.y},
+                                                  {m.x + at.y, m.y + at.x + 1}},
+                                                 coverage(2 * at.y + 1 - before), out))
+                return err;
+            error += 2 * ++y + 1;
+        }
+    }
+}
+
+} // namespace
+
+kestu_error_t *kestu_img_circle(int xm, int ym, int r, kestu_img_plot_func plot, void *data) {
+    return draw_circle({xm, ym}, r, {plot, data});
+}
+
+kestu_error_t *kestu_img_ellipse(int xm, int ym, int a, int b, kestu_img_plot_func plot,
+                                 void *data) {
+    return draw_ellipse({xm, ym}, a, b, {plot, data});
+}
+
+kestu_error_t *kestu_img_ellipser(int x0, int y0, int x1, int y1, kestu_img_plot_func plot,
+                                  void *data) {
+    return draw_in_rectangle({x0, y0}, {x1, y1}, {plot, data});
+}
+
+kestu_error_t *kestu_img_circle_aa(int xm, int ym, int r, kestu_img_plot_func plot, void *data) {
+    return draw_smooth_circle({xm, ym}, r, {plot, data});
+}

@@ -1,0 +1,142 @@
+// One pass from front to back: a fixed head that names its own length, then the rows.
+#include "img/tiff_write.hpp"
+
+#include "frame/error.hpp"
+#include "img/rows.hpp"
+#include "img/tiff_format.hpp"
+#include "kestu_lib.h"
+#include "kestu_str.h"
+
+#include <cstring>
+#include <limits>
+
+namespace kestu {
+namespace {
+
+using tiff::Entry;
+
+constexpr uint16_t entry_count = 10;
+
+// Everything in front of the pixels, as it stands in the file. The text ends with its terminator,
+// wherever that is; the pixels follow it at once.
+struct [[gnu::packed]] Head {
+    char magic[4];
+    uint32_t directory;
+    uint16_t count;
+    Entry entries[entry_count];
+    uint32_t next_directory;
+    char software[100];
+};
+constexpr uint32_t directory_at = offsetof(Head, count);
+constexpr uint32_t software_at = offsetof(Head, software);
+static_assert(directory_at == 8 && software_at == 134);
+
+Entry short_entry(tiff::Tag tag, int32_t value) {
+    return {tag, tiff::short_type, 1, static_cast<uint16_t>(value)};
+}
+
+Entry long_entry(tiff::Tag tag, uint64_t value) {
+    return {tag, tiff::long_type, 1, static_cast<uint32_t>(value)};
+}
+
+uint64_t pixel_bytes(const kestu_img_t &img) {
+    switch (img.bits[0]) {
+    case 8:
+        return pixels_of(img);
+    case 16:
+        return pixels_of(img) * 2;
+    default:
+        return static_cast<uint32_t>(img.samples); // kept: the entry repeats the one before
+    }
+}
+
+// Fills `head` and returns how many of its bytes belong into the file.
+size_t fill_head(Head &head, const kestu_img_t &img) {
+    kestu_str_snprintf(head.software, sizeof head.software, "KESTU %s", kestu_version_string());
+    const auto text_size = static_cast<uint32_t>(std::strlen(head.software) + 1);
+    const uint32_t pixels_at = software_at + text_size;
+    std::memcpy(head.magic, "II*", sizeof head.magic);
+    head.directory = directory_at;
+    head.count = entry_count;
+    const Entry entries[entry_count] = {
+        long_entry(tiff::image_width, static_cast<uint32_t>(img.width)),
+        long_entry(tiff::image_length, static_cast<uint32_t>(img.height)),
+        short_entry(tiff::bits_per_sample, img.bits[0]),
+        short_entry(tiff::compression, tiff::no_compression),
+        short_entry(tiff::photometric_interpretation, img.photometric),
+        long_entry(tiff::strip_offsets, pixels_at),
+        short_entry(tiff::samples_per_pixel, img.samples),
+        long_entry(tiff::strip_byte_counts, pixel_bytes(img)),
+        short_entry(tiff::planar_configuration, tiff::chunky),
+        {tiff::software, tiff::ascii_type, text_size, software_at},
+    };
+    std::memcpy(head.entries, entries, sizeof entries);
+    head.next_directory = 0;
+    return pixels_at;
+}
+
+kestu_error_t *write_bytes(File &file, void *bytes, size_t size) {
+    auto *from = static_cast<char *>(bytes);
+    while (size > 0) {
+        const iovec segment = {from, size};
+        const size_t written = file.gather(&segment, 1);
+        if (written == 0)
+            return fail(120032);
+        from += written;
+        size -= written;
+    }
+    return nullptr;
+}
+
+template <typename Sample>
+kestu_error_t *write_rows(File &file, const kestu_img_t &img, Sample *const *rows) {
+    if (pixels_of(img) == 0)
+        return nullptr;
+    if (!rows)
+        return fail(120152, "The image has no pixels.");
+    RowCursor<Sample> cursor(rows, static_cast<size_t>(img.height), static_cast<size_t>(img.width));
+    RowSegments segments;
+    while (!cursor.at_end()) {
+        const int count = cursor.next(segments, std::numeric_limits<uint64_t>::max());
+        const size_t written = file.gather(segments, count);
+        if (written == 0)
+            return fail(120032);
+        cursor.advance(written);
+    }
+    return nullptr;
+}
+
+kestu_error_t *write_pixels(File &file, const kestu_img_t &img) {
+    switch (img.bits[0]) {
+    case 8:
+        return write_rows(file, img, img.data8);
+    case 16:
+        return write_rows(file, img, img.data16);
+    default:
+        return nullptr;
+    }
+}
+
+} // namespace
+
+kestu_error_t *write_tiff(File &file, const kestu_img_t &img) {
+    if (pixel_bytes(img) > std::numeric_limits<uint32_t>::max())
+        return fail(120152, "An image of %d x %d pixels is too large for TIFF.", img.width,
+                    img.height);
+    Head head;
+    const size_t size = fill_head(head, img);
+    kestu_error_t *err = write_bytes(file, &head, size);
+    return err ? err : write_pixels(file, img);
+}
+
+} // namespace kestu
+
+using namespace kestu;
+
+kestu_error_t *kestu_img_write_tiff(const char *path, const kestu_img_t *img) {
+    File file;
+    kestu_error_t *err = file.open(path, "wbe");
+    if (!err)
+        err = file.close(write_tiff(file, *img));
+    return wrap(err, "Cannot write TIFF image.");
+}

@@ -1,0 +1,117 @@
+// The mask and the density measures, pixel for pixel beside their formulas.
+#include "kestu_img_measure.h"
+
+#include "picture.hpp"
+#include "support/chain.hpp"
+
+#include <cmath>
+#include <functional>
+#include <limits>
+
+using namespace kestu::test;
+
+namespace {
+
+using Formula = std::function<double(double q, double full, bool white_is_zero)>;
+using Convert = std::function<kestu_error_t *(const kestu_img_t *, double **)>;
+
+struct Measure {
+    const char *action;
+    Convert convert;
+    Formula formula;
+};
+
+const Measure measures[] = {
+    {"Cannot provide image data mask.",
+     [](const kestu_img_t *img, double **out) { return kestu_img_data_dmask(img, out); },
+     [](double q, double full, bool white_is_zero) {
+         return q == (white_is_zero ? full : 0) ? 0.0 : 1.0;
+     }},
+    {"Can't calculate optical intensity.",
+     [](const kestu_img_t *img, double **out) { return kestu_img_calc_density(img, out, 4.5); },
+     [](double q, double full, bool white_is_zero) {
+         if (q == full)
+             return 4.5;
+         return white_is_zero ? std::log10(full / (full - q)) : std::log10(full / q);
+     }},
+    {"Can't calculate Fuji relative intensity.",
+     [](const kestu_img_t *img, double **out) {
+         return kestu_img_calc_fujiri(img, out, 50, 1000, 4);
+     },
+     [](double q, double full, bool white_is_zero) {
+         const double factor = 50.0 * 50.0 / 10000 * (4000 / 1000.0);
+         const double v = white_is_zero ? q / full : (full - q) / full;
+         return std::pow(10.0, (v - 0.5) * 4) * factor;
+     }},
+};
+
+// An out-matrix filled with a value that no formula gives.
+struct Matrix {
+    Matrix(size_t height, size_t width) : values(height, std::vector<double>(width, -77)) {
+        for (auto &row : values)
+            rows.push_back(row.data());
+    }
+    std::vector<std::vector<double>> values;
+    std::vector<double *> rows;
+};
+
+template <typename Sample>
+void expect_formula(const Measure &measure, size_t height, size_t width) {
+    Picture<Sample> picture(height, width);
+    picture.fill();
+    const double full = std::numeric_limits<Sample>::max();
+    picture.samples[0][0] = std::numeric_limits<Sample>::max();
+    picture.samples[0][1] = 0;
+    for (const int photometric : {0, 1}) {
+        picture.img.photometric = photometric;
+        Matrix out(height, width);
+        ASSERT_OK(measure.convert(&picture.img, out.rows.data()));
+        for (size_t r = 0; r < height; ++r)
+            for (size_t c = 0; c < width; ++c)
+                ASSERT_EQ(out.values[r][c],
+                          measure.formula(picture.samples[r][c], full, photometric == 0))
+                    << measure.action << " " << picture.samples[r][c] << ", " << photometric;
+    }
+}
+
+} // namespace
+
+// Images of fewer and of more pixels than there are levels.
+TEST(Density, EveryPixelIsWhatTheFormulaGives) {
+    for (const Measure &measure : measures) {
+        expect_formula<uint8_t>(measure, 3, 5);
+        expect_formula<uint8_t>(measure, 16, 16);
+        expect_formula<uint16_t>(measure, 7, 100);
+        expect_formula<uint16_t>(measure, 257, 300);
+    }
+}
+
+TEST(Density, KnownValues) {
+    Picture<uint8_t> picture(1, 3);
+    picture.samples[0] = {0, 128, 255};
+    picture.rows[0] = picture.samples[0].data();
+    picture.img.photometric = 0;
+    Matrix out(1, 3);
+    ASSERT_OK(kestu_img_calc_density(&picture.img, out.rows.data(), 9));
+    EXPECT_THAT(out.values[0], testing::ElementsAre(0.0, std::log10(255.0 / 127.0), 9.0));
+    ASSERT_OK(kestu_img_calc_fujiri(&picture.img, out.rows.data(), 100, 4000, 5));
+    EXPECT_DOUBLE_EQ(out.values[0][0], std::pow(10, -2.5));
+    EXPECT_DOUBLE_EQ(out.values[0][2], std::pow(10, 2.5));
+    picture.img.photometric = 1;
+    ASSERT_OK(kestu_img_calc_density(&picture.img, out.rows.data(), 9));
+    EXPECT_EQ(out.values[0][0], std::numeric_limits<double>::infinity());
+    EXPECT_EQ(out.values[0][2], 9.0);
+}
+
+TEST(Density, OtherImagesAreRefusedAndEmptyOnesLeftAlone) {
+    kestu_img_t img = {};
+    img.samples = 3;
+    img.bits[0] = 8;
+    for (const Measure &measure : measures) {
+        img.samples = 3;
+        EXPECT_CHAIN(measure.convert(&img, nullptr), Element(0, measure.action),
+                     Element(0, "The image is not grayscale."));
+        img.samples = 1;
+        EXPECT_OK(measure.convert(&img, nullptr));
+    }
+}
