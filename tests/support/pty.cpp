@@ -1,5 +1,7 @@
 #include "support/pty.hpp"
 
+#include "support/process.hpp"
+
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
@@ -7,6 +9,7 @@
 #include <stdexcept>
 
 #include <pty.h>
+#include <sched.h>
 #include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -103,13 +106,27 @@ void Terminal::type(std::string_view bytes) const {
     write_all(master, bytes);
 }
 
+// The state stands behind the name in parentheses, which may hold anything.
+void Terminal::wait_for_sleep() const {
+    const std::string path = "/proc/" + std::to_string(child) + "/stat";
+    for (;;) {
+        const std::string stat = read_file(path);
+        const size_t name_end = stat.rfind(')');
+        if (name_end == stat.npos || stat.compare(name_end, 3, ") S") == 0)
+            return;
+        sched_yield();
+    }
+}
+
 void Terminal::resize(int columns, int rows) {
+    wait_for_sleep();
     screen.resize(columns, rows);
     const winsize size = size_of(columns, rows);
     ioctl(master, TIOCSWINSZ, &size);
 }
 
 void Terminal::signal(int number) const {
+    wait_for_sleep();
     kill(child, number);
 }
 
@@ -140,23 +157,22 @@ bool Terminal::follow() {
 }
 
 void Terminal::wait_for_mark() {
-    const size_t wanted = marks + 1;
-    while (marks < wanted)
-        if (!follow())
-            throw std::runtime_error("the program ended: " + shown());
+    follow_until([this, wanted = marks + 1] { return marks == wanted; });
 }
 
 std::string Terminal::wait_for_report() {
-    while (results.empty())
-        if (!follow())
-            throw std::runtime_error("the program ended: " + shown());
+    follow_until([this] { return !results.empty(); });
     std::string first = results.front();
     results.pop_front();
     return first;
 }
 
-void Terminal::wait_for(const std::function<bool(const std::string &)> &condition) {
-    while (!condition(shown()))
+void Terminal::wait_for_text(const std::string &text) {
+    follow_until([&] { return shown().ends_with(text); });
+}
+
+void Terminal::follow_until(const std::function<bool()> &condition) {
+    while (!condition())
         if (!follow())
             throw std::runtime_error("the program ended: " + shown());
 }

@@ -35,15 +35,17 @@ class Terminal {
 
     // Sends the bytes of one key, or of a paste, at once.
     void type(std::string_view bytes) const;
+
+    // Change the window, or send a signal, once the program sleeps, as it does while it reads.
     void resize(int columns, int rows);
     void signal(int number) const;
 
-    // Follow the output: to the next mark, to the next result, to the moment when the screen shows
-    // what is asked for, to the end of a command. The last returns its exit status, or 128 and the
-    // signal.
+    // Follow the output: to the next mark, to the next result, to the moment when what the screen
+    // shows ends with `text`, to the end of a command. The last returns its exit status, or 128 and
+    // the signal.
     void wait_for_mark();
     std::string wait_for_report();
-    void wait_for(const std::function<bool(const std::string &shown)> &condition);
+    void wait_for_text(const std::string &text);
     int wait_for_end();
 
     // Presses a key and waits for the next mark; what the screen shows then.
@@ -55,7 +57,9 @@ class Terminal {
 
   private:
     void start(const std::function<void()> &body);
+    void wait_for_sleep() const;
     bool follow();
+    void follow_until(const std::function<bool()> &condition);
     void take(char c);
 
     Screen screen;
