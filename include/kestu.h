@@ -28,6 +28,7 @@
 #include "kestu_str.h"
 #include "kestu_sum.h"
 #include "kestu_tree.h"
+#include "kestu_trie.h"
 #include "kestu_util.h"
 #include "kestu_walk.h"
 

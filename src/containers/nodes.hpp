@@ -17,11 +17,11 @@ namespace kestu {
 struct PoolNodes {
     apr_pool_t *pool;
 
-    // Stores a new node, not initialised, through `node`.
+    // Stores a new node of `bytes` bytes, not initialised, through `node`.
     template <typename Node>
-    kestu_error_t *make(Node **node) const {
-        *node = static_cast<Node *>(apr_palloc(pool, sizeof(Node)));
-        return *node ? nullptr : fail_memory(sizeof(Node));
+    kestu_error_t *make(Node **node, size_t bytes = sizeof(Node)) const {
+        *node = static_cast<Node *>(apr_palloc(pool, bytes));
+        return *node ? nullptr : fail_memory(bytes);
     }
     static void release(void *) {}
 };
@@ -29,9 +29,9 @@ struct PoolNodes {
 // Nodes from the system's allocator: what kestu_mem_malloc and kestu_mem_free do, in line.
 struct HeapNodes {
     template <typename Node>
-    static kestu_error_t *make(Node **node) {
-        *node = static_cast<Node *>(std::malloc(sizeof(Node)));
-        return *node ? nullptr : fail_memory(sizeof(Node));
+    static kestu_error_t *make(Node **node, size_t bytes = sizeof(Node)) {
+        *node = static_cast<Node *>(std::malloc(bytes));
+        return *node ? nullptr : fail_memory(bytes);
     }
     static void release(void *node) { std::free(node); }
 };

@@ -1,0 +1,116 @@
+/*
+ * Tries: maps from keys of any bytes and any length to pointers.
+ *
+ *     kestu_trie_t *ages = NULL;
+ *     if ((err = kestu_triem_create(&ages)) ||
+ *         (err = kestu_triem_insert(ages, "Ann", 3, &ann)) ||
+ *         (err = kestu_triem_insert(ages, "Anna", 4, &anna)))
+ *         return err;
+ *     int *age = kestu_trie_search(ages, "Anna", 4);                  // null when absent
+ *     kestu_triem_destroy(&ages);
+ *
+ * A trie branches on the half-bytes of its keys, the low half of each byte first. A key stands
+ * whole in a leaf at the least depth at which no other key shares its way, so that a lookup ends
+ * with one comparison. Tries of the `trie` functions live in a pool and go with it; those of the
+ * `triem` functions come from the system's allocator, which gets back at once what is deleted. Keys
+ * are copied, values are never looked at nor freed. Keys may be of any length: nothing here
+ * recurses. Any number of threads may search and walk a trie that nobody changes.
+ *
+ * In all functions `trie` is the handle, `key` points to the `length` bytes of a key and may be
+ * null when there are none, and `baton` is handed through to the callback `fn`.
+ */
+#ifndef KESTU_TRIE_H
+#define KESTU_TRIE_H
+
+#include "kestu_error.h"
+
+#include <stddef.h>
+#include <stdint.h>
+
+KESTU_BEGIN_DECLS
+
+/* What a node is. Each begins with one of these; other values are invalid. */
+enum { KESTU_TRIE_LEAF = 0, KESTU_TRIE_INNER = 1 };
+
+/* A node of either kind. */
+typedef struct kestu_trie_node_t {
+    uint32_t type;
+} kestu_trie_node_t;
+
+/* A key and its value. */
+typedef struct kestu_trie_leaf_t {
+    uint32_t type;   /* KESTU_TRIE_LEAF */
+    uint8_t *key;    /* the trie's copy, with a zero byte behind it */
+    uint64_t length; /* of the key, in bytes */
+    void *value;
+} kestu_trie_leaf_t;
+
+/* A branching: at depth d by half-byte number d of the keys. */
+typedef struct kestu_trie_inner_t {
+    uint32_t type;          /* KESTU_TRIE_INNER */
+    kestu_trie_leaf_t *end; /* the leaf whose key ends here, or null */
+    uint32_t count;         /* leaves below, less the failed deletions that came by */
+    kestu_trie_node_t *children[16];
+} kestu_trie_inner_t;
+
+/* The handle: a cell with the root node, null for an empty trie. */
+typedef struct kestu_trie_t {
+    kestu_trie_node_t *root;
+} kestu_trie_t;
+
+/* Receives one entry: the `length` of its `key`, the trie's own copy of it, and its `value`. */
+typedef void (*kestu_trie_func)(uint64_t length, const uint8_t *key, void *value, void *baton);
+
+/*
+ * Makes an empty trie and stores its handle through `out`. kestu_trie_create takes it from `pool`
+ * and always returns null; when the pool has no memory, the handle is null. kestu_triem_create
+ * fails with 120012 under "Can't create new triem.", and the handle is null as well.
+ */
+KESTU_API kestu_error_t *kestu_trie_create(kestu_trie_t **out, apr_pool_t *pool);
+KESTU_API KESTU_MUST_USE kestu_error_t *kestu_triem_create(kestu_trie_t **out);
+
+/*
+ * Stores `value` under a copy of the key, with nodes from `pool` or from the system's allocator. A
+ * null trie does nothing. Errors, under "Can't insert trie node." or "Can't insert triem node.",
+ * with the trie unchanged in all its counts and slots: 120082 when the key is there already, 120091
+ * when a node of invalid type is in its place, 120012 when no memory is left. What a failure leaves
+ * unused stays in the pool; the `triem` form frees it.
+ */
+KESTU_API KESTU_MUST_USE kestu_error_t *kestu_trie_insert(kestu_trie_t *trie, const void *key,
+                                                          size_t length, void *value,
+                                                          apr_pool_t *pool);
+KESTU_API KESTU_MUST_USE kestu_error_t *kestu_triem_insert(kestu_trie_t *trie, const void *key,
+                                                           size_t length, void *value);
+
+/*
+ * The value under the key. Null when it is absent, also from a null trie; a value of null cannot be
+ * told from that.
+ */
+KESTU_API void *kestu_trie_search(const kestu_trie_t *trie, const void *key, size_t length);
+
+/*
+ * Removes the key, if it is there; a branching that is left with one leaf gives its place to it. A
+ * key that is absent lowers the counts of all branchings from which its way led on; they keep that,
+ * and one whose count is not 1 in the end is not given up. A null trie does nothing.
+ */
+KESTU_API void kestu_trie_delete(kestu_trie_t *trie, const void *key, size_t length);
+KESTU_API void kestu_triem_delete(kestu_trie_t *trie, const void *key, size_t length);
+
+/*
+ * Calls `fn` for every entry, or for every entry below `node`, which may be null. A key comes
+ * before those that it begins; otherwise the order is that of the first differing half-byte, low
+ * halves before high halves, and so not that of bytes. `fn` may search the trie but not change it.
+ */
+KESTU_API void kestu_trie_walk(const kestu_trie_t *trie, kestu_trie_func fn, void *baton);
+KESTU_API void traverse_node(const kestu_trie_node_t *node, kestu_trie_func fn, void *baton);
+
+/*
+ * Sets the handle at `trie` to null; the `triem` form first frees the trie and its handle. A null
+ * handle does nothing. A root of invalid type is not freed.
+ */
+KESTU_API void kestu_trie_destroy(kestu_trie_t **trie);
+KESTU_API void kestu_triem_destroy(kestu_trie_t **trie);
+
+KESTU_END_DECLS
+
+#endif

@@ -1,0 +1,523 @@
+// The trie: its exact shape and counts after all operations, its order, and failures that leave no
+// trace.
+#include "kestu_trie.h"
+
+#include "support/alloc_failure.hpp"
+#include "support/chain.hpp"
+#include "support/pool.hpp"
+#include "support/small_stack.hpp"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+using namespace kestu::test;
+using namespace std::string_literals;
+using testing::_;
+using testing::ElementsAre;
+using testing::Pair;
+using testing::StartsWith;
+
+namespace {
+
+// The functions that exist for both kinds of nodes, so that one test serves both.
+struct PoolTrie {
+    static constexpr bool frees = false;
+    Pool pool;
+    auto create(kestu_trie_t **out) { return kestu_trie_create(out, pool); }
+    auto insert(kestu_trie_t *trie, const std::string &key, void *value) {
+        return kestu_trie_insert(trie, key.data(), key.size(), value, pool);
+    }
+    void remove(kestu_trie_t *trie, const std::string &key) {
+        kestu_trie_delete(trie, key.data(), key.size());
+    }
+    void destroy(kestu_trie_t **trie) { kestu_trie_destroy(trie); }
+};
+
+struct HeapTrie {
+    static constexpr bool frees = true;
+    auto create(kestu_trie_t **out) { return kestu_triem_create(out); }
+    auto insert(kestu_trie_t *trie, const std::string &key, void *value) {
+        return kestu_triem_insert(trie, key.data(), key.size(), value);
+    }
+    void remove(kestu_trie_t *trie, const std::string &key) {
+        kestu_triem_delete(trie, key.data(), key.size());
+    }
+    void destroy(kestu_trie_t **trie) { kestu_triem_destroy(trie); }
+};
+
+char values[256];
+
+// The sub-trie at `node`: a leaf as its key, an inner node as "[count end 0=... 15=...]" with the
+// slots that hold something. A test fails when a leaf is not where its key belongs.
+std::string checked_shape(const kestu_trie_node_t *node, std::string way = "") {
+    if (!node)
+        return "";
+    if (node->type == KESTU_TRIE_LEAF) {
+        const auto *leaf = reinterpret_cast<const kestu_trie_leaf_t *>(node);
+        const std::string key(reinterpret_cast<const char *>(leaf->key), leaf->length);
+        EXPECT_EQ(leaf->key[leaf->length], 0);
+        for (size_t depth = 0; depth < way.size(); ++depth)
+            EXPECT_EQ(leaf->key[depth / 2] >> (depth % 2 * 4) & 15, way[depth]);
+        return key;
+    }
+    EXPECT_EQ(node->type, static_cast<uint32_t>(KESTU_TRIE_INNER));
+    const auto *inner = reinterpret_cast<const kestu_trie_inner_t *>(node);
+    std::string shape = "[";
+    shape.append(std::to_string(static_cast<int32_t>(inner->count)));
+    if (inner->end) {
+        EXPECT_EQ(inner->end->length * 2, way.size());
+        shape.append(" ").append(
+            checked_shape(reinterpret_cast<kestu_trie_node_t *>(inner->end), way));
+    }
+    for (int i = 0; i < 16; ++i)
+        if (inner->children[i])
+            shape.append(" ")
+                .append(std::to_string(i))
+                .append("=")
+                .append(checked_shape(inner->children[i], way + static_cast<char>(i)));
+    return shape.append("]");
+}
+
+template <typename Kind>
+class TrieBoth : public testing::Test {
+  protected:
+    TrieBoth() { EXPECT_OK(functions.create(&trie)); }
+    ~TrieBoth() override { functions.destroy(&trie); }
+
+    void insert(const std::string &key, size_t value = 1) {
+        EXPECT_OK(functions.insert(trie, key, &values[value]));
+    }
+    void remove(const std::string &key) { functions.remove(trie, key); }
+    void *search(const std::string &key) { return kestu_trie_search(trie, key.data(), key.size()); }
+    std::string shape() { return checked_shape(trie->root); }
+
+    Kind functions;
+    kestu_trie_t *trie = nullptr;
+};
+using BothKinds = testing::Types<PoolTrie, HeapTrie>;
+TYPED_TEST_SUITE(TrieBoth, BothKinds, );
+
+void collect(uint64_t length, const uint8_t *key, void *, void *baton) {
+    static_cast<std::vector<std::string> *>(baton)->emplace_back(
+        reinterpret_cast<const char *>(key), length);
+}
+
+std::vector<std::string> walk(const kestu_trie_node_t *node) {
+    std::vector<std::string> keys;
+    traverse_node(node, collect, &keys);
+    return keys;
+}
+
+std::vector<unsigned> halves(const std::string &key) {
+    std::vector<unsigned> halves;
+    for (const unsigned char byte : key) {
+        halves.push_back(byte & 15);
+        halves.push_back(byte >> 4);
+    }
+    return halves;
+}
+
+} // namespace
+
+TEST(Trie, HeaderExample) {
+    int ann = 30, anna = 31;
+    kestu_error_t *err;
+    const auto use = [&]() -> kestu_error_t * {
+        kestu_trie_t *ages = NULL;
+        if ((err = kestu_triem_create(&ages)) || (err = kestu_triem_insert(ages, "Ann", 3, &ann)) ||
+            (err = kestu_triem_insert(ages, "Anna", 4, &anna)))
+            return err;
+        auto *age = static_cast<int *>(kestu_trie_search(ages, "Anna", 4));
+        kestu_triem_destroy(&ages);
+        EXPECT_EQ(age, &anna);
+        EXPECT_EQ(ages, nullptr);
+        return NULL;
+    };
+    EXPECT_OK(use());
+}
+
+TYPED_TEST(TrieBoth, KeysStandAtTheLeastDepthAtWhichTheyAreAlone) {
+    this->insert("");
+    EXPECT_EQ(this->shape(), "");
+    EXPECT_EQ(this->search(""), &values[1]);
+    this->insert("a", 2);
+    EXPECT_EQ(this->shape(), "[2  1=a]");
+    this->insert("ab", 3); // 0x61 0x62: depths 1 and 2 branch on 6 and on 2
+    EXPECT_EQ(this->shape(), "[3  1=[2 6=[2 a 2=ab]]]");
+    this->insert("\x11", 4); // parts from "a" at its high half
+    EXPECT_EQ(this->shape(), "[4  1=[3 1=\x11 6=[2 a 2=ab]]]");
+    EXPECT_EQ(this->search("ab"), &values[3]);
+    EXPECT_EQ(this->search(""), &values[1]);
+    for (const auto &absent : {"abc"s, "b"s, "A"s, "\x01"s, "a\0"s})
+        EXPECT_EQ(this->search(absent), nullptr);
+    this->insert("abcd", 5);
+    EXPECT_EQ(this->search("abc"), nullptr);
+    EXPECT_EQ(this->search("ab"), &values[3]);
+}
+
+TYPED_TEST(TrieBoth, AKeyIsInsertedOnce) {
+    const char *const message =
+        TypeParam::frees ? "Can't insert triem node." : "Can't insert trie node.";
+    const auto expect_there = [&](const std::string &key) {
+        const std::string before = this->shape();
+        EXPECT_CHAIN(this->functions.insert(this->trie, key, &values[9]), Element(120082, message),
+                     Element(120082, ""));
+        EXPECT_EQ(this->shape(), before);
+        EXPECT_EQ(this->search(key), &values[1]);
+    };
+    for (const auto &key : {"abc"s, "ab"s, "abd"s, ""s, "a\0b"s, "a\0"s}) {
+        this->insert(key);
+        expect_there(key);
+    }
+    expect_there("abc");
+    expect_there("");
+}
+
+TYPED_TEST(TrieBoth, ASingleLeafRisesToWhereItIsAlone) {
+    this->insert("abcdefg");
+    this->insert("abcdefh");
+    this->insert("b");
+    this->remove("abcdefh");
+    EXPECT_EQ(this->shape(), "[2 1=abcdefg 2=b]");
+    this->remove("b");
+    EXPECT_EQ(this->shape(), "abcdefg");
+    this->insert("abcd");
+    this->remove("abcdefg");
+    EXPECT_EQ(this->shape(), "abcd");
+    this->insert("abcdefg");
+    this->remove("abcd");
+    EXPECT_EQ(this->shape(), "abcdefg");
+    this->remove("abcdefg");
+    EXPECT_EQ(this->trie->root, nullptr);
+    this->remove("abcdefg");
+}
+
+// Kept: a failed deletion lowers the counts it passes, and branchings are given up by count.
+TYPED_TEST(TrieBoth, FailedDeletionsLowerTheCountsOnTheirWay) {
+    for (const auto &key : {"a"s, "ab"s, "abc"s, "q"s})
+        this->insert(key);
+    EXPECT_EQ(this->shape(), "[4 1=[4 6=[3 a 2=[2 6=[2 ab 3=abc]]] 7=q]]");
+    this->remove("abd"); // an empty slot after five branchings
+    EXPECT_EQ(this->shape(), "[3 1=[3 6=[2 a 2=[1 6=[1 ab 3=abc]]] 7=q]]");
+    this->remove("x");
+    this->remove(""); // no end at the root, which keeps its count
+    this->remove("a\x02");
+    EXPECT_EQ(this->shape(), "[1 1=[2 6=[1 a 2=[0 6=[1 ab 3=abc]]] 7=q]]");
+    this->remove("abc"); // "ab" is alone, but its branching does not count 1
+    EXPECT_EQ(this->shape(), "[0 1=[1 6=[0 a 2=[-1 6=[0 ab]]] 7=q]]");
+    this->remove("ab");
+    EXPECT_EQ(this->shape(), "[-1 1=[0 6=[-1 a 2=[-2 6=[-1]]] 7=q]]");
+    EXPECT_THAT(walk(this->trie->root), ElementsAre("a", "q"));
+    this->insert("ab", 7);
+    EXPECT_EQ(this->search("ab"), &values[7]);
+}
+
+TEST(Trie, AFailedDeletionCanRaiseALeafThatItDidNotSeek) {
+    kestu_trie_t *trie = nullptr;
+    ASSERT_OK(kestu_triem_create(&trie));
+    for (const char *key : {"a", "q", "A"}) // all below the root's child 1
+        ASSERT_OK(kestu_triem_insert(trie, key, 1, values));
+    kestu_triem_delete(trie, "1", 1);
+    kestu_triem_delete(trie, "1", 1);
+    kestu_triem_delete(trie, "q", 1);
+    EXPECT_EQ(checked_shape(trie->root), "[0 1=[0 4=A 6=a]]");
+    kestu_triem_delete(trie, "A", 1);
+    EXPECT_EQ(checked_shape(trie->root), "[-1 1=[-1 6=a]]");
+    auto *root = reinterpret_cast<kestu_trie_inner_t *>(trie->root);
+    root->count = reinterpret_cast<kestu_trie_inner_t *>(root->children[1])->count = 2;
+    kestu_triem_delete(trie, "q", 1);
+    EXPECT_EQ(checked_shape(trie->root), "a");
+    kestu_triem_destroy(&trie);
+}
+
+TYPED_TEST(TrieBoth, WalksGoByHalfBytesTheLowOnesFirst) {
+    std::vector<std::string> keys = {"", "a", "ab", "abc", "\x10", "\x01", "\x01\x10", "\xFF", "q"};
+    for (const auto &key : keys)
+        this->insert(key);
+    const auto all = walk(this->trie->root);
+    EXPECT_THAT(all, ElementsAre("", "\x10", "\x01", "\x01\x10", "a", "ab", "abc", "q", "\xFF"));
+    const auto *root = reinterpret_cast<kestu_trie_inner_t *>(this->trie->root);
+    EXPECT_THAT(walk(root->children[15]), ElementsAre("\xFF"));
+    EXPECT_THAT(walk(root->children[1]), ElementsAre("\x01", "\x01\x10", "a", "ab", "abc", "q"));
+    std::vector<std::string> again;
+    kestu_trie_walk(this->trie, collect, &again);
+    EXPECT_EQ(again, all);
+}
+
+// Every level of the way to the last key has another key beside it, which comes after it: more than
+// a walk remembers without memory of its own.
+TYPED_TEST(TrieBoth, WalksComeBackToAnyNumberOfForks) {
+    std::vector<std::string> keys;
+    for (size_t i = 0; i < 300; ++i)
+        keys.push_back(std::string(i, '\0') + '\x11');
+    std::shuffle(keys.begin(), keys.end(), std::mt19937(1));
+    for (const auto &key : keys)
+        this->insert(key);
+    std::sort(keys.begin(), keys.end(),
+              [](const auto &a, const auto &b) { return halves(a) < halves(b); });
+    EXPECT_EQ(walk(this->trie->root), keys);
+    struct Expected {
+        const std::string *next;
+    } expected{keys.data()};
+    const auto compare = [](uint64_t length, const uint8_t *, void *, void *baton) {
+        EXPECT_EQ(static_cast<Expected *>(baton)->next++->size(), length);
+    };
+    AllocFailure no_memory(1, all_after);
+    kestu_trie_walk(this->trie, compare, &expected);
+    EXPECT_TRUE(no_memory.happened());
+    EXPECT_EQ(expected.next, keys.data() + keys.size());
+}
+
+TEST(Trie, NullIsHarmless) {
+    Pool pool;
+    EXPECT_OK(kestu_trie_insert(nullptr, "a", 1, values, pool));
+    EXPECT_OK(kestu_triem_insert(nullptr, "a", 1, values));
+    EXPECT_EQ(kestu_trie_search(nullptr, "a", 1), nullptr);
+    kestu_trie_delete(nullptr, "a", 1);
+    kestu_triem_delete(nullptr, "a", 1);
+    kestu_trie_walk(nullptr, collect, nullptr);
+    traverse_node(nullptr, collect, nullptr);
+    kestu_trie_t *trie = nullptr;
+    kestu_trie_destroy(&trie);
+    kestu_triem_destroy(&trie);
+    ASSERT_OK(kestu_triem_create(&trie));
+    EXPECT_EQ(kestu_trie_search(trie, nullptr, 0), nullptr);
+    kestu_trie_walk(trie, collect, nullptr);
+    EXPECT_OK(kestu_triem_insert(trie, nullptr, 0, values));
+    EXPECT_OK(kestu_triem_insert(trie, "\0", 1, values + 1));
+    EXPECT_EQ(kestu_trie_search(trie, nullptr, 0), values);
+    EXPECT_EQ(kestu_trie_search(trie, "", 1), values + 1);
+    kestu_triem_delete(trie, nullptr, 0);
+    EXPECT_EQ(kestu_trie_search(trie, "", 0), nullptr);
+    kestu_triem_destroy(&trie);
+}
+
+TEST(Trie, NodesOfInvalidTypeAreLeftAlone) {
+    Pool pool;
+    kestu_trie_t *trie = nullptr;
+    ASSERT_OK(kestu_trie_create(&trie, pool));
+    for (const char *key : {"a", "b", "ab"})
+        ASSERT_OK(kestu_trie_insert(trie, key, std::strlen(key), values, pool));
+    auto *root = reinterpret_cast<kestu_trie_inner_t *>(trie->root);
+    kestu_trie_node_t *const b = root->children[2];
+    b->type = 2;
+    EXPECT_CHAIN(kestu_trie_insert(trie, "2", 1, values, pool),
+                 Element(120091, "Can't insert trie node."), Element(120091, ""));
+    EXPECT_EQ(root->count, 3u);
+    kestu_trie_delete(trie, "b", 1);
+    EXPECT_EQ(root->children[2], b);
+    EXPECT_EQ(root->count, 2u);
+    EXPECT_EQ(kestu_trie_search(trie, "b", 1), values);
+    EXPECT_THAT(walk(trie->root), ElementsAre("a", "ab"));
+
+    kestu_trie_node_t invalid = {5};
+    ASSERT_OK(kestu_triem_create(&trie));
+    trie->root = &invalid;
+    EXPECT_CHAIN(kestu_triem_insert(trie, "a", 1, values),
+                 Element(120091, "Can't insert triem node."), Element(120091, ""));
+    kestu_triem_delete(trie, "a", 1);
+    EXPECT_EQ(trie->root, &invalid);
+    kestu_triem_destroy(&trie);
+    EXPECT_EQ(trie, nullptr);
+}
+
+TEST(TrieFailures, AnInsertionThatFailsLeavesNoTrace) {
+    kestu_trie_t *trie = nullptr;
+    const auto refused = [&] {
+        AllocFailure failure(1);
+        return kestu_triem_create(&trie);
+    };
+    EXPECT_CHAIN(refused(), Element(120012, "Can't create new triem."),
+                 Element(120012, "Failed to allocate 8 bytes of memory."));
+    EXPECT_EQ(trie, nullptr);
+    ASSERT_OK(kestu_triem_create(&trie));
+    for (const char *key : {"k", "kestu", "kestu_trie_a", "q"})
+        ASSERT_OK(kestu_triem_insert(trie, key, std::strlen(key), values));
+    const std::string before = checked_shape(trie->root);
+    size_t failures = 0;
+    for (bool failed = true; failed; failures += failed) {
+        kestu_error_t *err = nullptr;
+        const long blocks = live_blocks();
+        {
+            AllocFailure failure(failures + 1);
+            err = kestu_triem_insert(trie, "kestu_trie_b", 12, values);
+            failed = failure.happened();
+        }
+        if (!failed)
+            break;
+        EXPECT_EQ(live_blocks(), blocks);
+        EXPECT_CHAIN(err, Element(120012, "Can't insert triem node."),
+                     Pair(120012, StartsWith("Failed to allocate ")));
+        EXPECT_EQ(checked_shape(trie->root), before);
+    }
+    EXPECT_EQ(failures, 1u + 12); // the leaf, and inner nodes at the depths 11 to 22
+    EXPECT_EQ(kestu_trie_search(trie, "kestu_trie_b", 12), values);
+    kestu_triem_destroy(&trie);
+}
+
+TEST(TrieFailures, APoolWithoutMemoryLeavesTheTrieAsItWas) {
+    Pool pool;
+    kestu_trie_t *trie = nullptr;
+    ASSERT_OK(kestu_trie_create(&trie, pool));
+    ASSERT_OK(kestu_trie_insert(trie, "kestu", 5, values, pool));
+    ASSERT_OK(kestu_trie_insert(trie, "kestu_trie_a", 12, values, pool));
+    const std::string before = checked_shape(trie->root);
+    EXPECT_CHAIN(pool.without_memory(
+                     [&] { return kestu_trie_insert(trie, "kestu_trie_b", 12, values, pool); }),
+                 Element(120012, "Can't insert trie node."),
+                 Pair(120012, StartsWith("Failed to allocate ")));
+    EXPECT_EQ(checked_shape(trie->root), before);
+}
+
+TEST(TrieFailures, AKeyTooLongForAnyMemoryIsRefused) {
+    kestu_trie_t *trie = nullptr;
+    ASSERT_OK(kestu_triem_create(&trie));
+    for (const size_t length : {SIZE_MAX, SIZE_MAX - 32, SIZE_MAX / 2})
+        EXPECT_CHAIN(kestu_triem_insert(trie, "a", length, values),
+                     Element(120012, "Can't insert triem node."),
+                     Pair(120012, StartsWith("Failed to allocate ")));
+    EXPECT_EQ(trie->root, nullptr);
+    kestu_triem_destroy(&trie);
+}
+
+// Two million branchings, one below the other, three times.
+TYPED_TEST(TrieBoth, KeysOfAMegabyteNeedNoStack) {
+    run_on_small_stack([&] {
+        const std::string keys[] = {std::string(1000000, 'k') + "a",
+                                    std::string(1000000, 'k') + "b", std::string(500000, 'k')};
+        for (const auto &key : keys)
+            this->insert(key);
+        EXPECT_CHAIN(this->functions.insert(this->trie, keys[1], values), Pair(120082, _),
+                     Element(120082, ""));
+        for (const auto &key : keys)
+            EXPECT_EQ(this->search(key), &values[1]);
+        EXPECT_EQ(this->search(keys[0] + "c"), nullptr);
+        EXPECT_THAT(walk(this->trie->root), ElementsAre(keys[2], keys[0], keys[1]));
+        this->remove(keys[0]); // the rest of its way goes, down from the end of the short key
+        EXPECT_THAT(walk(this->trie->root), ElementsAre(keys[2], keys[1]));
+        if (TypeParam::frees) {
+            const auto failing = [&] {
+                AllocFailure failure(900000);
+                return this->functions.insert(this->trie, keys[0], values);
+            };
+            EXPECT_CHAIN(failing(), Pair(120012, _), Pair(120012, _));
+        }
+        this->insert(keys[0], 3);
+        EXPECT_EQ(this->search(keys[0]), &values[3]);
+        this->functions.destroy(&this->trie);
+    });
+}
+
+namespace {
+
+// The trie as it is told: recursive, and in the order of the telling.
+struct Model {
+    bool leaf = true;
+    std::string key = {};
+    uint32_t count = 0;
+    std::unique_ptr<Model> end = nullptr;
+    std::array<std::unique_ptr<Model>, 16> children = {};
+};
+using Slot = std::unique_ptr<Model>;
+
+bool insert(Slot &slot, Slot &added, size_t depth) {
+    const auto way = halves(added->key);
+    if (!slot) {
+        slot = std::move(added);
+        return true;
+    }
+    if (slot->leaf) {
+        if (slot->key == added->key)
+            return false;
+        auto inner = std::make_unique<Model>(Model{.leaf = false, .count = 1});
+        const auto present = halves(slot->key);
+        (present.size() > depth ? inner->children[present[depth]] : inner->end) = std::move(slot);
+        slot = std::move(inner);
+    }
+    if (way.size() == depth) {
+        if (slot->end)
+            return false;
+        slot->end = std::move(added);
+    } else if (!insert(slot->children[way[depth]], added, depth + 1)) {
+        return false;
+    }
+    ++slot->count;
+    return true;
+}
+
+void remove(Slot &slot, const std::string &key, size_t depth) {
+    if (!slot)
+        return;
+    if (slot->leaf) {
+        if (slot->key == key)
+            slot = nullptr;
+        return;
+    }
+    const auto way = halves(key);
+    if (way.size() == depth) {
+        if (!slot->end)
+            return;
+        slot->end = nullptr;
+    } else {
+        remove(slot->children[way[depth]], key, depth + 1);
+    }
+    if (--slot->count != 1)
+        return;
+    std::vector<Slot *> present;
+    if (slot->end)
+        present.push_back(&slot->end);
+    for (auto &child : slot->children)
+        if (child)
+            present.push_back(&child);
+    if (present.size() == 1 && (*present[0])->leaf) {
+        Slot risen = std::move(*present[0]);
+        slot = std::move(risen);
+    }
+}
+
+std::string shape_of(const Slot &slot) {
+    if (!slot || slot->leaf)
+        return slot ? slot->key : "";
+    std::string shape = "[";
+    shape.append(std::to_string(static_cast<int32_t>(slot->count)));
+    if (slot->end)
+        shape.append(" ").append(slot->end->key);
+    for (size_t i = 0; i < 16; ++i)
+        if (slot->children[i])
+            shape.append(" ")
+                .append(std::to_string(i))
+                .append("=")
+                .append(shape_of(slot->children[i]));
+    return shape.append("]");
+}
+
+} // namespace
+
+TYPED_TEST(TrieBoth, RandomOperationsKeepEverySlotAndCountAsInAModel) {
+    std::mt19937 random(4711);
+    const auto below = [&random](size_t n) { return random() % n; };
+    Slot model;
+    for (int step = 0; step < 6000; ++step) {
+        std::string key(below(5), '\0');
+        for (char &byte : key)
+            byte = "\x00\x01\x10\x11"[below(4)];
+        // In turns the trie grows and shrinks, also down to nothing.
+        if (below(10) < (step / 500 % 2 ? 2 : 8)) {
+            auto leaf = std::make_unique<Model>(Model{.key = key});
+            const bool added = insert(model, leaf, 0);
+            kestu_error_t *err = this->functions.insert(this->trie, key, values + below(256));
+            EXPECT_EQ(added, err == nullptr);
+            kestu_error_clear(err);
+        } else {
+            remove(model, key, 0);
+            this->remove(key);
+            EXPECT_EQ(this->search(key), nullptr);
+        }
+        ASSERT_EQ(this->shape(), shape_of(model)) << "after step " << step;
+    }
+}
