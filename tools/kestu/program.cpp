@@ -24,6 +24,10 @@ void set_up(CLI::App &app, Outcome &outcome) {
     app.get_formatter()->column_width(34);
     add_image_commands(app, outcome);
     add_cpu_commands(app, outcome);
+    add_sum_command(app, outcome);
+    add_find_command(app, outcome);
+    add_escape_commands(app, outcome);
+    add_base_command(app, outcome);
 }
 
 // Every command answers --version as the program does.

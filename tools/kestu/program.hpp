@@ -39,5 +39,9 @@ int run(const std::vector<std::string> &arguments);
 // Each adds a group of commands. The callbacks report to `outcome`, which outlives `app`.
 void add_image_commands(CLI::App &app, Outcome &outcome);
 void add_cpu_commands(CLI::App &app, Outcome &outcome);
+void add_sum_command(CLI::App &app, Outcome &outcome);
+void add_find_command(CLI::App &app, Outcome &outcome);
+void add_escape_commands(CLI::App &app, Outcome &outcome);
+void add_base_command(CLI::App &app, Outcome &outcome);
 
 } // namespace program

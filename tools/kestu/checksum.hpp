@@ -1,0 +1,49 @@
+// Checksums of files and streams, of the kinds that the library computes.
+#pragma once
+
+#include "kestu_sum.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace program {
+
+enum class SumKind { sha1, crc32, crc16 };
+
+struct SumName {
+    SumKind kind;
+    const char *option; // on the command line
+    const char *description;
+    const char *tag; // in lines of the tagged style
+    size_t digits;   // hexadecimal digits of the sum
+};
+
+inline constexpr SumName sum_names[] = {
+    {SumKind::sha1, "--sha1", "SHA-1 (taken when no kind is named)", "SHA1", 40},
+    {SumKind::crc32, "--crc32", "CRC-32 of zlib and IEEE 802.3", "CRC32", 8},
+    {SumKind::crc16, "--crc16", "CRC-16/ARC", "CRC16", 4}};
+
+// A sum under way.
+class Sum {
+  public:
+    explicit Sum(SumKind wanted) : kind(wanted) { kestu_sha1_init(&sha1); }
+
+    void add(const unsigned char *data, size_t size);
+
+    // In lower-case hexadecimal digits. Nothing can be added after it.
+    std::string digits();
+
+  private:
+    SumKind kind;
+    kestu_sha1_t sha1{};
+    uint32_t crc = 0;
+};
+
+// The sum of the file at `path`, or of standard input for "-". Nothing when it cannot be read;
+// errno tells why. On a terminal the progress through a large file is shown on standard error.
+std::optional<std::string> sum_of_file(const std::string &path, SumKind kind);
+
+} // namespace program
