@@ -5,6 +5,7 @@
 #define KESTU_H
 
 #include "kestu_array.h"
+#include "kestu_bitarr.h"
 #include "kestu_cdl.h"
 #include "kestu_cpu.h"
 #include "kestu_defs.h"
@@ -21,11 +22,14 @@
 #include "kestu_log.h"
 #include "kestu_mach.h"
 #include "kestu_mem.h"
+#include "kestu_obj.h"
+#include "kestu_objsig.h"
 #include "kestu_prsd.h"
 #include "kestu_readline.h"
 #include "kestu_sl.h"
 #include "kestu_stk.h"
 #include "kestu_str.h"
+#include "kestu_strlist.h"
 #include "kestu_sum.h"
 #include "kestu_tree.h"
 #include "kestu_trie.h"

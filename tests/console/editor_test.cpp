@@ -6,6 +6,7 @@
 
 #include "support/alloc_failure.hpp"
 #include "support/chain.hpp"
+#include "support/pool.hpp"
 
 #include <cstring>
 #include <optional>
@@ -221,6 +222,7 @@ TEST_F(EditorWithoutMemory, ALineThatCannotBeRememberedFails) {
 
 TEST(EditorStart, FailsWhole) {
     const std::string prompt(1 << 26, 'p'); // more than pools keep for later
+    { Pool room_for_the_small_ones; }
     kestu_ri_t *ctx = nullptr;
     const auto init = [&] {
         AllocFailure failure(1, pools_too);

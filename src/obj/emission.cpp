@@ -1,0 +1,130 @@
+// Emission of signals.
+#include "obj/signals.hpp"
+
+using namespace kestu;
+
+namespace {
+
+// A signal that is being emitted. Its slots may destroy the object: then the emission learns of it
+// here, since neither object nor signal can be looked at any more.
+struct Emission {
+    Emission(const kestu_obj_t *emitting, uint32_t emitted)
+        : obj(emitting), code(emitted), outer(running) {
+        running = this;
+    }
+    ~Emission() { running = outer; }
+    Emission(const Emission &) = delete;
+    Emission &operator=(const Emission &) = delete;
+
+    [[gnu::tls_model("initial-exec")]] static thread_local Emission *running;
+
+    const kestu_obj_t *obj; // null when it has been abandoned
+    uint32_t code;
+    Emission *outer;
+};
+
+constinit thread_local Emission *Emission::running = nullptr;
+
+// Calls the slots. False when the object or its signals went away meanwhile.
+//
+// Entries and slots stay where they are while the signal is busy; the signal itself may move.
+bool call_slots(const Entry *entry, kestu_obj_t *obj, uint32_t code, void *argument) {
+    const Emission emission(obj, code);
+    for (; entry; entry = next_entry(entry))
+        for (const kestu_oslot_t &slot : Elements<kestu_oslot_t>(&entry->slot_array)) {
+            if (!slot.callback)
+                continue;
+            slot.callback(obj, code, entry->destination, slot.user, argument);
+            if (!emission.obj) [[unlikely]]
+                return false;
+        }
+    return true;
+}
+
+// Carries one action out and adds its failure to `failures`. False when the emitting signal is
+// gone.
+bool carry_out(const kestu_osigact_t &action, kestu_obj_t *obj, uint32_t code,
+               kestu_error_t *&failures) {
+    kestu_error_t *err = nullptr;
+    switch (action.kind) {
+    case KESTU_OSIGACT_CONNECT:
+        err = kestu_obj_connect(action.source, action.code, action.destination, action.callback,
+                                action.user);
+        break;
+    case KESTU_OSIGACT_DISCONNECT:
+        kestu_obj_disconnect(action.source, action.code, action.destination, action.callback);
+        break;
+    case KESTU_OSIGACT_REMOVE:
+        kestu_obj_remove_signal(action.source, action.code);
+        if (action.source == obj && action.code == code)
+            return false;
+        break;
+    default:
+        err = fail(120107);
+    }
+    if (err)
+        failures = kestu_error_compose_create(err, failures);
+    return true;
+}
+
+// Carries out what waited. Failures are told only when the emitting signal goes; otherwise they are
+// dropped, since who asked for the actions has long been told of success.
+kestu_error_t *carry_out_all(UT_array *actions, kestu_obj_t *obj, uint32_t code) {
+    kestu_error_t *failures = nullptr;
+    bool exists = true;
+    for (const kestu_osigact_t &action : Elements<kestu_osigact_t>(actions)) {
+        exists = carry_out(action, obj, code, failures);
+        if (!exists)
+            break;
+    }
+    utarray_free(actions);
+    if (!exists)
+        return failures;
+    kestu_error_clear(failures);
+    return nullptr;
+}
+
+} // namespace
+
+namespace kestu {
+
+void abandon_emissions(const kestu_obj_t *obj) {
+    for (Emission *emission = Emission::running; emission; emission = emission->outer)
+        if (emission->obj == obj)
+            emission->obj = nullptr;
+}
+
+void drop_waiting_connections(const kestu_obj_t *obj) {
+    for (const Emission *emission = Emission::running; emission; emission = emission->outer) {
+        const kestu_osig_t *signal =
+            emission->obj ? find_signal(emission->obj, emission->code) : nullptr;
+        UT_array *actions = signal ? signal->actions : nullptr;
+        for (unsigned i = 0; actions && i < actions->i;) {
+            const kestu_osigact_t &action = Elements<kestu_osigact_t>(actions).first[i];
+            if (action.kind == KESTU_OSIGACT_CONNECT && action.destination == obj)
+                utarray_erase(actions, i, 1);
+            else
+                ++i;
+        }
+    }
+}
+
+} // namespace kestu
+
+kestu_error_t *kestu_obj_emit_signal(kestu_obj_t *obj, uint32_t code, void *argument) {
+    kestu_osig_t *signal = find_signal(obj, code);
+    if (!signal)
+        return wrap(no_such_signal(code), "Cannot emit signal.");
+    if (is_busy(*signal))
+        return nullptr;
+    signal->flags |= KESTU_OSIG_BUSY;
+    if (!call_slots(static_cast<const Entry *>(signal->destinations), obj, code, argument))
+        return nullptr;
+    signal = find_signal(obj, code);
+    signal->flags &= static_cast<uint16_t>(~KESTU_OSIG_BUSY);
+    if (!signal->actions)
+        return nullptr;
+    UT_array *actions = signal->actions;
+    signal->actions = nullptr;
+    return carry_out_all(actions, obj, code);
+}

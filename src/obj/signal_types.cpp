@@ -1,0 +1,85 @@
+// The registry of signal types.
+#include "kestu_objsig.h"
+
+#include "obj/engine.hpp"
+#include "str/pool_text.hpp"
+
+#include <cstring>
+
+using namespace kestu;
+
+namespace {
+
+struct SignalType {
+    uint32_t code;
+    const char *name; // null for a type without a name
+    void *reserved;
+};
+
+SignalType *signal_type(void *data) {
+    return static_cast<SignalType *>(data);
+}
+
+// A record that was given back, or else a new one.
+kestu_error_t *take_record(SignalType **record) {
+    if (kestu_cdl_t *ready = kestu_cdl_get_ready(engine.signal_types)) {
+        *record = signal_type(kestu_cdl_get_data(ready));
+        return nullptr;
+    }
+    *record = static_cast<SignalType *>(apr_palloc(engine.pool, sizeof(SignalType)));
+    if (!*record)
+        return fail(120012);
+    **record = {};
+    return kestu_cdl_prepend(&engine.signal_types, 0, *record, nullptr, engine.pool);
+}
+
+// A record that is used again without a name keeps the name it had.
+kestu_error_t *add_signal_type(uint32_t *code, const char *name) {
+    SignalType *record = nullptr;
+    if (kestu_error_t *err = take_record(&record))
+        return err;
+    record->code = *code = engine.next_signal_code;
+    if (name)
+        record->name = pool_copy(engine.pool, name);
+    return nullptr;
+}
+
+} // namespace
+
+// Comes back with the lock held when the name is taken: programs treat that as the end.
+kestu_error_t *kestu_objsig_register(uint32_t *code, const char *name) {
+    constexpr const char *action = "Cannot register signal.";
+    if (kestu_error_t *err = lock(engine.signal_type_lock))
+        return wrap(err, action);
+    if (name && kestu_objsig_query_type(name))
+        return wrap(fail(120103, "Object signal type [%s] already exists.", name), action);
+    if (kestu_error_t *err = add_signal_type(code, name)) {
+        unlock(engine.signal_type_lock, action);
+        return wrap(err, action);
+    }
+    ++engine.next_signal_code;
+    unlock(engine.signal_type_lock, action);
+    return nullptr;
+}
+
+kestu_error_t *kestu_objsig_deregister(uint32_t code) {
+    constexpr const char *action = "Cannot deregister signal.";
+    if (kestu_error_t *err = lock(engine.signal_type_lock))
+        return wrap(err, action);
+    const auto has_code = [](uint32_t, void *data, void *wanted) -> int {
+        return signal_type(data)->code == *static_cast<uint32_t *>(wanted);
+    };
+    kestu_cdl_set_free(kestu_cdl_walk_node_first(engine.signal_types, has_code, &code));
+    unlock(engine.signal_type_lock, action);
+    return nullptr;
+}
+
+uint32_t kestu_objsig_query_type(const char *name) {
+    const auto has_name = [](uint32_t, void *data, void *wanted) -> void * {
+        const char *own = signal_type(data)->name;
+        return own && std::strcmp(own, static_cast<const char *>(wanted)) == 0 ? data : nullptr;
+    };
+    const SignalType *found = signal_type(
+        kestu_cdl_walk_ptr_first(engine.signal_types, has_name, const_cast<char *>(name)));
+    return found ? found->code : 0;
+}

@@ -1,0 +1,74 @@
+// The signals that an object has.
+#include "obj/signals.hpp"
+
+#include "kestu_mem.h"
+
+using namespace kestu;
+
+UT_icd osig_icd = {sizeof(kestu_osig_t), nullptr, nullptr, osig_dtor};
+UT_icd oslot_icd = {sizeof(kestu_oslot_t), nullptr, nullptr, nullptr};
+UT_icd osigact_icd = {sizeof(kestu_osigact_t), nullptr, nullptr, nullptr};
+
+namespace kestu {
+
+kestu_error_t *no_such_signal(uint32_t code) {
+    return fail(120104, "Cannot find signal with code %d.", static_cast<int>(code));
+}
+
+void defer(kestu_osig_t &signal, const kestu_osigact_t &action) {
+    if (!signal.actions)
+        utarray_new(signal.actions, &osigact_icd);
+    utarray_push_back(signal.actions, &action);
+}
+
+} // namespace kestu
+
+void osig_dtor(void *osig) {
+    auto *signal = static_cast<kestu_osig_t *>(osig);
+    while (signal->destinations)
+        delete_entry(*signal, signal->destinations);
+    if (signal->actions)
+        utarray_free(signal->actions);
+    signal->actions = nullptr;
+}
+
+kestu_error_t *kestu_obj_add_signal(kestu_obj_t *obj, uint32_t code) {
+    if (!obj->signals)
+        utarray_new(obj->signals, &osig_icd);
+    if (find_signal(obj, code))
+        return wrap(fail(120105, "A signal with code %d already exists.", static_cast<int>(code)),
+                    "Cannot add signal to object.");
+    const kestu_osig_t signal = {static_cast<int32_t>(code), 0, nullptr, nullptr};
+    utarray_push_back(obj->signals, &signal);
+    return nullptr;
+}
+
+void kestu_obj_remove_signal(kestu_obj_t *obj, uint32_t code) {
+    kestu_osig_t *signal = find_signal(obj, code);
+    if (!signal)
+        return;
+    if (is_busy(*signal))
+        return defer(*signal, {.kind = KESTU_OSIGACT_REMOVE,
+                               .code = code,
+                               .source = obj,
+                               .destination = nullptr,
+                               .user = nullptr,
+                               .callback = nullptr});
+    const auto index = static_cast<unsigned>(signal - signals_of(obj).begin());
+    utarray_erase(obj->signals, index, 1);
+}
+
+void kestu_obj_delete_signals(kestu_obj_t *obj) {
+    abandon_emissions(obj);
+    if (obj->signals)
+        utarray_free(obj->signals);
+    obj->signals = nullptr;
+}
+
+kestu_error_t *kestu_obj_set_signal_flags(kestu_obj_t *obj, uint32_t code, uint32_t flags) {
+    kestu_osig_t *signal = find_signal(obj, code);
+    if (!signal)
+        return wrap(no_such_signal(code), "Cannot set signal flags.");
+    signal->flags = static_cast<uint16_t>(signal->flags | flags);
+    return nullptr;
+}

@@ -1,0 +1,318 @@
+// Types, objects, children and cleanups.
+#include "kestu_obj.h"
+
+#include "support/alloc_failure.hpp"
+#include "support/chain.hpp"
+#include "support/pool.hpp"
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <string>
+
+using namespace kestu::test;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+std::vector<std::string> events;
+
+class ObjectTest : public testing::Test {
+  protected:
+    void SetUp() override {
+        events.clear();
+        ASSERT_OK(kestu_obj_engine_init(pool));
+    }
+    void TearDown() override { ASSERT_OK(kestu_obj_engine_terminate()); }
+
+    kestu_obj_t *create(const char *name, apr_pool_t *where = nullptr) {
+        kestu_obj_t *obj = nullptr;
+        EXPECT_OK(kestu_obj_create(&obj, name, where ? where : pool));
+        EXPECT_OK(kestu_obj_cleanup_register(obj, tell, nullptr));
+        return obj;
+    }
+
+    kestu_obj_t *create_child(kestu_obj_t *parent, const char *name) {
+        kestu_obj_t *child = create(name);
+        EXPECT_OK(kestu_obj_addc(parent, child));
+        return child;
+    }
+
+    kestu_strlist_t *names(std::initializer_list<const char *> list) {
+        kestu_strlist_t *result = nullptr;
+        EXPECT_OK(kestu_strlist_create(&result, pool));
+        for (const char *name : list)
+            EXPECT_OK(kestu_strlist_addlast(result, name, pool));
+        return result;
+    }
+
+    static void tell(kestu_obj_t *obj, void *what) {
+        const char *name = kestu_obj_get_name(obj);
+        events.emplace_back(what ? static_cast<const char *>(what) : name ? name : "-");
+    }
+
+    Pool pool;
+};
+
+// The names of the children as a walk finds them.
+std::string children_of(kestu_obj_t *obj) {
+    const auto add = [](uint32_t, void *child, void *text) -> kestu_error_t * {
+        const char *name = child ? kestu_obj_get_name(static_cast<kestu_obj_t *>(child)) : "*";
+        static_cast<std::string *>(text)->append(name ? name : "-");
+        return nullptr;
+    };
+    std::string text;
+    EXPECT_OK(kestu_obj_child_walk_err_first(obj, add, nullptr, &text));
+    return text;
+}
+
+int is_object(uint32_t, void *child, void *wanted) {
+    return child == wanted;
+}
+
+// Runs `steps` in a process of its own, as they leave a lock held, and returns its exit status.
+template <typename Steps>
+int in_child_process(Steps steps) {
+    const pid_t child = fork();
+    if (child == 0)
+        _exit(steps());
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+} // namespace
+
+TEST_F(ObjectTest, TypesGetCodesAndCreateObjectsByAnyOfTheirNames) {
+    uint32_t first = 0;
+    uint32_t second = 0;
+    ASSERT_OK(kestu_objtype_register(&first, names({"button", "knob"}), nullptr));
+    const auto refuse = [](const char *, kestu_obj_t **, apr_pool_t *) {
+        return kestu_error_create(0, 7, nullptr, "refused");
+    };
+    ASSERT_OK(kestu_objtype_register(&second, names({"never"}), refuse));
+    EXPECT_EQ(second, first + 1);
+    EXPECT_EQ(kestu_objtype_query_typecode("knob"), first);
+    EXPECT_EQ(kestu_objtype_query_typecode("kno"), 0u);
+    EXPECT_TRUE(kestu_objtype_is_names_exist(names({"a", "never"})));
+    EXPECT_FALSE(kestu_objtype_is_names_exist(names({})));
+
+    kestu_obj_t *obj = nullptr;
+    ASSERT_OK(kestu_objtype_create_object("knob", "volume", &obj, pool));
+    EXPECT_STREQ(kestu_obj_get_name(obj), "volume");
+    EXPECT_EQ(kestu_obj_get_type(obj), 0u);
+    kestu_obj_destroy(obj);
+    EXPECT_CHAIN(kestu_objtype_create_object("never", "x", &obj, pool),
+                 Element(7, "Cannot create object."), Element(7, "refused"));
+    EXPECT_CHAIN(kestu_objtype_create_object("lever", "x", &obj, pool),
+                 Element(0, "Cannot create object. Type [lever] is not registered."));
+}
+
+TEST_F(ObjectTest, ANameThatIsTakenLeavesTheRegistryLocked) {
+    uint32_t code = 0;
+    ASSERT_OK(kestu_objtype_register(&code, names({"a"}), nullptr));
+    EXPECT_EQ(in_child_process([&] {
+                  uint32_t next = 77;
+                  kestu_error_t *err = kestu_objtype_register(&next, names({"b", "a"}), nullptr);
+                  const bool refused = err && err->code == 120101 && !err->message && !err->child;
+                  kestu_error_clear(err);
+                  // A lock that is held cannot be destroyed.
+                  err = kestu_obj_engine_terminate();
+                  return refused && next == 77 && err &&
+                                 std::string(err->message) ==
+                                     "Cannot terminate OBJECT engine correctly."
+                             ? 0
+                             : 1;
+              }),
+              0);
+}
+
+TEST_F(ObjectTest, CodesCountOnWhenTheEngineIsStartedAgain) {
+    uint32_t before = 0;
+    uint32_t after = 0;
+    ASSERT_OK(kestu_objtype_register(&before, names({"a"}), nullptr));
+    ASSERT_OK(kestu_obj_engine_terminate());
+    EXPECT_EQ(kestu_objtype_query_typecode("a"), 0u);
+    EXPECT_CHAIN(kestu_objtype_register(&after, names({"a"}), nullptr),
+                 Element(120001, "Cannot register object type."), Element(120001, ""));
+    ASSERT_OK(kestu_obj_engine_init(pool));
+    ASSERT_OK(kestu_objtype_register(&after, names({"a"}), nullptr));
+    EXPECT_EQ(after, before + 1);
+}
+
+TEST_F(ObjectTest, CarriesNameTypeAndDatumInAPoolOfItsOwn) {
+    kestu_obj_t *obj = create("old");
+    int datum = 0;
+    EXPECT_EQ(kestu_obj_set_name(obj, "new"), nullptr);
+    EXPECT_EQ(kestu_obj_set_type(obj, 9), nullptr);
+    EXPECT_EQ(kestu_obj_set_data(obj, &datum), nullptr);
+    EXPECT_STREQ(kestu_obj_get_name(obj), "new");
+    EXPECT_EQ(kestu_obj_get_type(obj), 9u);
+    EXPECT_EQ(kestu_obj_get_data(obj), &datum);
+    EXPECT_NE(kestu_obj_get_pool(obj), static_cast<apr_pool_t *>(pool));
+    EXPECT_TRUE(apr_pool_is_ancestor(pool, kestu_obj_get_pool(obj)));
+    kestu_obj_destroy(obj);
+}
+
+TEST_F(ObjectTest, ChildrenAreFoundByNameAndKeptInOrder) {
+    kestu_obj_t *parent = create("p");
+    kestu_obj_t *a = create_child(parent, "a");
+    kestu_obj_t *none = create_child(parent, nullptr);
+    create_child(parent, nullptr);
+    kestu_obj_t *b = create_child(parent, "b");
+    EXPECT_EQ(children_of(parent), "*a--b");
+    EXPECT_EQ(kestu_obj_getc(parent, "b"), b);
+    EXPECT_EQ(kestu_obj_getc(parent, ""), nullptr);
+    EXPECT_EQ(a->parent, parent);
+
+    kestu_obj_t *twin = create("a");
+    EXPECT_CHAIN(kestu_obj_addc(parent, twin), Element(120102, "Cannot add child to object"),
+                 Element(120102, "There is already a child with name 'a'"));
+    EXPECT_EQ(twin->parent, nullptr);
+
+    EXPECT_EQ(kestu_obj_removec(parent, "a", nullptr), a);
+    EXPECT_EQ(a->parent, parent) << "the link to the parent stays";
+    EXPECT_EQ(kestu_obj_removec(parent, "a", nullptr), nullptr);
+    EXPECT_EQ(kestu_obj_removec(parent, nullptr, none), none);
+    EXPECT_EQ(kestu_obj_removec(parent, nullptr, none), none) << "no child any more";
+    EXPECT_EQ(kestu_obj_removec(parent, nullptr, nullptr), nullptr);
+    EXPECT_OK(kestu_obj_addc(parent, twin));
+    EXPECT_EQ(children_of(parent), "*-ba");
+    kestu_obj_destroy(parent);
+    EXPECT_THAT(events, ElementsAre("p", "-", "b", "a"));
+    kestu_obj_destroy(a);
+    kestu_obj_destroy(none);
+}
+
+TEST_F(ObjectTest, RemovingByPredicateKeepsTheNameTaken) {
+    kestu_obj_t *parent = create("p");
+    kestu_obj_t *a = create_child(parent, "a");
+    kestu_obj_t *b = create_child(parent, "b");
+    EXPECT_EQ(kestu_obj_removec_func(parent, is_object, parent), nullptr);
+    EXPECT_EQ(kestu_obj_removec_func(parent, is_object, b), b);
+    EXPECT_EQ(children_of(parent), "*a");
+    EXPECT_EQ(kestu_obj_getc(parent, "b"), nullptr);
+    EXPECT_CHAIN(kestu_obj_addc(parent, b), Element(120102, "Cannot add child to object"),
+                 Element(120102, "There is already a child with name 'b'"));
+    EXPECT_EQ(kestu_obj_removec(parent, "b", nullptr), nullptr) << "this gives the name back";
+    EXPECT_OK(kestu_obj_addc(parent, b));
+    EXPECT_EQ(kestu_obj_removec_func(parent, is_object, a), a);
+    kestu_obj_destroy(a);
+    EXPECT_OK(kestu_obj_addc(parent, create("a"))) << "destruction gave the name back";
+    kestu_obj_destroy(parent);
+    EXPECT_THAT(events, ElementsAre("a", "p", "b", "a"));
+}
+
+TEST_F(ObjectTest, WalkSeesTheNodeAboveTheChildrenAndWrapsWhatEndsIt) {
+    kestu_obj_t *parent = create("p");
+    kestu_obj_t *child = create("c");
+    kestu_obj_set_type(child, 5);
+    ASSERT_OK(kestu_obj_addc(parent, child));
+    const auto tell_pre = [](uint32_t tag, void *, void *) -> kestu_error_t * {
+        events.push_back("pre " + std::to_string(tag));
+        return nullptr;
+    };
+    const auto stop_post = [](uint32_t tag, void *, void *) -> kestu_error_t * {
+        events.push_back("post " + std::to_string(tag));
+        return tag == 0 ? KestuDLlistStopWalking : nullptr;
+    };
+    kestu_error_t *err = kestu_obj_child_walk_err_first(parent, tell_pre, stop_post, nullptr);
+    EXPECT_EQ(err->child, KestuDLlistStopWalking);
+    EXPECT_STREQ(err->message, "Cannot walk objects childs");
+    kestu_error_clear(err);
+    EXPECT_STREQ(KestuDLlistStopWalking->message, "KestuDLlistStopWalking") << "still there";
+    EXPECT_THAT(events, ElementsAre("pre 0", "pre 5", "post 5", "post 0"));
+    kestu_obj_destroy(parent);
+}
+
+TEST_F(ObjectTest, CleanupsRunTheFirstAndThenFromTheLatestBack) {
+    kestu_obj_t *obj = nullptr;
+    ASSERT_OK(kestu_obj_create(&obj, "x", pool));
+    static char f1[] = "f1", f2[] = "f2", f3[] = "f3", other[] = "other";
+    const auto tell_other = [](kestu_obj_t *, void *what) {
+        events.emplace_back(static_cast<char *>(what));
+    };
+    ASSERT_OK(kestu_obj_cleanup_register(obj, tell, f1));
+    ASSERT_OK(kestu_obj_cleanup_register(obj, tell, f2));
+    ASSERT_OK(kestu_obj_cleanup_register(obj, tell_other, other));
+    ASSERT_OK(kestu_obj_cleanup_register(obj, tell, f3));
+    ASSERT_OK(kestu_obj_cleanup_register(obj, nullptr, nullptr));
+    kestu_obj_cleanup_deregister(obj, tell_other);
+    kestu_obj_cleanup_deregister(obj, tell_other);
+    kestu_obj_destroy(obj);
+    EXPECT_THAT(events, ElementsAre("f1", "f3", "f2"));
+}
+
+TEST_F(ObjectTest, DestroyingAParentDestroysItsFamilyTopFirst) {
+    for (const bool by_pool : {false, true}) {
+        events.clear();
+        Pool own;
+        kestu_obj_t *top = create("top", own);
+        kestu_obj_t *a = create("a", kestu_obj_get_pool(top));
+        kestu_obj_t *b = create("b", own);
+        kestu_obj_t *c = create("c", pool);
+        ASSERT_OK(kestu_obj_addc(top, a));
+        ASSERT_OK(kestu_obj_addc(top, b));
+        ASSERT_OK(kestu_obj_addc(b, c));
+        if (by_pool)
+            apr_pool_clear(own);
+        else
+            kestu_obj_destroy(top);
+        EXPECT_THAT(events, testing::UnorderedElementsAre("top", "a", "b", "c"));
+        if (!by_pool) {
+            EXPECT_THAT(events, ElementsAre("top", "a", "b", "c"));
+        }
+    }
+}
+
+TEST_F(ObjectTest, AChildThatDiesByItselfLeavesItsParent) {
+    kestu_obj_t *parent = create("p");
+    kestu_obj_t *child = create_child(parent, "c");
+    kestu_obj_t *renamed = create_child(parent, "r");
+    kestu_obj_set_name(renamed, "c");
+    kestu_obj_destroy(renamed);
+    EXPECT_EQ(kestu_obj_getc(parent, "c"), child) << "a namesake is left alone";
+    EXPECT_EQ(children_of(parent), "*c");
+    kestu_obj_destroy(child);
+    EXPECT_EQ(children_of(parent), "*");
+    EXPECT_EQ(kestu_obj_getc(parent, "c"), nullptr);
+    kestu_obj_destroy(parent);
+}
+
+// Sequences that no tree of objects should see, and that must not leave a pointer into the void.
+TEST_F(ObjectTest, OddFamiliesAreHarmless) {
+    kestu_obj_t *p = create("p");
+    kestu_obj_t *q = create("q");
+    kestu_obj_t *twice = create(nullptr);
+    ASSERT_OK(kestu_obj_addc(p, twice));
+    ASSERT_OK(kestu_obj_addc(p, twice));
+    ASSERT_OK(kestu_obj_addc(q, twice));
+    EXPECT_EQ(children_of(p), "*--");
+    ASSERT_OK(kestu_obj_addc(p, p)); // its own child
+    ASSERT_OK(kestu_obj_addc(q, p)); // and a ring
+    ASSERT_OK(kestu_obj_addc(p, q));
+    kestu_obj_t *orphan = create_child(p, "o");
+    EXPECT_EQ(kestu_obj_removec(p, "o", nullptr), orphan);
+    kestu_obj_destroy(p);
+    EXPECT_THAT(events, ElementsAre("p", "-", "q"));
+    EXPECT_EQ(orphan->parent, nullptr) << "its parent is gone";
+    kestu_obj_destroy(orphan);
+}
+
+TEST_F(ObjectTest, AddingAChildWithoutMemoryChangesNothing) {
+    kestu_obj_t *parent = create("p");
+    kestu_obj_t *child = create("child with a name");
+    const long blocks = live_blocks();
+    const size_t failures = fail_each_allocation([&](size_t) {
+        if (kestu_error_t *err = kestu_obj_addc(parent, child)) {
+            EXPECT_STREQ(err->message, "Cannot add child to object");
+            EXPECT_EQ(child->parent, nullptr);
+            EXPECT_EQ(live_blocks(), blocks);
+            kestu_error_clear(err);
+        }
+    });
+    EXPECT_GE(failures, 3u);
+    EXPECT_EQ(children_of(parent), "*child with a name");
+    kestu_obj_destroy(parent);
+}
