@@ -14,11 +14,11 @@ class Sink {
     // The most characters that can be written in place at once.
     static constexpr size_t max_in_place = 64;
 
-    // `buffer` may be null when `size` is 0. A `size` that reaches beyond the end of memory, which
-    // callers pass when they know that the text fits, stands for all that follows `buffer`.
+    // `buffer` may be null when `size` is 0. Callers that know that the text fits pass sizes beyond
+    // all memory; the end is kept where pointers can still reach it.
     Sink(char *buffer, size_t size)
         : start(size > 0 ? buffer : aside), at(start),
-          end(start + (size > 0 ? std::min(size - 1, bytes_behind(start)) : 0)) {}
+          end(start + (size > 0 ? std::min(size - 1, max_room) : 0)) {}
     Sink(const Sink &) = delete;
     Sink &operator=(const Sink &) = delete;
 
@@ -65,9 +65,8 @@ class Sink {
     void terminate() { *at = '\0'; }
 
   private:
-    static size_t bytes_behind(const char *p) {
-        return UINTPTR_MAX - reinterpret_cast<uintptr_t>(p);
-    }
+    static constexpr size_t max_room = PTRDIFF_MAX / 2;
+
     static void copy(char *to, const char *from, size_t n);
     size_t room() const { return static_cast<size_t>(end - at); }
 
