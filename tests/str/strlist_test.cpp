@@ -120,23 +120,47 @@ TEST_F(StrlistTest, SplittingNothingIsRefused) {
     EXPECT_THAT(strings(l), ElementsAre("kept"));
 }
 
+TEST_F(StrlistTest, NullListsAreEmptyAndNullStringsStayNull) {
+    kestu_strlist_t *none = nullptr, *l = list({"a"});
+    kestu_strlist_clear(none);
+    EXPECT_EQ(kestu_strlist_getn(none, 0), nullptr);
+    EXPECT_EQ(kestu_strlist_nelts(none), 0);
+    EXPECT_EQ(kestu_strlist_is_exists(none, "a"), 0);
+    EXPECT_OK(kestu_strlist_copy(l, none, pool));
+    EXPECT_CHAIN(kestu_strlist_addfirst(none, "a", pool), Element(120051, ""));
+    EXPECT_CHAIN(kestu_strlist_addlast(none, "a", pool), Element(120051, ""));
+    EXPECT_CHAIN(kestu_strlist_copy(none, l, pool), Element(120051, "Cannot copy list of strings."),
+                 Element(120051, ""));
+    EXPECT_CHAIN(kestu_strlist_tokenize(none, l, " ", pool), Element(120061, ""));
+    EXPECT_CHAIN(kestu_strlist_tokenize(l, l, nullptr, pool),
+                 Element(120060, "Cannot tokenize string: incorrect number of tokens [0]."));
+    EXPECT_OK(kestu_strlist_addfirst(l, nullptr, pool));
+    EXPECT_OK(kestu_strlist_addlast(l, "b c", pool));
+    kestu_strlist_t *copy = list();
+    EXPECT_OK(kestu_strlist_copy(copy, l, pool));
+    EXPECT_EQ(kestu_strlist_nelts(copy), 3);
+    EXPECT_EQ(kestu_strlist_getn(copy, 0), nullptr);
+    EXPECT_EQ(kestu_strlist_is_exists(copy, "b c"), 1);
+    EXPECT_EQ(kestu_strlist_is_exists(copy, nullptr), 0);
+    EXPECT_OK(kestu_strlist_tokenize(copy, copy, " ", pool)); // in place
+    EXPECT_THAT(strings(copy), ElementsAre("ab", "c"));
+}
+
 TEST_F(StrlistTest, NoMemoryKeepsTheTokensFoundBefore) {
-    kestu_strlist_t *text = list({"a b"}), *found = list();
-    {
-        AllocFailure failure(1);
-        EXPECT_CHAIN(kestu_strlist_tokenize(text, found, " ", pool),
-                     Element(120013, "Failed to tokenize strings."),
-                     Element(120013, "Failed to reallocate memory for 1 bytes."));
-    }
-    EXPECT_THAT(strings(found), IsEmpty());
     const std::string longer(50, 'c');
-    text = list({"a b", longer}); // the second token outgrows what the first one took
-    kestu_error_t *err = nullptr;
-    {
-        AllocFailure failure(2);
-        err = kestu_strlist_tokenize(text, found, " ", pool);
+    // The second token of the second text outgrows what the first one took.
+    kestu_strlist_t *texts[] = {list({"a b"}), list({"a b", longer})};
+    kestu_strlist_t *found[] = {list(), list()};
+    kestu_error_t *errors[2] = {};
+    for (const size_t failing : {1, 2}) {
+        AllocFailure failure(failing);
+        errors[failing - 1] =
+            kestu_strlist_tokenize(texts[failing - 1], found[failing - 1], " ", pool);
     }
-    EXPECT_CHAIN(err, Element(120013, "Failed to tokenize strings."),
+    EXPECT_CHAIN(errors[0], Element(120013, "Failed to tokenize strings."),
+                 Element(120013, "Failed to reallocate memory for 1 bytes."));
+    EXPECT_CHAIN(errors[1], Element(120013, "Failed to tokenize strings."),
                  Element(120013, "Failed to reallocate memory for 51 bytes."));
-    EXPECT_THAT(strings(found), ElementsAre("a"));
+    EXPECT_THAT(strings(found[0]), IsEmpty());
+    EXPECT_THAT(strings(found[1]), ElementsAre("a"));
 }
