@@ -9,7 +9,8 @@
  *     puts(kestu_strlist_getn(tokens, 1));                    // a red
  *
  * Strings are copied into the pool given to the function that adds them, and live as long as it
- * does; a list owns nothing. A list belongs to one thread at a time.
+ * does; a list owns nothing. A list belongs to one thread at a time. A null list is an empty one;
+ * only adding to it fails, with 120051.
  */
 #ifndef KESTU_STRLIST_H
 #define KESTU_STRLIST_H
@@ -18,9 +19,9 @@
 
 KESTU_BEGIN_DECLS
 
-/* A list of strings: a cell with a node of the list, null when it is empty. */
+/* A list of strings: a cell with the first node of a list, null when it is empty. */
 typedef struct kestu_strlist_t {
-    kestu_dl_t *head; /* the data of every node is a string */
+    kestu_dl_t *head; /* the data of every node is a string, or null */
 } kestu_strlist_t;
 
 /*
@@ -34,8 +35,9 @@ KESTU_API void kestu_strlist_destroy(kestu_strlist_t *list);
 KESTU_API void kestu_strlist_clear(kestu_strlist_t *list);
 
 /*
- * Adds a copy of `str`, made in `pool`, at the front or at the end of `list`. Errors are those of
- * kestu_dl_prepend and kestu_dl_append, with the list as it was.
+ * Adds a copy of `str`, made in `pool`, at the front or at the end of `list`; the latter walks over
+ * the list. A null string is added as null. Errors are those of kestu_dl_prepend and
+ * kestu_dl_append, with the list as it was.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_strlist_addfirst(kestu_strlist_t *list,
                                                                const char *str, apr_pool_t *pool);

@@ -10,13 +10,14 @@ namespace kestu {
 // Appends to a list and remembers its end, so that no string is walked over again.
 class Appender {
   public:
-    Appender(kestu_strlist_t &extended, apr_pool_t *strings_pool)
+    Appender(kestu_strlist_t *extended, apr_pool_t *strings_pool)
         : list(extended), pool(strings_pool) {}
 
+    // Fails with 120051 for a null list, as it does for want of memory.
     [[nodiscard]] kestu_error_t *append(std::string_view text);
 
   private:
-    kestu_strlist_t &list;
+    kestu_strlist_t *list;
     apr_pool_t *pool;
     kestu_dl_t *last = nullptr;
 };

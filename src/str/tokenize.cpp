@@ -54,7 +54,7 @@ class Token {
 // Splits strings that follow each other into tokens.
 class Tokenizer {
   public:
-    Tokenizer(const char *separators, kestu_strlist_t &tokens, apr_pool_t *pool)
+    Tokenizer(const char *separators, kestu_strlist_t *tokens, apr_pool_t *pool)
         : found(tokens, pool) {
         for (; *separators; ++separators)
             separates[static_cast<unsigned char>(*separators)] = true;
@@ -123,12 +123,12 @@ kestu_error_t *tokenize(const kestu_dl_t *node, Tokenizer &tokenizer) {
 
 kestu_error_t *kestu_strlist_tokenize(kestu_strlist_t *src, kestu_strlist_t *dst,
                                       const char *separators, apr_pool_t *pool) {
-    if (!*separators)
+    if (!separators || !*separators)
         return fail(120060, "Cannot tokenize string: incorrect number of tokens [%d].", 0);
-    const kestu_dl_t *first = kestu_dl_get_first(src->head);
+    const kestu_dl_t *first = src ? kestu_dl_get_first(src->head) : nullptr;
     if (!first)
         return fail(120061);
     kestu_strlist_clear(dst);
-    Tokenizer tokenizer(separators, *dst, pool);
+    Tokenizer tokenizer(separators, dst, pool);
     return wrap(tokenize(first, tokenizer), "Failed to tokenize strings.");
 }
