@@ -48,13 +48,14 @@ KESTU_API KESTU_MUST_USE kestu_error_t *kestu_img_circle_aa(int xm, int ym, int 
                                                             kestu_img_plot_func plot, void *data);
 
 /*
- * Draw ellipses as above as lines of width 1, or of `width` pixels, that cover pixels in part.
- * Every pixel that has a part is plotted once, and intensities add up to the area of the line. The
- * intensity is the part of the pixel between two straight lines at half the width on both sides of
- * the ellipse, in its direction at the point that is next to the pixel's centre: unweighted area
- * sampling (Catmull, "A hidden-surface algorithm with anti-aliasing", 1978) on the distance from a
- * point to an ellipse (Eberly, "Distance from a point to an ellipse, an ellipsoid, or a
- * hyperellipsoid", 2013).
+ * Draw ellipses around (`xm`, `ym`) with half-axes `a` and `b`, or in the rectangle with corners
+ * (`x0`, `y0`) and (`x1`, `y1`), as lines of width 1, or of `width` pixels, that cover pixels in
+ * part. Every pixel that has a part is plotted once, and intensities add up to the area of the
+ * line. The intensity is the part of the pixel between two straight lines at half the width on both
+ * sides of the ellipse, in its direction at the point that is next to the pixel's centre:
+ * unweighted area sampling (Catmull, "A hidden-surface algorithm with anti-aliasing", 1978) on the
+ * distance from a point to an ellipse (Eberly, "Distance from a point to an ellipse, an ellipsoid,
+ * or a hyperellipsoid", 2013).
  *
  * The forms with a width round the corners of the rectangle, which is (`xm` - `a`, `ym` - `b`) to
  * (`xm` + `a`, `ym` + `b`) in the centre form, to whole pixels. A width of 1 or less draws the line

@@ -1,5 +1,7 @@
 #include "tiff_bytes.hpp"
 
+#include "support/chain.hpp"
+
 #include <algorithm>
 #include <cstdlib>
 
@@ -110,6 +112,18 @@ Tiff Tiff::gray(uint32_t width, uint32_t height, uint32_t bits, std::string_view
     tiff.set(256, width).set(257, height).set({258, shorts, 1, bits}).set(262, 1);
     tiff.set({277, shorts, 1, 1}).set(273, strip);
     return tiff.set(279, static_cast<uint32_t>(samples.size()));
+}
+
+kestu_error_t *read(std::string_view bytes, Image &img) {
+    const MemoryFile file(bytes);
+    return kestu_img_read_tiff(file.path(), &img);
+}
+
+std::vector<int> pixels_of(std::string_view bytes) {
+    Image img;
+    EXPECT_OK(read(bytes, img));
+    EXPECT_EQ(img.type, 1);
+    return img.pixels();
 }
 
 } // namespace kestu::test

@@ -71,9 +71,17 @@ class Tiff {
     // A grayscale image, black is zero, whose samples stand in one strip.
     static Tiff gray(uint32_t width, uint32_t height, uint32_t bits, std::string_view samples);
 
+    // The pixels 1, 2 and 3, 4 of 8 bits.
+    static Tiff tiny() { return gray(2, 2, 8, "\1\2\3\4"); }
+
   private:
     std::string data_;
     std::vector<Field> fields_;
 };
+
+kestu_error_t *read(std::string_view bytes, Image &img);
+
+// The pixels of a file that is read without an error.
+std::vector<int> pixels_of(std::string_view bytes);
 
 } // namespace kestu::test
