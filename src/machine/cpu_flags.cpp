@@ -8,8 +8,8 @@ namespace {
 
 template <typename Record>
 struct Flag {
-    uint32_t bit;
     int32_t Record::*field;
+    uint32_t bit;
     FlagSet set = FlagSet::common; // the smallest set that it belongs to
 };
 
@@ -17,63 +17,63 @@ using Flags = kestu_cpu_flags_t;
 using Amd = kestu_cpu_amd_t;
 
 constexpr Flag<Flags> leaf1_ecx[] = {
-    {0, &Flags::sse3},
-    {3, &Flags::monitor, FlagSet::all},
-    {4, &Flags::ds_cpl, FlagSet::all},
-    {7, &Flags::eist, FlagSet::all},
-    {8, &Flags::tm2, FlagSet::all},
-    {9, &Flags::ssse3},
-    {10, &Flags::cnxt_id, FlagSet::all},
-    {19, &Flags::sse41},
-    {20, &Flags::sse42},
-    {28, &Flags::avx},
+    {&Flags::sse3, 0},
+    {&Flags::monitor, 3, FlagSet::all},
+    {&Flags::ds_cpl, 4, FlagSet::all},
+    {&Flags::eist, 7, FlagSet::all},
+    {&Flags::tm2, 8, FlagSet::all},
+    {&Flags::ssse3, 9},
+    {&Flags::cnxt_id, 10, FlagSet::all},
+    {&Flags::sse41, 19},
+    {&Flags::sse42, 20},
+    {&Flags::avx, 28},
 };
 
 constexpr Flag<Flags> leaf1_edx[] = {
-    {0, &Flags::fpu},
-    {1, &Flags::vme},
-    {2, &Flags::de},
-    {3, &Flags::pse},
-    {4, &Flags::tsc},
-    {5, &Flags::msr},
-    {6, &Flags::pae},
-    {7, &Flags::mce},
-    {8, &Flags::cx8},
-    {9, &Flags::apic},
-    {11, &Flags::sep},
-    {12, &Flags::mtrr},
-    {13, &Flags::pge},
-    {14, &Flags::mca},
-    {15, &Flags::cmov},
-    {16, &Flags::pat},
-    {17, &Flags::pse36},
-    {18, &Flags::psn, FlagSet::all},
-    {19, &Flags::clfsh, FlagSet::all},
-    {21, &Flags::ds, FlagSet::all},
-    {22, &Flags::acpi, FlagSet::all},
-    {23, &Flags::mmx},
-    {24, &Flags::fxsr},
-    {25, &Flags::sse},
-    {26, &Flags::sse2},
-    {27, &Flags::ss, FlagSet::all},
-    {28, &Flags::htt},
-    {29, &Flags::tm, FlagSet::all},
-    {30, &Flags::ia64, FlagSet::all},
-    {31, &Flags::pbe, FlagSet::all},
+    {&Flags::fpu, 0},
+    {&Flags::vme, 1},
+    {&Flags::de, 2},
+    {&Flags::pse, 3},
+    {&Flags::tsc, 4},
+    {&Flags::msr, 5},
+    {&Flags::pae, 6},
+    {&Flags::mce, 7},
+    {&Flags::cx8, 8},
+    {&Flags::apic, 9},
+    {&Flags::sep, 11},
+    {&Flags::mtrr, 12},
+    {&Flags::pge, 13},
+    {&Flags::mca, 14},
+    {&Flags::cmov, 15},
+    {&Flags::pat, 16},
+    {&Flags::pse36, 17},
+    {&Flags::psn, 18, FlagSet::all},
+    {&Flags::clfsh, 19, FlagSet::all},
+    {&Flags::ds, 21, FlagSet::all},
+    {&Flags::acpi, 22, FlagSet::all},
+    {&Flags::mmx, 23},
+    {&Flags::fxsr, 24},
+    {&Flags::sse, 25},
+    {&Flags::sse2, 26},
+    {&Flags::ss, 27, FlagSet::all},
+    {&Flags::htt, 28},
+    {&Flags::tm, 29, FlagSet::all},
+    {&Flags::ia64, 30, FlagSet::all},
+    {&Flags::pbe, 31, FlagSet::all},
 };
 
 constexpr Flag<Amd> ext1_ecx[] = {
-    {6, &Amd::sse4a},
-    {11, &Amd::xop},
+    {&Amd::sse4a, 6},
+    {&Amd::xop, 11},
 };
 
 constexpr Flag<Amd> ext1_edx[] = {
-    {18, &Amd::edx18},  {19, &Amd::mp}, {20, &Amd::nx},          {21, &Amd::edx21},
-    {22, &Amd::mmxext}, {29, &Amd::lm}, {30, &Amd::amd3dnowext}, {31, &Amd::amd3dnow},
+    {&Amd::edx18, 18},  {&Amd::mp, 19}, {&Amd::nx, 20},          {&Amd::edx21, 21},
+    {&Amd::mmxext, 22}, {&Amd::lm, 29}, {&Amd::amd3dnowext, 30}, {&Amd::amd3dnow, 31},
 };
 
 constexpr Flag<Amd> ext7_edx[] = {
-    {0, &Amd::ts}, {1, &Amd::fid}, {2, &Amd::vid}, {3, &Amd::ttp}, {4, &Amd::htc}, {5, &Amd::stc},
+    {&Amd::ts, 0}, {&Amd::fid, 1}, {&Amd::vid, 2}, {&Amd::ttp, 3}, {&Amd::htc, 4}, {&Amd::stc, 5},
 };
 
 template <typename Record>

@@ -46,17 +46,23 @@ std::string Boxes::edge(const char *left, size_t width, const char *right) const
     return line + right;
 }
 
+std::string Boxes::inner(const std::string &line, size_t columns, size_t width) const {
+    std::string framed = vertical;
+    framed += ' ';
+    framed += padded(line, columns, width);
+    framed += ' ';
+    return framed += vertical;
+}
+
 Block Boxes::framed(const std::vector<std::string> &headings, const Block &content) const {
     size_t width = content.width;
     for (const std::string &heading : headings)
         width = std::max(width, heading.size());
-    const std::string left = std::string(vertical) + " ";
-    const std::string right = std::string(" ") + vertical;
     Block box = {.width = width + 4, .lines = {edge(corners[0], width + 2, corners[1])}};
     for (const std::string &heading : headings)
-        box.lines.push_back(left + padded(heading, heading.size(), width) + right);
+        box.lines.push_back(inner(heading, heading.size(), width));
     for (const std::string &line : content.lines)
-        box.lines.push_back(left + padded(line, content.width, width) + right);
+        box.lines.push_back(inner(line, content.width, width));
     box.lines.push_back(edge(corners[2], width + 2, corners[3]));
     return box;
 }

@@ -25,6 +25,8 @@ class Boxes {
 
   private:
     std::string edge(const char *left, size_t width, const char *right) const;
+    // A line of `columns` between the sides of a box for lines of `width`.
+    std::string inner(const std::string &line, size_t columns, size_t width) const;
 
     const char *horizontal;
     const char *vertical;

@@ -34,6 +34,7 @@ std::vector<Processors> group_by(const Processors &all, Key key) {
     for (const kestu_cpu_processor_t *p : all)
         groups[key(*p)].push_back(p);
     std::vector<Processors> result;
+    result.reserve(groups.size());
     for (auto &[value, group] : groups)
         result.push_back(std::move(group));
     return result;
