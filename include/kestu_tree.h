@@ -183,9 +183,9 @@ KESTU_API KESTU_MUST_USE kestu_error_t *
 kestu_tree_delete_obj_errfunc(kestu_tree_t *node, void *data, kestu_err_func fn, void *baton);
 
 /*
- * Forget the tree whose handle stands at `root`: it becomes null. The `treem` forms first delete the
- * handle's level with all that is below it, as kestu_treem_delete and kestu_treem_delete_func do;
- * the nodes of a pool stay in it.
+ * Forget the tree whose handle stands at `root`: it becomes null. The `treem` forms first delete
+ * the handle's level with all that is below it, as kestu_treem_delete and kestu_treem_delete_func
+ * do; the nodes of a pool stay in it.
  */
 KESTU_API void kestu_tree_destroy(kestu_tree_t **root);
 KESTU_API void kestu_treem_destroy(kestu_tree_t **root);

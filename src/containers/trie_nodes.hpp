@@ -74,9 +74,9 @@ inline uint32_t occupied(const Inner *inner) {
 // The only node below, or null when there are none or more.
 inline Node *only_node(const Inner *inner) {
     const uint32_t slots = occupied(inner);
-    return std::has_single_bit(slots)
-               ? at_slot(inner, static_cast<unsigned>(std::countr_zero(slots)))
-               : nullptr;
+    // Not std::has_single_bit, which counts bits by a function of the compiler's run-time library.
+    const bool one = slots != 0 && (slots & (slots - 1)) == 0;
+    return one ? at_slot(inner, static_cast<unsigned>(std::countr_zero(slots))) : nullptr;
 }
 
 // The depth at which the ways of two keys part: their first half-byte that differs, or the end of
