@@ -3,6 +3,10 @@
 
 #include <cpuid.h>
 
+#define _Bool bool // the header is written for C, and Clang has no such word in C++
+#include <sys/platform/x86.h>
+#undef _Bool
+
 namespace kestu {
 namespace {
 
@@ -43,13 +47,17 @@ CpuFeatures features_of(const CpuAnswers &answers) {
     return features;
 }
 
+// Asks the C library, which has asked the processor: a program that replays another one through
+// kestu_cpu_cpuid_comm must not make the checksums use instructions that this one lacks.
 CpuFeatures cpu_features() {
+    constexpr unsigned ebx = 1;
+    constexpr unsigned ecx = 2;
+    const auto leaf1 = *__x86_get_cpuid_feature_leaf(CPUID_INDEX_1);
+    const auto leaf7 = *__x86_get_cpuid_feature_leaf(CPUID_INDEX_7);
     CpuAnswers answers;
-    uint32_t eax = 0;
-    uint32_t edx = 0;
-    uint32_t unused = 0;
-    __get_cpuid(1, &eax, &unused, &answers.leaf1_ecx, &edx);
-    __get_cpuid_count(7, 0, &eax, &answers.leaf7_ebx, &answers.leaf7_ecx, &edx);
+    answers.leaf1_ecx = leaf1.cpuid_array[ecx];
+    answers.leaf7_ebx = leaf7.cpuid_array[ebx];
+    answers.leaf7_ecx = leaf7.cpuid_array[ecx];
     if (has_all(answers.leaf1_ecx, bit_OSXSAVE))
         answers.xcr0 = read_xcr0();
     return features_of(answers);
