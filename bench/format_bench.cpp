@@ -8,7 +8,7 @@
 
 #include <cmath>
 #include <cstdio>
-#include <iterator>
+#include <cstring>
 #include <random>
 #include <string>
 
@@ -77,6 +77,11 @@ void declare_cases() {
          amounts[i])
     CASE("format long text", long_format.c_str(), long_fmt_format, ints[i])
     CASE("format long string", "%s", "{}", long_text.c_str())
+    measure("format long string/limit (strlen and memcpy)", [](char *line, size_t) {
+        const char *text = long_text.c_str();
+        benchmark::DoNotOptimize(text);
+        std::memcpy(line, text, std::strlen(text) + 1);
+    });
     CASE("format %f", "%.2f %f", "{:.2f} {:f}", amounts[i], amounts[i ^ 1])
     CASE("format %e", "%e %.16e", "{:e} {:.16e}", reals[i], reals[i ^ 1])
     CASE("format %g", "%g %g", "{:g} {:g}", amounts[i], reals[i])

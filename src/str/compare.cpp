@@ -21,7 +21,7 @@ uintptr_t offset_in_page(const char *p) {
 
 // One bit for each of the next bytes where a comparison stops: where the folded bytes differ or `a`
 // ends. Two bytes are the same letter when they differ in the bit of the case alone and one is a
-// letter.
+// letter; one comparison finds the letters once they are moved to the top of the signed numbers.
 [[gnu::always_inline]] inline unsigned stops(__m128i a, __m128i b) {
     const __m128i case_bit = _mm_set1_epi8(0x20);
     const __m128i from_top = _mm_add_epi8(_mm_or_si128(a, case_bit), _mm_set1_epi8(127 - 'z'));

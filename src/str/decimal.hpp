@@ -10,7 +10,7 @@
 
 namespace kestu {
 
-// The most decimal places that are given: digits of the largest power of ten below 2^64.
+// The most decimal places that are given: 10^19 is the largest power of ten below 2^64.
 constexpr int max_places = 19;
 
 // A finite double without its sign: `mantissa` * 2^`exponent`.

@@ -1,6 +1,8 @@
 // Replacement of substrings and of characters.
 #include "kestu_str.h"
 
+#include <cerrno>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 
@@ -24,8 +26,14 @@ char *replace(const char *s, const char *from, const char *to, size_t most) {
     size_t occurrences = 0;
     each_occurrence(s, from, from_length, most, [&](const char *) { ++occurrences; });
     const size_t s_length = std::strlen(s);
-    auto *result = static_cast<char *>(
-        std::malloc(s_length - occurrences * from_length + occurrences * to_length + 1));
+    size_t put_in = 0;
+    size_t length = s_length - occurrences * from_length;
+    if (__builtin_mul_overflow(occurrences, to_length, &put_in) ||
+        __builtin_add_overflow(length, put_in, &length) || length == SIZE_MAX) {
+        errno = ENOMEM;
+        return nullptr;
+    }
+    auto *result = static_cast<char *>(std::malloc(length + 1));
     if (!result)
         return nullptr;
     char *out = result;
