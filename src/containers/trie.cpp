@@ -11,12 +11,13 @@ namespace {
 
 // A node that is not an inner one counts as a leaf here, whatever its type.
 const Leaf *find_leaf(const Node *node, Key key) {
+    Stride stride;
     for (size_t depth = 0; node; ++depth) {
         if (!is_inner(node))
             return as_leaf(node);
         if (key.ends_at(depth))
             return as_inner(node)->end;
-        node = as_inner(node)->children[key.half(depth)];
+        node = stride.step(node, as_inner(node)->children[key.half(depth)]);
     }
     return nullptr;
 }
@@ -73,13 +74,15 @@ struct Place {
 
 // Follows the way of a key and adds to the counts of the inner nodes on it.
 Place follow(Node **slot, Key key, uint32_t added) {
+    Stride stride;
     size_t depth = 0;
-    while (*slot && is_inner(*slot)) {
-        Inner *inner = as_inner(*slot);
+    for (Node *node = *slot; node && is_inner(node); ++depth) {
+        Inner *const inner = as_inner(node);
         inner->count += added;
         if (key.ends_at(depth))
             break;
-        slot = &inner->children[key.half(depth++)];
+        slot = &inner->children[key.half(depth)];
+        node = stride.step(inner, *slot);
     }
     return {slot, depth};
 }
@@ -171,26 +174,30 @@ void raise_single_leaf(Node **top, const Inner *last) {
 // shrink. Only a key that ends at an inner node without being there leaves that node's count.
 template <typename Nodes>
 void remove(Node **root, Key key) {
+    Stride stride;
     Node **slot = root;
     Node **top = root; // from here down to `last` no node leads to anything beside
     Inner *last = nullptr;
-    for (size_t depth = 0; *slot && is_inner(*slot); ++depth) {
-        Inner *const inner = as_inner(*slot);
-        if (key.ends_at(depth) && !(inner->end && key.is_of(inner->end)))
+    Node *node = *slot;
+    for (size_t depth = 0; node && is_inner(node); ++depth) {
+        Inner *const inner = as_inner(node);
+        const bool ends = key.ends_at(depth);
+        if (ends && !(inner->end && key.is_of(inner->end)))
             return;
-        if (last && !(last->count == 1 && only_node(last) == *slot))
+        if (last && !(last->count == 1 && only_node(last) == node))
             top = slot;
         --inner->count;
         last = inner;
-        if (key.ends_at(depth)) {
+        if (ends) {
             Nodes::release(inner->end);
             inner->end = nullptr;
             break;
         }
         slot = &inner->children[key.half(depth)];
+        node = stride.step(inner, *slot);
     }
-    if (*slot && is_leaf(*slot) && key.is_of(as_leaf(*slot))) {
-        Nodes::release(*slot);
+    if (node && is_leaf(node) && key.is_of(as_leaf(node))) {
+        Nodes::release(node);
         *slot = nullptr;
     }
     raise_single_leaf<Nodes>(top, last);

@@ -1,0 +1,246 @@
+// Tries of words, of random 8-byte keys and of long keys with shared beginnings, beside the ordered
+// and the hashed maps that people take for them: filled, asked for keys that are there and that are
+// not, and emptied, in random order.
+#include "kestu_lib.h"
+#include "kestu_trie.h"
+
+#include <Judy.h>
+#include <benchmark/benchmark.h>
+#include <boost/unordered_map.hpp>
+#include <malloc.h>
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <random>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+namespace {
+
+struct Keys {
+    std::string name;
+    std::vector<std::string> present = {}, absent = {};
+};
+
+std::string random_word(std::mt19937_64 &random, size_t length) {
+    // Letters about as often as in English words.
+    static constexpr std::string_view letters = "eeeeeeaaaaiiiooooutttnnnssshhrrrddlllcummwfgypbvk";
+    std::string word;
+    while (word.size() < length)
+        word += letters[random() % letters.size()];
+    return word;
+}
+
+// Takes keys from `make` until `count` different ones are present and as many others absent.
+template <typename Make>
+Keys distinct(const char *name, size_t count, Make make) {
+    std::unordered_set<std::string> all;
+    while (all.size() < 2 * count)
+        all.insert(make());
+    std::vector<std::string> shuffled(all.begin(), all.end());
+    std::shuffle(shuffled.begin(), shuffled.end(), std::mt19937_64(2));
+    const auto middle = shuffled.begin() + static_cast<std::ptrdiff_t>(count);
+    return {name, {shuffled.begin(), middle}, {middle, shuffled.end()}};
+}
+
+Keys words() {
+    return distinct("words", 100000, [random = std::mt19937_64(1)]() mutable {
+        return random_word(random, 3 + random() % 4 + random() % 7);
+    });
+}
+
+Keys numbers() {
+    return distinct("8 bytes", 1000000, [random = std::mt19937_64(1)]() mutable {
+        const uint64_t number = random();
+        return std::string(reinterpret_cast<const char *>(&number), sizeof number);
+    });
+}
+
+// Paths of files: 2000 folders three deep, about a hundred files in each.
+Keys paths() {
+    std::mt19937_64 random(1);
+    std::vector<std::string> folders;
+    for (int i = 0; i < 2000; ++i)
+        folders.push_back("/srv/data/projects/" + random_word(random, 8) + "/" +
+                          random_word(random, 6) + "/" + random_word(random, 10) + "/");
+    return distinct("long keys", 200000, [&, random]() mutable {
+        return folders[random() % folders.size()] + "measurement-" + random_word(random, 9) +
+               ".tif";
+    });
+}
+
+void *value_of(const std::string &key) {
+    return const_cast<char *>(key.data());
+}
+
+// The maps under one interface. `find` returns what was stored, or null.
+struct Heap {
+    kestu_trie_t *trie = nullptr;
+    Heap() { kestu_error_clear(kestu_triem_create(&trie)); }
+    ~Heap() { kestu_triem_destroy(&trie); }
+    void insert(const std::string &key) {
+        kestu_error_clear(kestu_triem_insert(trie, key.data(), key.size(), value_of(key)));
+    }
+    void *find(const std::string &key) { return kestu_trie_search(trie, key.data(), key.size()); }
+    void erase(const std::string &key) { kestu_triem_delete(trie, key.data(), key.size()); }
+};
+
+struct Pooled {
+    apr_pool_t *pool = nullptr;
+    kestu_trie_t *trie = nullptr;
+    Pooled() {
+        apr_pool_create_ex(&pool, kestu_pool, nullptr, nullptr);
+        kestu_error_clear(kestu_trie_create(&trie, pool));
+    }
+    ~Pooled() { apr_pool_destroy(pool); }
+    void insert(const std::string &key) {
+        kestu_error_clear(kestu_trie_insert(trie, key.data(), key.size(), value_of(key), pool));
+    }
+    void *find(const std::string &key) { return kestu_trie_search(trie, key.data(), key.size()); }
+    void erase(const std::string &key) { kestu_trie_delete(trie, key.data(), key.size()); }
+};
+
+template <typename Map>
+struct Standard {
+    Map map;
+    void insert(const std::string &key) { map.emplace(key, value_of(key)); }
+    void *find(const std::string &key) {
+        const auto found = map.find(key);
+        return found == map.end() ? nullptr : found->second;
+    }
+    void erase(const std::string &key) { map.erase(key); }
+};
+using Ordered = Standard<std::map<std::string, void *>>;
+using Hashed = Standard<std::unordered_map<std::string, void *>>;
+using Boost = Standard<boost::unordered_map<std::string, void *>>;
+
+struct JudyHash {
+    Pvoid_t judy = nullptr;
+    ~JudyHash() { JudyHSFreeArray(&judy, PJE0); }
+    void insert(const std::string &key) {
+        *JudyHSIns(&judy, const_cast<char *>(key.data()), key.size(), PJE0) = value_of(key);
+    }
+    void *find(const std::string &key) {
+        const auto *value = JudyHSGet(judy, const_cast<char *>(key.data()), key.size());
+        return value ? *value : nullptr;
+    }
+    void erase(const std::string &key) {
+        JudyHSDel(&judy, const_cast<char *>(key.data()), key.size(), PJE0);
+    }
+};
+
+// Ordered, for keys without zero bytes.
+struct JudyText {
+    Pvoid_t judy = nullptr;
+    static const uint8_t *text(const std::string &key) {
+        return reinterpret_cast<const uint8_t *>(key.c_str());
+    }
+    ~JudyText() { JudySLFreeArray(&judy, PJE0); }
+    void insert(const std::string &key) { *JudySLIns(&judy, text(key), PJE0) = value_of(key); }
+    void *find(const std::string &key) {
+        const auto *value = JudySLGet(judy, text(key), PJE0);
+        return value ? *value : nullptr;
+    }
+    void erase(const std::string &key) { JudySLDel(&judy, text(key), PJE0); }
+};
+
+template <typename Map>
+void fill(Map &map, const Keys &keys) {
+    for (const auto &key : keys.present)
+        map.insert(key);
+}
+
+template <typename Map>
+void insertion(benchmark::State &state, const Keys &keys) {
+    for (auto _ : state) {
+        auto *map = new Map;
+        fill(*map, keys);
+        state.PauseTiming();
+        delete map;
+        state.ResumeTiming();
+    }
+}
+
+std::vector<std::string> shuffled(std::vector<std::string> keys) {
+    std::shuffle(keys.begin(), keys.end(), std::mt19937_64(3));
+    return keys;
+}
+
+template <typename Map>
+void deletion(benchmark::State &state, const Keys &keys) {
+    const auto sought = shuffled(keys.present);
+    for (auto _ : state) {
+        state.PauseTiming();
+        auto *map = new Map;
+        fill(*map, keys);
+        state.ResumeTiming();
+        for (const auto &key : sought)
+            map->erase(key);
+        state.PauseTiming();
+        delete map;
+        state.ResumeTiming();
+    }
+}
+
+template <typename Map>
+void lookup(benchmark::State &state, const Keys &keys, bool there) {
+    Map map;
+    fill(map, keys);
+    const auto sought = shuffled(there ? keys.present : keys.absent);
+    for (auto _ : state)
+        for (const auto &key : sought)
+            benchmark::DoNotOptimize(map.find(key));
+}
+
+template <typename Map>
+double bytes_per_key(const Keys &keys) {
+    const auto used = [] {
+        const auto info = mallinfo2();
+        return info.uordblks + info.hblkhd;
+    };
+    const size_t before = used();
+    Map map;
+    fill(map, keys);
+    return static_cast<double>(used() - before) / static_cast<double>(keys.present.size());
+}
+
+template <typename Map>
+void cases(const Keys &keys, const std::string &who) {
+    const auto add = [&](const std::string &name, auto run) {
+        auto *made = benchmark::RegisterBenchmark(
+            ("trie " + name + ", " + keys.name + "/" + who).c_str(), run);
+        made->Unit(benchmark::kMillisecond);
+        return made;
+    };
+    add("insertion", [&keys](benchmark::State &state) {
+        insertion<Map>(state, keys);
+        state.counters["bytes/key"] = bytes_per_key<Map>(keys);
+    });
+    add("hit", [&keys](benchmark::State &state) { lookup<Map>(state, keys, true); });
+    add("miss", [&keys](benchmark::State &state) { lookup<Map>(state, keys, false); });
+    add("deletion", [&keys](benchmark::State &state) { deletion<Map>(state, keys); });
+}
+
+} // namespace
+
+int main(int argc, char **argv) {
+    kestu_initialize();
+    static const std::array<Keys, 3> all = {words(), numbers(), paths()};
+    for (const Keys &keys : all) {
+        cases<Heap>(keys, "ours");
+        cases<Pooled>(keys, "ours in a pool");
+        cases<Ordered>(keys, "std map");
+        cases<Hashed>(keys, "std unordered_map");
+        cases<Boost>(keys, "boost unordered_map");
+        cases<JudyHash>(keys, "JudyHS");
+        if (&keys != &all[1])
+            cases<JudyText>(keys, "JudySL");
+    }
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    kestu_terminate();
+}
