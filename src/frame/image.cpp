@@ -55,7 +55,7 @@ kestu_error_t *list_elements(const kestu_error_t *err, const kestu_error_t ***li
     *count = 0;
     for (const kestu_error_t *e = err; e; e = e->child)
         ++*count;
-    if (kestu_error_t *failure = kestu_mem_malloc((*count + 1) * sizeof **list, list))
+    if (kestu_error_t *failure = kestu_mem_malloc((*count + 1) * sizeof(void *), list))
         return failure;
     for (const kestu_error_t **next = *list; err; err = err->child)
         *next++ = err;

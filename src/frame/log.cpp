@@ -9,7 +9,6 @@
 
 #include <cerrno>
 #include <cstdarg>
-#include <cstring>
 
 using namespace kestu;
 
@@ -18,8 +17,8 @@ namespace {
 // Room for a text, terminator included; what is longer is cut.
 constexpr size_t text_size = 1000;
 
-constexpr const char *separator = ": ";
-constexpr size_t date_size = APR_CTIME_LEN - 1 + 2;
+// Room for the date and ": ".
+constexpr size_t date_size = APR_CTIME_LEN + 2;
 
 void report_write(apr_status_t status) {
     if (status != APR_SUCCESS)
@@ -85,12 +84,13 @@ void kestu_log_printf(kestu_log_t *log, const char *format, ...) {
 }
 
 void kestu_log_dtprintf(kestu_log_t *log, const char *format, ...) {
-    char line[date_size + text_size] = "";
-    report_write(apr_ctime(line, apr_time_now()));
-    std::strcat(line, separator);
+    char date[APR_CTIME_LEN] = "";
+    report_write(apr_ctime(date, apr_time_now()));
+    char line[date_size + text_size];
+    const int length = rpl_snprintf(line, sizeof line, "%s: ", date);
     va_list args;
     va_start(args, format);
-    format_text(line + std::strlen(line), format, args);
+    format_text(line + length, format, args);
     va_end(args);
     write_text(log, line);
 }
