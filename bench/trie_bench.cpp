@@ -60,14 +60,14 @@ Keys numbers() {
     });
 }
 
-// Paths of files: 2000 folders three deep, about a hundred files in each.
-Keys paths() {
+// Paths of files in folders three deep. The fewer folders, the more keys share a long beginning.
+Keys paths(const char *name, size_t folder_count) {
     std::mt19937_64 random(1);
     std::vector<std::string> folders;
-    for (int i = 0; i < 2000; ++i)
+    while (folders.size() < folder_count)
         folders.push_back("/srv/data/projects/" + random_word(random, 8) + "/" +
                           random_word(random, 6) + "/" + random_word(random, 10) + "/");
-    return distinct("long keys", 200000, [&, random]() mutable {
+    return distinct(name, 200000, [&, random]() mutable {
         return folders[random() % folders.size()] + "measurement-" + random_word(random, 9) +
                ".tif";
     });
@@ -229,7 +229,8 @@ void cases(const Keys &keys, const std::string &who) {
 
 int main(int argc, char **argv) {
     kestu_initialize();
-    static const std::array<Keys, 3> all = {words(), numbers(), paths()};
+    static const std::array<Keys, 4> all = {words(), numbers(), paths("paths in 200 folders", 200),
+                                            paths("paths in 2000 folders", 2000)};
     for (const Keys &keys : all) {
         cases<Heap>(keys, "ours");
         cases<Pooled>(keys, "ours in a pool");
