@@ -147,28 +147,28 @@ void run(benchmark::State &state) {
 #define CASE(peer, operation, name) BENCHMARK(run<peer, &peer::operation>)->Name(name)
 
 CASE(Ours, count, "count 1e8 bits/ours");
-CASE(Boost, count, "count 1e8 bits/boost::dynamic_bitset");
-CASE(Standard, count, "count 1e8 bits/std::bitset");
+CASE(Boost, count, "count 1e8 bits/Boost dynamic_bitset");
+CASE(Standard, count, "count 1e8 bits/C++ bitset");
 CASE(Memory, count, "count 1e8 bits/limit (reading)");
 CASE(Ours, set, "set 1e8 bits/ours");
-CASE(Boost, set, "set 1e8 bits/boost::dynamic_bitset");
-CASE(Standard, set, "set 1e8 bits/std::bitset");
+CASE(Boost, set, "set 1e8 bits/Boost dynamic_bitset");
+CASE(Standard, set, "set 1e8 bits/C++ bitset");
 CASE(Memory, set, "set 1e8 bits/limit (memset)");
 CASE(Ours, toggle, "toggle 1e8 bits/ours");
-CASE(Boost, toggle, "toggle 1e8 bits/boost::dynamic_bitset");
-CASE(Standard, toggle, "toggle 1e8 bits/std::bitset");
+CASE(Boost, toggle, "toggle 1e8 bits/Boost dynamic_bitset");
+CASE(Standard, toggle, "toggle 1e8 bits/C++ bitset");
 CASE(Ours, unite, "or 1e8 bits/ours");
-CASE(Boost, unite, "or 1e8 bits/boost::dynamic_bitset");
-CASE(Standard, unite, "or 1e8 bits/std::bitset");
+CASE(Boost, unite, "or 1e8 bits/Boost dynamic_bitset");
+CASE(Standard, unite, "or 1e8 bits/C++ bitset");
 CASE(Roaring, unite, "or 1e8 bits/CRoaring");
 CASE(Memory, unite, "or 1e8 bits/limit (memcpy of as much)");
 CASE(Ours, unite_in_place, "or in place 1e8 bits/ours");
-CASE(Boost, unite_in_place, "or in place 1e8 bits/boost::dynamic_bitset");
-CASE(Standard, unite_in_place, "or in place 1e8 bits/std::bitset");
+CASE(Boost, unite_in_place, "or in place 1e8 bits/Boost dynamic_bitset");
+CASE(Standard, unite_in_place, "or in place 1e8 bits/C++ bitset");
 CASE(Roaring, unite_in_place, "or in place 1e8 bits/CRoaring");
 CASE(Ours, intersect, "and 1e8 bits/ours");
-CASE(Boost, intersect, "and 1e8 bits/boost::dynamic_bitset");
-CASE(Standard, intersect, "and 1e8 bits/std::bitset");
+CASE(Boost, intersect, "and 1e8 bits/Boost dynamic_bitset");
+CASE(Standard, intersect, "and 1e8 bits/C++ bitset");
 CASE(Roaring, intersect, "and 1e8 bits/CRoaring");
 
 } // namespace

@@ -171,18 +171,18 @@ void destroy(benchmark::State &state) {
 }
 
 BENCHMARK_TEMPLATE(build, HeapNodes)->Name("build 1M malloc nodes/ours");
-BENCHMARK_TEMPLATE(build, StdList)->Name("build 1M malloc nodes/std::list");
+BENCHMARK_TEMPLATE(build, StdList)->Name("build 1M malloc nodes/C++ list");
 BENCHMARK_TEMPLATE(build, BareBlocks)->Name("build 1M malloc nodes/limit (malloc)");
 BENCHMARK_TEMPLATE(build, AppendedHeapNodes)->Name("append 1M malloc nodes/ours");
-BENCHMARK_TEMPLATE(build, StdList)->Name("append 1M malloc nodes/std::list");
+BENCHMARK_TEMPLATE(build, StdList)->Name("append 1M malloc nodes/C++ list");
 BENCHMARK_TEMPLATE(build, PoolNodes)->Name("build 1M pool nodes/ours");
 BENCHMARK_TEMPLATE(build, GLibList)->Name("build 1M pool nodes/GList");
 BENCHMARK_TEMPLATE(walk, HeapNodes)->Name("walk 1M malloc nodes/ours");
-BENCHMARK_TEMPLATE(walk, StdList)->Name("walk 1M malloc nodes/std::list");
+BENCHMARK_TEMPLATE(walk, StdList)->Name("walk 1M malloc nodes/C++ list");
 BENCHMARK_TEMPLATE(walk, PoolNodes)->Name("walk 1M pool nodes/ours");
 BENCHMARK_TEMPLATE(walk, GLibList)->Name("walk 1M pool nodes/GList");
 BENCHMARK_TEMPLATE(destroy, HeapNodes)->Name("delete 1M malloc nodes/ours");
-BENCHMARK_TEMPLATE(destroy, StdList)->Name("delete 1M malloc nodes/std::list");
+BENCHMARK_TEMPLATE(destroy, StdList)->Name("delete 1M malloc nodes/C++ list");
 BENCHMARK_TEMPLATE(destroy, BareBlocks)->Name("delete 1M malloc nodes/limit (free)");
 BENCHMARK_TEMPLATE(destroy, PoolNodes)->Name("delete 1M pool nodes/ours");
 BENCHMARK_TEMPLATE(destroy, GLibList)->Name("delete 1M pool nodes/GList");
