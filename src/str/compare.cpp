@@ -9,7 +9,10 @@
 namespace {
 
 constexpr size_t page_size = 4096;
-constexpr ptrdiff_t step = sizeof(__m128i);
+// A register of bytes, wherever they stand.
+using Bytes [[gnu::vector_size(16), gnu::aligned(1), gnu::may_alias]] = signed char;
+
+constexpr ptrdiff_t step = sizeof(Bytes);
 
 signed char fold(char c) {
     return static_cast<signed char>(c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c);
@@ -22,15 +25,12 @@ uintptr_t offset_in_page(const char *p) {
 // One bit for each of the next bytes where a comparison stops: where the folded bytes differ or `a`
 // ends. Two bytes are the same letter when they differ in the bit of the case alone and one is a
 // letter; one comparison finds the letters once they are moved to the top of the signed numbers.
-[[gnu::always_inline]] inline unsigned stops(__m128i a, __m128i b) {
-    const __m128i case_bit = _mm_set1_epi8(0x20);
-    const __m128i from_top = _mm_add_epi8(_mm_or_si128(a, case_bit), _mm_set1_epi8(127 - 'z'));
-    const __m128i letters = _mm_cmpgt_epi8(from_top, _mm_set1_epi8(127 - 26));
-    const __m128i difference =
-        _mm_andnot_si128(_mm_and_si128(letters, case_bit), _mm_xor_si128(a, b));
-    const __m128i zero = _mm_setzero_si128();
-    const __m128i stopping = _mm_or_si128(difference, _mm_cmpeq_epi8(a, zero));
-    return 0xFFFF ^ static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(stopping, zero)));
+[[gnu::always_inline]] inline unsigned stops(Bytes a, Bytes b) {
+    constexpr char case_bit = 0x20;
+    const Bytes letters = ((a | case_bit) + (127 - 'z')) > 127 - 26;
+    const Bytes difference = a ^ b;
+    const Bytes going_on = (difference == (difference & case_bit & letters)) & (a != 0);
+    return 0xFFFF ^ static_cast<unsigned>(_mm_movemask_epi8(reinterpret_cast<__m128i>(going_on)));
 }
 
 } // namespace
@@ -45,8 +45,8 @@ uintptr_t offset_in_page(const char *p) {
         s1 += readable - rest;
         s2 += readable - rest;
         for (ptrdiff_t i = rest - readable; i != 0; i += step) {
-            const unsigned found = stops(*reinterpret_cast<const __m128i_u *>(s1 + i),
-                                         *reinterpret_cast<const __m128i_u *>(s2 + i));
+            const unsigned found = stops(*reinterpret_cast<const Bytes *>(s1 + i),
+                                         *reinterpret_cast<const Bytes *>(s2 + i));
             if (found != 0) {
                 i += std::countr_zero(found);
                 return fold(s1[i]) - fold(s2[i]);

@@ -17,7 +17,7 @@ namespace {
 template <typename Parsed, typename Stored>
 kestu_error_t *convert(const char *s, Stored *out, Parsed (*parse)(const char *, char **), int code,
                        const char *word) {
-    char *end = nullptr;
+    auto *end = const_cast<char *>(s);
     errno = 0;
     const Parsed value = parse(s, &end);
     if (errno == ERANGE || (errno != 0 && value == Parsed{}))

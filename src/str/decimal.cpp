@@ -80,8 +80,9 @@ Scaled scale(Binary value, int power) {
     const Approximation &factor = large_powers_of_five[static_cast<size_t>(large)];
     const Uint128 product =
         Uint128{value.mantissa} * small_powers_of_five[static_cast<size_t>(small)];
-    const int room = product >> 64 ? std::countl_zero(static_cast<uint64_t>(product >> 64))
-                                   : 64 + std::countl_zero(static_cast<uint64_t>(product));
+    const auto high = static_cast<uint64_t>(product >> 64);
+    const auto low = static_cast<uint64_t>(product);
+    const int room = high != 0 ? std::countl_zero(high) : 64 + std::countl_zero(low | 1);
     const UpperHalf scaled = multiply(product << room, factor.significand);
     const bool factor_exact = large >= large_powers_each_side && factor.exponent <= 0;
     return {scaled.value, room - 128 - factor.exponent - value.exponent - power,

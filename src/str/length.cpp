@@ -8,8 +8,10 @@
 
 namespace {
 
+using Bytes [[gnu::vector_size(16)]] = signed char;
+
 // Each byte of a register counts up to 255.
-constexpr size_t step = sizeof(__m128i);
+constexpr size_t step = sizeof(Bytes);
 constexpr size_t max_counted = 255 * step;
 
 // The number of bytes among the next eight that do not continue a character, which those do whose
@@ -25,13 +27,14 @@ size_t first_bytes_of_word(const char *s) {
 // The same among the next `size` bytes, of which there are at most max_counted. As signed numbers
 // the bytes that continue a character, 0x80 to 0xBF, are the smallest.
 size_t count_first_bytes(const char *s, size_t size) {
-    const __m128i last_continuing = _mm_set1_epi8(static_cast<char>(0xBF));
-    __m128i counts = _mm_setzero_si128();
+    constexpr auto last_continuing = static_cast<signed char>(0xBF);
+    Bytes counts = {};
     for (; size >= step; size -= step, s += step) {
-        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i *>(s));
-        counts = _mm_sub_epi8(counts, _mm_cmpgt_epi8(bytes, last_continuing));
+        Bytes bytes;
+        std::memcpy(&bytes, s, step);
+        counts -= bytes > last_continuing;
     }
-    const __m128i sums = _mm_sad_epu8(counts, _mm_setzero_si128());
+    const __m128i sums = _mm_sad_epu8(reinterpret_cast<__m128i>(counts), _mm_setzero_si128());
     auto total = static_cast<size_t>(_mm_cvtsi128_si64(sums) +
                                      _mm_cvtsi128_si64(_mm_unpackhi_epi64(sums, sums)));
     for (; size >= sizeof(uint64_t); size -= sizeof(uint64_t), s += sizeof(uint64_t))
