@@ -10,7 +10,8 @@ namespace {
 
 constexpr size_t page_size = 4096;
 // A register of bytes, wherever they stand.
-using Bytes [[gnu::vector_size(16), gnu::aligned(1), gnu::may_alias]] = signed char;
+using Bytes [[gnu::vector_size(16), gnu::aligned(1), gnu::may_alias]] = unsigned char;
+using SignedBytes [[gnu::vector_size(16)]] = signed char;
 
 constexpr ptrdiff_t step = sizeof(Bytes);
 
@@ -26,10 +27,12 @@ uintptr_t offset_in_page(const char *p) {
 // ends. Two bytes are the same letter when they differ in the bit of the case alone and one is a
 // letter; one comparison finds the letters once they are moved to the top of the signed numbers.
 [[gnu::always_inline]] inline unsigned stops(Bytes a, Bytes b) {
-    constexpr char case_bit = 0x20;
-    const Bytes letters = ((a | case_bit) + (127 - 'z')) > 127 - 26;
+    constexpr unsigned char case_bit = 0x20;
+    const Bytes from_top = (a | case_bit) + static_cast<unsigned char>(127 - 'z');
+    const auto letters =
+        reinterpret_cast<Bytes>(reinterpret_cast<SignedBytes>(from_top) > 127 - 26);
     const Bytes difference = a ^ b;
-    const Bytes going_on = (difference == (difference & case_bit & letters)) & (a != 0);
+    const SignedBytes going_on = (difference == (difference & case_bit & letters)) & (a != 0);
     return 0xFFFF ^ static_cast<unsigned>(_mm_movemask_epi8(reinterpret_cast<__m128i>(going_on)));
 }
 

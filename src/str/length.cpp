@@ -8,7 +8,8 @@
 
 namespace {
 
-using Bytes [[gnu::vector_size(16)]] = signed char;
+using Bytes [[gnu::vector_size(16)]] = unsigned char;
+using SignedBytes [[gnu::vector_size(16)]] = signed char;
 
 // Each byte of a register counts up to 255.
 constexpr size_t step = sizeof(Bytes);
@@ -30,9 +31,9 @@ size_t count_first_bytes(const char *s, size_t size) {
     constexpr auto last_continuing = static_cast<signed char>(0xBF);
     Bytes counts = {};
     for (; size >= step; size -= step, s += step) {
-        Bytes bytes;
+        SignedBytes bytes;
         std::memcpy(&bytes, s, step);
-        counts -= bytes > last_continuing;
+        counts -= reinterpret_cast<Bytes>(bytes > last_continuing);
     }
     const __m128i sums = _mm_sad_epu8(reinterpret_cast<__m128i>(counts), _mm_setzero_si128());
     auto total = static_cast<size_t>(_mm_cvtsi128_si64(sums) +
