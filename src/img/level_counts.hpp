@@ -48,34 +48,47 @@ class LevelCounts {
     static constexpr ptrdiff_t per_word = sizeof(uint64_t) / sizeof(Sample);
     static constexpr ptrdiff_t per_block = 2 * per_word;
 
-    struct Block {
-        uint64_t low, high;
-    };
-    static Block load(const Sample *pixels) {
-        Block block;
-        std::memcpy(&block, pixels, sizeof block);
-        return block;
+    static uint64_t word_at(const Sample *pixels) {
+        uint64_t word;
+        std::memcpy(&word, pixels, sizeof word);
+        return word;
     }
 
     // Where the run of blocks of one level that begins at `pixels` ends; where it begins when there
     // is none. Pixels are equal when their word does not change by being rotated by one of them.
     static const Sample *end_of_run(const Sample *pixels, const Sample *end) {
-        const auto [low, high] = load(pixels);
-        if (low != high || low != (low << digits | low >> (64 - digits)))
+        const uint64_t word = word_at(pixels);
+        if (word != word_at(pixels + per_word) || word != (word << digits | word >> (64 - digits)))
             return pixels;
-        Block block = {low, low};
-        do {
-            pixels += per_block;
-            if (end - pixels < per_block)
+        pixels = skip_equal<8 * per_block>(pixels + per_block, end, word);
+        return skip_equal<per_block>(pixels, end, word);
+    }
+
+    // Goes on by `step` pixels as long as all their words are `word`. Long runs wait for nothing
+    // but memory, so they ask early for what follows: the processor itself stops at the end of a
+    // page.
+    template <ptrdiff_t step>
+    static const Sample *skip_equal(const Sample *pixels, const Sample *end, uint64_t word) {
+        for (; end - pixels >= step; pixels += step) {
+            uint64_t difference = 0;
+            for (ptrdiff_t i = 0; i < step; i += per_word)
+                difference |= word_at(pixels + i) ^ word;
+            if (difference)
                 break;
-            block = load(pixels);
-        } while (((block.low ^ low) | (block.high ^ low)) == 0);
+            if constexpr (step > per_block)
+                fetch_ahead(pixels);
+        }
         return pixels;
     }
 
+    static void fetch_ahead(const Sample *pixels) {
+        const auto next_page = reinterpret_cast<uintptr_t>(pixels) + 4096;
+        __builtin_prefetch(reinterpret_cast<const void *>(next_page));
+        __builtin_prefetch(reinterpret_cast<const void *>(next_page + 64));
+    }
+
     void add_each(const Sample *pixels) {
-        const auto [low, high] = load(pixels);
-        for (const uint64_t word : {low, high})
+        for (const uint64_t word : {word_at(pixels), word_at(pixels + per_word)})
             for (size_t i = 0; i < per_word; ++i)
                 ++counts_[i % sets][static_cast<Sample>(word >> (i * digits))];
     }

@@ -101,8 +101,8 @@ double literal_threshold(const std::vector<uint64_t> &hist) {
 
 TEST(Histogram, CountsAreThoseOfAPlainLoop) {
     std::mt19937 random(1);
-    for (const unsigned mean_run : {1, 3, 40})
-        for (size_t width = 1; width < 40; width += 3) {
+    for (const unsigned mean_run : {1, 3, 40, 400})
+        for (const size_t width : {1, 4, 7, 8, 9, 15, 16, 17, 31, 33, 600, 1023}) {
             expect_plain_counts<uint8_t>(width, mean_run, random);
             expect_plain_counts<uint16_t>(width, mean_run, random);
         }
