@@ -32,8 +32,9 @@ uintptr_t offset_in_page(const char *p) {
     const auto letters =
         reinterpret_cast<Bytes>(reinterpret_cast<SignedBytes>(from_top) > 127 - 26);
     const Bytes difference = a ^ b;
-    const SignedBytes going_on = (difference == (difference & case_bit & letters)) & (a != 0);
-    return 0xFFFF ^ static_cast<unsigned>(_mm_movemask_epi8(reinterpret_cast<__m128i>(going_on)));
+    const auto same = reinterpret_cast<Bytes>(difference == (difference & case_bit & letters));
+    const Bytes going_on = same < a ? same : a; // zero where the letters differ or `a` ends
+    return static_cast<unsigned>(_mm_movemask_epi8(reinterpret_cast<__m128i>(going_on == 0)));
 }
 
 } // namespace
