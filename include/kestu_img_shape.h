@@ -40,9 +40,10 @@ KESTU_API KESTU_MUST_USE kestu_error_t *kestu_img_ellipser(int x0, int y0, int x
                                                            kestu_img_plot_func plot, void *data);
 
 /*
- * Draws the circle of radius `r` around (`xm`, `ym`) with the two pixels that its line passes
- * between in every step, whose intensities follow from the error term. The pixels at the ends of
- * both axes are plotted twice, each time with intensity 1.
+ * Draws the circle of radius `r` around (`xm`, `ym`) as a line of width 1 that covers pixels in
+ * part, with the pixels that the walk of kestu_img_circle meets and, in every step, those on the
+ * other side of the line. Intensities are those of the ellipses below. The walk begins and ends at
+ * the ends of both axes, which are plotted twice: with 0, and at last with 1.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_img_circle_aa(int xm, int ym, int r,
                                                             kestu_img_plot_func plot, void *data);

@@ -1,8 +1,10 @@
 // Circles and ellipses by incremental error terms: which pixels are plotted, in which order and how
 // often is fixed to the letter.
+#include "img/coverage.hpp"
 #include "img/plotter.hpp"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 
 using namespace kestu;
@@ -12,13 +14,19 @@ namespace {
 // Half-axes up to 2^31 have squares whose products need more than 64 bits.
 using Wide = __int128;
 
+// The same place in all four quadrants.
+kestu_error_t *plot_turned(Pixel m, int64_t x, int64_t y, double intensity, const Plotter &out) {
+    return out.plot(
+        {{m.x - x, m.y + y}, {m.x - y, m.y - x}, {m.x + x, m.y - y}, {m.x + y, m.y + x}},
+        intensity);
+}
+
 kestu_error_t *draw_circle(Pixel m, int64_t r, const Plotter &out) {
     int64_t x = -r;
     int64_t y = 0;
     int64_t error = 2 - 2 * r;
     do {
-        if (kestu_error_t *err = out.plot(
-                {{m.x - x, m.y + y}, {m.x - y, m.y - x}, {m.x + x, m.y - y}, {m.x + y, m.y + x}}))
+        if (kestu_error_t *err = plot_turned(m, x, y, 1, out))
             return err;
         const int64_t before = error;
         if (before <= y)
@@ -96,46 +104,46 @@ kestu_error_t *draw_in_rectangle(Pixel p0, Pixel p1, const Plotter &out) {
     return nullptr;
 }
 
-// The pixels beside the line that are plotted only when a part of them is covered.
-kestu_error_t *plot_beside(std::initializer_list<Pixel> pixels, double intensity,
-                           const Plotter &out) {
-    return intensity > 0 ? out.plot(pixels, intensity) : nullptr;
+// How much a circle of width 1 covers of the pixel at (x, y) from its middle.
+double part_of_circle(int64_t x, int64_t y, int64_t r) {
+    const auto dx = static_cast<double>(x);
+    const auto dy = static_cast<double>(y);
+    const double from_middle = std::sqrt(dx * dx + dy * dy);
+    const double distance = from_middle - static_cast<double>(r);
+    return covered_part({distance, dx / from_middle, dy / from_middle}, 0.5);
 }
 
-// The distance of a pixel from the line is its error term in units of the first one.
+// The pixels beside the line are plotted only when a part of them is covered.
+kestu_error_t *plot_beside(Pixel m, int64_t x, int64_t y, int64_t r, const Plotter &out) {
+    const double intensity = part_of_circle(x, y, r);
+    return intensity > 0 ? plot_turned(m, x, y, intensity, out) : nullptr;
+}
+
+// Every quadrant ends on the pixel on which the next one begins: only the end covers it, so that
+// intensities add up, and a callback that overwrites is left with the last one.
 kestu_error_t *draw_smooth_circle(Pixel m, int64_t r, const Plotter &out) {
-    const auto unit = static_cast<double>(2 * r - 1);
-    const auto coverage = [unit](int64_t error) { return 1 - static_cast<double>(error) / unit; };
     int64_t x = -r;
     int64_t y = 0;
     int64_t error = 2 - 2 * r;
+    double intensity = x < 0 ? 0 : 1;
     for (;;) {
-        if (kestu_error_t *err = out.plot(
-                {{m.x - x, m.y + y}, {m.x - y, m.y - x}, {m.x + x, m.y - y}, {m.x + y, m.y + x}},
-                coverage(std::abs(error - 2 * (x + y) - 2))))
+        if (kestu_error_t *err = plot_turned(m, x, y, intensity, out))
             return err;
         if (x >= 0)
             return nullptr;
         const Pixel at = {x, y};
         const int64_t before = error;
         if (before + at.y > 0) {
-            if (kestu_error_t *err = plot_beside({{m.x - at.x, m.y + at.y + 1},
-                                                  {m.x - at.y - 1, m.y - at.x},
-                                                  {m.x + at.x, m.y - at.y - 1},
-                                                  {m.x + at.y + 1, m.y + at.x}},
-                                                 coverage(before - 2 * at.x - 1), out))
+            if (kestu_error_t *err = plot_beside(m, at.x, at.y + 1, r, out))
                 return err;
             error += 2 * ++x + 1;
         }
         if (before + at.x <= 0) {
-            if (kestu_error_t *err = plot_beside({{m.x - at.x - 1, m.y + at.y},
-                                                  {m.x - at.y, m.y - at.x - 1},
-                                                  {m.x + at.x + 1, m.y - at.y},
-                                                  {m.x + at.y, m.y + at.x + 1}},
-                                                 coverage(2 * at.y + 1 - before), out))
+            if (kestu_error_t *err = plot_beside(m, at.x + 1, at.y, r, out))
                 return err;
             error += 2 * ++y + 1;
         }
+        intensity = part_of_circle(x, y, r);
     }
 }
 

@@ -1,5 +1,5 @@
 // Outlines of ellipses that cover pixels in part.
-#include "img/ellipse_edge.hpp"
+#include "img/coverage.hpp"
 #include "img/plotter.hpp"
 
 #include <algorithm>
@@ -11,22 +11,6 @@ namespace {
 
 constexpr double thin = 1.0;
 constexpr double widest = 0x1p33; // covers everything that an int can name
-
-// The part of a pixel on one side of a line with a normal of length 1 whose distance from the
-// pixel's centre is `distance`, positive when the centre lies on that side.
-double part_before_line(double distance, double nx, double ny) {
-    if (distance < 0)
-        return 1 - part_before_line(-distance, nx, ny);
-    const double major = std::max(std::fabs(nx), std::fabs(ny));
-    const double minor = std::min(std::fabs(nx), std::fabs(ny));
-    const double corner = (major + minor) / 2; // the farthest corner's distance from the centre
-    if (distance >= corner)
-        return 1;
-    if (distance <= (major - minor) / 2)
-        return 0.5 + distance / major;
-    const double rest = corner - distance;
-    return 1 - rest * rest / (2 * major * minor);
-}
 
 // Columns or rows by their distance from the middle of the rectangle, which is on a pixel or, when
 // the side is odd, between two.
@@ -91,9 +75,8 @@ class Outline {
     }
 
     double coverage(int64_t column, int64_t row) const {
-        const Edge edge = ellipse_.nearest(columns_.distance(column), rows_.distance(row));
-        return part_before_line(half_width_ - edge.distance, edge.nx, edge.ny) -
-               part_before_line(-half_width_ - edge.distance, edge.nx, edge.ny);
+        return covered_part(ellipse_.nearest(columns_.distance(column), rows_.distance(row)),
+                            half_width_);
     }
 
     kestu_error_t *plot_mirrored(int64_t column, int64_t row, double intensity) const {
