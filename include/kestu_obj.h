@@ -55,7 +55,9 @@ typedef void (*kestu_obj_cleanup_func)(kestu_obj_t *obj, void *user);
 
 /*
  * Starts the object engine in a child of `pool`, after kestu_initialize; types and signal types
- * need it. Errors are APR's under "Cannot initialize OBJECT engine.".
+ * need it. Threads that register types and signal types at once take memory from the allocator of
+ * `pool` at once, which that of kestu_pool allows. Errors are APR's under "Cannot initialize OBJECT
+ * engine.".
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_obj_engine_init(apr_pool_t *pool);
 

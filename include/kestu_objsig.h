@@ -5,8 +5,9 @@
  *     err = kestu_objsig_register(&clicked, "clicked");
  *     err = kestu_obj_add_signal(button, clicked);
  *     err = kestu_obj_connect(button, clicked, window, on_click, NULL);
- *     err = kestu_obj_emit_signal(button, clicked, "left");   // on_click(button, clicked, window,
- * NULL, "left")
+ *     err = kestu_obj_emit_signal(button, clicked, "left");
+ *
+ * The last line calls on_click(button, clicked, window, NULL, "left").
  *
  * A connection ends when either object is destroyed: both are connected by hidden slots on their
  * destroy signals. While a signal is emitted, connecting, disconnecting and removing it wait until
@@ -53,7 +54,10 @@ typedef struct kestu_odest_t {
     UT_hash_handle hh;        /* entries follow in the order in which they were made */
 } kestu_odest_t;
 
-/* A signal of an object. */
+/*
+ * A signal of an object. Tables and arrays are there to be read: an emission does not see what is
+ * changed in them by other means than the functions below.
+ */
 typedef struct kestu_osig_t {
     int32_t code;
     uint16_t flags;

@@ -39,6 +39,7 @@ kestu_error_t *add_entry(kestu_osig_t &signal, kestu_obj_t *source, kestu_obj_t 
     attach(*entry, object_of(destination));
     utarray_init(&entry->slot_array, &oslot_icd);
     entry->slots = &entry->slot_array;
+    entry->calls = nullptr;
     *out = entry;
     HASH_ADD_PTR(signal.destinations, destination, *out);
     return nullptr;
@@ -55,6 +56,7 @@ kestu_error_t *set_slot(kestu_osig_t &signal, kestu_obj_t *source, kestu_obj_t *
             existing.user = slot.user;
             return nullptr;
         }
+    drop_calls(signal);
     utarray_push_back(entry->slots, &slot);
     return nullptr;
 }
@@ -122,6 +124,7 @@ void disconnect_now(kestu_osig_t &signal, kestu_obj_t *destination, kestu_slot_f
         return;
     }
     kestu_odest_t *entry = find_entry(signal, destination);
+    drop_calls(signal);
     if (entry && callback)
         erase_slot(*entry, callback);
     else if (entry)
@@ -141,7 +144,15 @@ void detach(Entry &entry) {
     entry.known_to = nullptr;
 }
 
+void drop_calls(const kestu_osig_t &signal) {
+    if (Entry *first = first_entry(signal)) {
+        kestu_mem_free(first->calls);
+        first->calls = nullptr;
+    }
+}
+
 void delete_entry(kestu_osig_t &signal, kestu_odest_t *entry) {
+    drop_calls(signal);
     HASH_DEL(signal.destinations, entry);
     detach(*static_cast<Entry *>(entry));
     utarray_done(entry->slots);

@@ -1,6 +1,8 @@
 // Emission of signals.
 #include "obj/signals.hpp"
 
+#include <cstdlib>
+
 using namespace kestu;
 
 namespace {
@@ -16,28 +18,62 @@ struct Emission {
     Emission(const Emission &) = delete;
     Emission &operator=(const Emission &) = delete;
 
-    [[gnu::tls_model("initial-exec")]] static thread_local Emission *running;
+    static thread_local Emission *running;
 
     const kestu_obj_t *obj; // null when it has been abandoned
     uint32_t code;
     Emission *outer;
 };
 
-constinit thread_local Emission *Emission::running = nullptr;
+// Found without a call, from wherever the library was loaded.
+[[gnu::tls_model("initial-exec")]] constinit thread_local Emission *Emission::running = nullptr;
+
+// Visits the slots in the order of their entries until `visit` says false, and says whether it
+// never did.
+template <typename Visit>
+bool each_slot(const Entry *entry, Visit visit) {
+    for (; entry; entry = next_entry(entry))
+        for (const kestu_oslot_t &slot : Elements<kestu_oslot_t>(&entry->slot_array))
+            if (!visit(Calls::Call{entry->destination, &slot}))
+                return false;
+    return true;
+}
+
+// Null without memory.
+Calls *make_calls(const Entry *first) {
+    size_t count = 0;
+    each_slot(first, [&](Calls::Call) { return ++count; });
+    auto *calls = static_cast<Calls *>(std::malloc(sizeof(Calls) + count * sizeof(Calls::Call)));
+    if (!calls)
+        return nullptr;
+    calls->count = 0;
+    each_slot(first, [&](Calls::Call call) {
+        calls->list[calls->count++] = call;
+        return true;
+    });
+    return calls;
+}
 
 // Calls the slots. False when the object or its signals went away meanwhile.
 //
-// Entries and slots stay where they are while the signal is busy; the signal itself may move.
-bool call_slots(const Entry *entry, kestu_obj_t *obj, uint32_t code, void *argument) {
+// Entries, slots and calls stay where they are while the signal is busy; the signal itself may
+// move.
+bool call_slots(Entry *first, kestu_obj_t *obj, uint32_t code, void *argument) {
+    if (!first)
+        return true;
+    if (!first->calls)
+        first->calls = make_calls(first);
     const Emission emission(obj, code);
-    for (; entry; entry = next_entry(entry))
-        for (const kestu_oslot_t &slot : Elements<kestu_oslot_t>(&entry->slot_array)) {
-            if (!slot.callback)
-                continue;
-            slot.callback(obj, code, entry->destination, slot.user, argument);
-            if (!emission.obj) [[unlikely]]
-                return false;
-        }
+    const auto make = [&](const Calls::Call &call) {
+        if (call.slot->callback)
+            call.slot->callback(obj, code, call.destination, call.slot->user, argument);
+        return emission.obj != nullptr;
+    };
+    if (!first->calls) [[unlikely]]
+        return each_slot(first, make);
+    for (const Calls::Call &call : *first->calls)
+        if (!make(call)) [[unlikely]]
+            return false;
     return true;
 }
 
@@ -118,7 +154,7 @@ kestu_error_t *kestu_obj_emit_signal(kestu_obj_t *obj, uint32_t code, void *argu
     if (is_busy(*signal))
         return nullptr;
     signal->flags |= KESTU_OSIG_BUSY;
-    if (!call_slots(static_cast<const Entry *>(signal->destinations), obj, code, argument))
+    if (!call_slots(first_entry(*signal), obj, code, argument))
         return nullptr;
     signal = find_signal(obj, code);
     signal->flags &= static_cast<uint16_t>(~KESTU_OSIG_BUSY);

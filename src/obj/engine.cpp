@@ -8,6 +8,7 @@ using namespace kestu;
 namespace kestu {
 
 constinit Engine engine = {.pool = nullptr,
+                           .signal_type_pool = nullptr,
                            .type_lock = nullptr,
                            .signal_type_lock = nullptr,
                            .types = nullptr,
@@ -50,6 +51,9 @@ apr_status_t start(apr_pool_t *parent) {
     if (status != APR_SUCCESS)
         return status;
     apr_pool_tag(engine.pool, "MainObjectsPool");
+    status = apr_pool_create_ex(&engine.signal_type_pool, engine.pool, nullptr, nullptr);
+    if (status != APR_SUCCESS)
+        return status;
     status = apr_thread_mutex_create(&engine.type_lock, APR_THREAD_MUTEX_DEFAULT, engine.pool);
     if (status != APR_SUCCESS)
         return status;

@@ -11,7 +11,8 @@
 namespace kestu {
 
 struct Engine {
-    apr_pool_t *pool;                     // holds the records of types and signal types
+    apr_pool_t *pool;                     // holds all that is registered
+    apr_pool_t *signal_type_pool;         // a part of it, as each lock guards a pool
     apr_thread_mutex_t *type_lock;        // guards `types` while it grows
     apr_thread_mutex_t *signal_type_lock; // guards `signal_types` while it changes
     kestu_dl_t *types;                    // of Type, in order of registration

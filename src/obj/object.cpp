@@ -21,14 +21,15 @@ struct Destruction {
 
     static Destruction *waiting_for(apr_pool_t *pool);
 
-    [[gnu::tls_model("initial-exec")]] static thread_local Destruction *running;
+    static thread_local Destruction *running;
 
     apr_pool_t *own_pool;
     apr_pool_t *doomed; // what goes when this destruction has ended
     Destruction *outer;
 };
 
-constinit thread_local Destruction *Destruction::running = nullptr;
+[[gnu::tls_model("initial-exec")]] constinit thread_local Destruction *Destruction::running =
+    nullptr;
 
 Destruction::Destruction(Object *destroyed)
     : own_pool(destroyed->pool), doomed(destroyed->pool), outer(running) {

@@ -26,11 +26,11 @@ kestu_error_t *take_record(SignalType **record) {
         *record = signal_type(kestu_cdl_get_data(ready));
         return nullptr;
     }
-    *record = static_cast<SignalType *>(apr_palloc(engine.pool, sizeof(SignalType)));
+    *record = static_cast<SignalType *>(apr_palloc(engine.signal_type_pool, sizeof(SignalType)));
     if (!*record)
         return fail(120012);
     **record = {};
-    return kestu_cdl_prepend(&engine.signal_types, 0, *record, nullptr, engine.pool);
+    return kestu_cdl_prepend(&engine.signal_types, 0, *record, nullptr, engine.signal_type_pool);
 }
 
 // A record that is used again without a name keeps the name it had.
@@ -40,7 +40,7 @@ kestu_error_t *add_signal_type(uint32_t *code, const char *name) {
         return err;
     record->code = *code = engine.next_signal_code;
     if (name)
-        record->name = pool_copy(engine.pool, name);
+        record->name = pool_copy(engine.signal_type_pool, name);
     return nullptr;
 }
 

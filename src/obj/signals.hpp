@@ -6,6 +6,21 @@
 
 namespace kestu {
 
+// Where the slots of a signal stand, one after the other, so that emitting need not go through
+// table and arrays. It is made by the first emission and dropped when slots come or go.
+struct Calls {
+    struct Call {
+        kestu_obj_t *destination;
+        const kestu_oslot_t *slot;
+    };
+
+    const Call *begin() const { return list; }
+    const Call *end() const { return list + count; }
+
+    size_t count;
+    Call list[];
+};
+
 // A destination entry. It stands in a list of its destination too, so that no object dies without
 // being forgotten, whatever has become of the hidden slots.
 struct Entry : kestu_odest_t {
@@ -14,11 +29,19 @@ struct Entry : kestu_odest_t {
     Object *known_to; // whose list it stands in: the destination, or null once that has died
     Entry *next_known;
     Entry *prev_known;
+    Calls *calls; // of the whole signal, in its first entry; null when they are to be made
 };
 
 inline const Entry *next_entry(const Entry *entry) {
     return static_cast<const Entry *>(static_cast<const kestu_odest_t *>(entry->hh.next));
 }
+
+inline Entry *first_entry(const kestu_osig_t &signal) {
+    return static_cast<Entry *>(signal.destinations);
+}
+
+// Slots of the signal come or go.
+void drop_calls(const kestu_osig_t &signal);
 
 // Takes the entry out of the list of its destination.
 void detach(Entry &entry);

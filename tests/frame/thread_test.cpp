@@ -1,7 +1,9 @@
-// What may be done from many threads at once: making errors, and registering texts. Worth most
-// under the thread sanitizer.
+// What may be done from many threads at once: making errors, and registering texts, types of
+// objects and signal types. Worth most under the thread sanitizer.
 #include "kestu_error.h"
 #include "kestu_lib.h"
+#include "kestu_objsig.h"
+#include "kestu_strlist.h"
 
 #include <gtest/gtest.h>
 
@@ -14,6 +16,7 @@ namespace {
 
 constexpr int thread_count = 4;
 constexpr int rounds = 500;
+constexpr unsigned type_codes = 1 << 20; // tells the codes of types from those of signal types
 
 template <typename Work>
 void on_many_threads(Work work) {
@@ -26,8 +29,14 @@ void on_many_threads(Work work) {
 
 class Threads : public testing::Test {
   protected:
-    void SetUp() override { ASSERT_EQ(kestu_initialize(), KESTU_INIT_OK); }
-    void TearDown() override { kestu_terminate(); }
+    void SetUp() override {
+        ASSERT_EQ(kestu_initialize(), KESTU_INIT_OK);
+        ASSERT_EQ(kestu_obj_engine_init(kestu_pool), nullptr);
+    }
+    void TearDown() override {
+        EXPECT_EQ(kestu_obj_engine_terminate(), nullptr);
+        kestu_terminate();
+    }
 };
 
 } // namespace
@@ -45,20 +54,58 @@ TEST_F(Threads, MakeAndReleaseErrorsAtOnce) {
     });
 }
 
-TEST_F(Threads, RegisterTextsAtOnceWithoutSharingACode) {
-    std::vector<std::set<int>> codes(thread_count);
+// Has every thread take codes and, where that can be done, give every other one back: no code may
+// be handed out twice.
+void register_at_once(kestu_error_t *(*take)(int number, int round, unsigned *code),
+                      kestu_error_t *(*give_back)(unsigned code)) {
+    std::vector<std::set<unsigned>> codes(thread_count);
     on_many_threads([&](int number) {
         for (int i = 0; i < rounds; ++i) {
-            int code = 0;
-            EXPECT_EQ(kestu_error_register(&code, std::to_string(number).c_str()), nullptr);
-            if (i % 2 == 0)
-                EXPECT_EQ(kestu_error_deregister(code), nullptr);
-            else
-                EXPECT_TRUE(codes[static_cast<size_t>(number)].insert(code).second);
+            unsigned code = 0;
+            EXPECT_EQ(take(number, i, &code), nullptr);
+            EXPECT_TRUE(codes[static_cast<size_t>(number)].insert(code).second || give_back);
+            if (give_back && i % 2 == 0) {
+                EXPECT_EQ(give_back(code), nullptr);
+                codes[static_cast<size_t>(number)].erase(code);
+            }
         }
     });
-    std::set<int> all;
-    for (const std::set<int> &some : codes)
+    std::set<unsigned> all;
+    for (const std::set<unsigned> &some : codes)
         all.insert(some.begin(), some.end());
-    EXPECT_EQ(all.size(), size_t{thread_count * rounds / 2});
+    EXPECT_EQ(all.size(), size_t{thread_count * rounds} / (give_back ? 2 : 1));
+}
+
+TEST_F(Threads, RegisterTextsAtOnceWithoutSharingACode) {
+    register_at_once(
+        [](int number, int, unsigned *code) {
+            return kestu_error_register(reinterpret_cast<int *>(code),
+                                        std::to_string(number).c_str());
+        },
+        [](unsigned code) { return kestu_error_deregister(static_cast<int>(code)); });
+}
+
+// Types and signal types have a lock each: even threads take the one, odd threads the other.
+TEST_F(Threads, RegisterTypesOfObjectsAndOfSignalsAtOnceWithoutSharingACode) {
+    register_at_once(
+        [](int number, int round, unsigned *code) {
+            const std::string name = std::to_string(number) + "." + std::to_string(round);
+            if (number % 2 == 0)
+                return kestu_objsig_register(code, name.c_str());
+            apr_pool_t *pool = nullptr;
+            kestu_strlist_t *names = nullptr;
+            EXPECT_EQ(apr_pool_create_ex(&pool, kestu_pool, nullptr, nullptr), APR_SUCCESS);
+            EXPECT_EQ(kestu_strlist_create(&names, pool), nullptr);
+            EXPECT_EQ(kestu_strlist_addlast(names, name.c_str(), pool), nullptr);
+            kestu_error_t *err = kestu_objtype_register(code, names, nullptr);
+            *code += type_codes;
+            apr_pool_destroy(pool);
+            return err;
+        },
+        nullptr);
+}
+
+TEST_F(Threads, RegisterSignalTypesAtOnceWithoutSharingACode) {
+    register_at_once([](int, int, unsigned *code) { return kestu_objsig_register(code, nullptr); },
+                     kestu_objsig_deregister);
 }

@@ -1,6 +1,7 @@
 // Signals and slots.
 #include "kestu_objsig.h"
 
+#include "support/alloc_failure.hpp"
 #include "support/chain.hpp"
 #include "support/pool.hpp"
 
@@ -135,6 +136,30 @@ TEST_F(SignalTest, CallsSlotsByDestinationInTheOrderOfConnection) {
     EXPECT_OK(kestu_obj_emit_signal(a, ping, argument));
     EXPECT_THAT(calls, ElementsAre("a>b:100 2 arg", "a>b:100 too", "a>c:100 arg", "a>a:100 arg"));
     EXPECT_THAT(emit(a, pong), IsEmpty());
+}
+
+TEST_F(SignalTest, EmitsWithoutMemoryAndAfterEveryChange) {
+    int count = 0;
+    const auto raise = [](kestu_obj_t *, uint32_t, kestu_obj_t *, void *user, void *) {
+        ++*static_cast<int *>(user);
+    };
+    connect(a, ping, b, raise, &count);
+    connect(a, ping, c, raise, &count);
+    {
+        AllocFailure failure(1, all_after);
+        kestu_error_clear(kestu_obj_emit_signal(a, ping, nullptr));
+    }
+    EXPECT_EQ(count, 2);
+    EXPECT_THAT(emit(a, ping), IsEmpty());
+    EXPECT_EQ(count, 4);
+    connect(a, ping, b);
+    connect(a, ping, a);
+    EXPECT_THAT(emit(a, ping), ElementsAre("a>b:100", "a>a:100"));
+    kestu_obj_disconnect(a, ping, b, raise);
+    EXPECT_THAT(emit(a, ping), ElementsAre("a>b:100", "a>a:100"));
+    kestu_obj_disconnect(a, ping, b, nullptr); // the first entry
+    EXPECT_THAT(emit(a, ping), ElementsAre("a>a:100"));
+    EXPECT_EQ(count, 4 + 2 + 1 + 1);
 }
 
 TEST_F(SignalTest, UnknownCodesAreErrorsOrNothingAsDescribed) {
