@@ -1,5 +1,6 @@
 // Lists of a million nodes: building, walking and deleting; beside std::list, whose nodes come from
-// the same allocator as those of the `dlm` functions, and GList.
+// the same allocator as those of the `dlm` functions, and GList, whose nodes come in slices.
+#include "in_child.hpp"
 #include "kestu_dl.h"
 #include "kestu_lib.h"
 
@@ -7,6 +8,7 @@
 #include <glib.h>
 
 #include <cstdlib>
+#include <cstring>
 #include <list>
 #include <vector>
 
@@ -125,67 +127,99 @@ struct GLibList {
     }
 };
 
-// What the allocator costs by itself.
+// What the allocators cost by themselves: a block for each node, and each block written.
+template <typename Allocate>
+void fill_blocks(Allocate allocate) {
+    for (uint32_t i = 0; i < nodes; ++i)
+        std::memset(allocate(i), 1, sizeof(kestu_dl_t));
+}
+
 struct BareBlocks {
     std::vector<void *> blocks = std::vector<void *>(nodes);
 
     void build() {
-        for (void *&block : blocks)
-            block = malloc(sizeof(kestu_dl_t));
+        fill_blocks([this](uint32_t i) { return blocks[i] = std::malloc(sizeof(kestu_dl_t)); });
     }
     void destroy() {
         for (void *block : blocks)
-            free(block);
+            std::free(block);
     }
 };
 
-template <typename List>
-void build(benchmark::State &state) {
-    List list;
-    for (auto _ : state) {
-        list.build();
-        state.PauseTiming();
-        list.destroy();
-        state.ResumeTiming();
+struct BarePoolBlocks {
+    apr_pool_t *pool = nullptr;
+
+    void build() {
+        apr_pool_create_ex(&pool, kestu_pool, nullptr, nullptr);
+        fill_blocks([this](uint32_t) { return apr_palloc(pool, sizeof(kestu_dl_t)); });
     }
+    void destroy() { apr_pool_destroy(pool); }
+};
+
+// The first list of a process, in memory that comes fresh from the system.
+template <typename List>
+void first_build(benchmark::State &state) {
+    measure_in_child(state, [] {
+        List list;
+        return seconds_for([&] { list.build(); });
+    });
+}
+
+// Another list, in memory that the first has given back.
+template <typename List>
+void next_build(benchmark::State &state) {
+    measure_in_child(state, [] {
+        List list;
+        list.build();
+        list.destroy();
+        return seconds_for([&] { list.build(); });
+    });
 }
 
 template <typename List>
 void walk(benchmark::State &state) {
-    List list;
-    list.build();
-    for (auto _ : state)
+    measure_in_child(state, [] {
+        List list;
+        list.build();
         benchmark::DoNotOptimize(list.walk());
-    list.destroy();
+        return seconds_for([&] { benchmark::DoNotOptimize(list.walk()); });
+    });
 }
 
 template <typename List>
 void destroy(benchmark::State &state) {
-    List list;
-    for (auto _ : state) {
-        state.PauseTiming();
+    measure_in_child(state, [] {
+        List list;
         list.build();
-        state.ResumeTiming();
-        list.destroy();
-    }
+        return seconds_for([&] { list.destroy(); });
+    });
 }
 
-BENCHMARK_TEMPLATE(build, HeapNodes)->Name("build 1M malloc nodes/ours");
-BENCHMARK_TEMPLATE(build, StdList)->Name("build 1M malloc nodes/C++ list");
-BENCHMARK_TEMPLATE(build, BareBlocks)->Name("build 1M malloc nodes/limit (malloc)");
-BENCHMARK_TEMPLATE(build, AppendedHeapNodes)->Name("append 1M malloc nodes/ours");
-BENCHMARK_TEMPLATE(build, StdList)->Name("append 1M malloc nodes/C++ list");
-BENCHMARK_TEMPLATE(build, PoolNodes)->Name("build 1M pool nodes/ours");
-BENCHMARK_TEMPLATE(build, GLibList)->Name("build 1M pool nodes/GList");
-BENCHMARK_TEMPLATE(walk, HeapNodes)->Name("walk 1M malloc nodes/ours");
-BENCHMARK_TEMPLATE(walk, StdList)->Name("walk 1M malloc nodes/C++ list");
-BENCHMARK_TEMPLATE(walk, PoolNodes)->Name("walk 1M pool nodes/ours");
-BENCHMARK_TEMPLATE(walk, GLibList)->Name("walk 1M pool nodes/GList");
-BENCHMARK_TEMPLATE(destroy, HeapNodes)->Name("delete 1M malloc nodes/ours");
-BENCHMARK_TEMPLATE(destroy, StdList)->Name("delete 1M malloc nodes/C++ list");
-BENCHMARK_TEMPLATE(destroy, BareBlocks)->Name("delete 1M malloc nodes/limit (free)");
-BENCHMARK_TEMPLATE(destroy, PoolNodes)->Name("delete 1M pool nodes/ours");
-BENCHMARK_TEMPLATE(destroy, GLibList)->Name("delete 1M pool nodes/GList");
+#define CASE(work, List, name) BENCHMARK_TEMPLATE(work, List)->Name(name)->Apply(in_children)
+
+CASE(first_build, HeapNodes, "list of 1M malloc nodes, first/ours");
+CASE(first_build, StdList, "list of 1M malloc nodes, first/C++ list");
+CASE(first_build, BareBlocks, "list of 1M malloc nodes, first/limit (malloc)");
+CASE(next_build, HeapNodes, "list of 1M malloc nodes, next/ours");
+CASE(next_build, StdList, "list of 1M malloc nodes, next/C++ list");
+CASE(next_build, BareBlocks, "list of 1M malloc nodes, next/limit (malloc)");
+CASE(next_build, AppendedHeapNodes, "list of 1M malloc nodes, appended/ours");
+CASE(next_build, StdList, "list of 1M malloc nodes, appended/C++ list");
+CASE(first_build, PoolNodes, "list of 1M pool nodes, first/ours");
+CASE(first_build, GLibList, "list of 1M pool nodes, first/GList");
+CASE(first_build, BarePoolBlocks, "list of 1M pool nodes, first/limit (apr_palloc)");
+CASE(next_build, PoolNodes, "list of 1M pool nodes, next/ours");
+CASE(next_build, GLibList, "list of 1M pool nodes, next/GList");
+CASE(next_build, BarePoolBlocks, "list of 1M pool nodes, next/limit (apr_palloc)");
+CASE(walk, HeapNodes, "list walk, 1M malloc nodes/ours");
+CASE(walk, StdList, "list walk, 1M malloc nodes/C++ list");
+CASE(walk, PoolNodes, "list walk, 1M pool nodes/ours");
+CASE(walk, GLibList, "list walk, 1M pool nodes/GList");
+CASE(destroy, HeapNodes, "list deletion, 1M malloc nodes/ours");
+CASE(destroy, StdList, "list deletion, 1M malloc nodes/C++ list");
+CASE(destroy, BareBlocks, "list deletion, 1M malloc nodes/limit (free)");
+CASE(destroy, PoolNodes, "list deletion, 1M pool nodes/ours");
+CASE(destroy, GLibList, "list deletion, 1M pool nodes/GList");
 
 } // namespace
 

@@ -33,7 +33,7 @@ def main():
     cases = {}
     for name, time in medians(sys.argv[1:]).items():
         # Google Benchmark appends arguments and modifiers such as "/iterations:3" to the name.
-        parts = [p for p in name.split("/") if ":" not in p]
+        parts = [p for p in name.split("/") if ":" not in p and p != "manual_time"]
         case, who = "/".join(parts[:-1]), parts[-1]
         cases.setdefault(case, {})[who] = time
     rows = [("case", "ours", "best peer", "", "peer / ours", "limit", "")]

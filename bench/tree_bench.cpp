@@ -1,6 +1,7 @@
 // A tree of a million nodes, eight below each parent, beside GLib's GNode: built level by level,
 // walked, searched and released. The limits are the allocations by themselves, and the callback
 // over an array of nodes.
+#include "in_child.hpp"
 #include "kestu_lib.h"
 #include "kestu_tree.h"
 
@@ -8,6 +9,7 @@
 #include <glib.h>
 
 #include <cstdlib>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -36,28 +38,33 @@ struct Ours {
 struct Heap : Ours {
     static Node *add(Node *parent, uint32_t tag) {
         Node *node = nullptr;
-        if (parent)
-            kestu_error_clear(kestu_treem_append_child(parent, tag, nullptr, &node));
-        else
-            kestu_error_clear(kestu_treem_create(tag, nullptr, &node));
+        if (kestu_error_t *err = parent ? kestu_treem_append_child(parent, tag, nullptr, &node)
+                                        : kestu_treem_create(tag, nullptr, &node))
+            kestu_error_malfunction(err);
         return node;
     }
     static void begin() {}
     static void release(Node *root) { kestu_treem_destroy(&root); }
+    static void *allocate(size_t bytes) { return std::malloc(bytes); }
+    static void release_blocks(const std::vector<void *> &blocks) {
+        for (void *block : blocks)
+            std::free(block);
+    }
 };
 
 struct Pooled : Ours {
     static inline apr_pool_t *pool = nullptr;
     static Node *add(Node *parent, uint32_t tag) {
         Node *node = nullptr;
-        if (parent)
-            kestu_error_clear(kestu_tree_append_child(parent, tag, nullptr, &node, pool));
-        else
-            kestu_error_clear(kestu_tree_create(tag, nullptr, &node, pool));
+        if (kestu_error_t *err = parent ? kestu_tree_append_child(parent, tag, nullptr, &node, pool)
+                                        : kestu_tree_create(tag, nullptr, &node, pool))
+            kestu_error_malfunction(err);
         return node;
     }
     static void begin() { apr_pool_create_ex(&pool, kestu_pool, nullptr, nullptr); }
     static void release(Node *) { apr_pool_destroy(pool); }
+    static void *allocate(size_t bytes) { return apr_palloc(pool, bytes); }
+    static void release_blocks(const std::vector<void *> &) { apr_pool_destroy(pool); }
 };
 
 struct Glib {
@@ -85,7 +92,7 @@ struct Glib {
 };
 
 // The nodes of the tree that is being built, level by level.
-std::vector<void *> all_nodes(size);
+std::vector<void *> all_nodes;
 
 template <typename Tree>
 typename Tree::Node *make() {
@@ -97,45 +104,67 @@ typename Tree::Node *make() {
     return nodes[0];
 }
 
-template <typename Tree>
-void build(benchmark::State &state) {
-    for (auto _ : state) {
-        auto *root = make<Tree>();
-        benchmark::DoNotOptimize(root);
-        state.PauseTiming();
-        Tree::release(root);
-        state.ResumeTiming();
+// What the allocators cost by themselves: a block for each node, and each block written.
+template <typename Kind>
+struct Bare : Kind {
+    using Node = void;
+    static Node *add(Node *, uint32_t) {
+        return std::memset(Kind::allocate(sizeof(kestu_tree_t)), 1, sizeof(kestu_tree_t));
     }
+    static void release(Node *) { Kind::release_blocks(all_nodes); }
+};
+
+// The first tree of a process, in memory that comes fresh from the system.
+template <typename Tree>
+void first_build(benchmark::State &state) {
+    measure_in_child(state, [] {
+        all_nodes.assign(size, nullptr);
+        return seconds_for([] { benchmark::DoNotOptimize(make<Tree>()); });
+    });
+}
+
+// Another tree, in memory that the first has given back.
+template <typename Tree>
+void next_build(benchmark::State &state) {
+    measure_in_child(state, [] {
+        all_nodes.assign(size, nullptr);
+        Tree::release(make<Tree>());
+        return seconds_for([] { benchmark::DoNotOptimize(make<Tree>()); });
+    });
 }
 
 template <typename Tree>
 void release(benchmark::State &state) {
-    for (auto _ : state) {
-        state.PauseTiming();
+    measure_in_child(state, [] {
+        all_nodes.assign(size, nullptr);
         auto *root = make<Tree>();
-        state.ResumeTiming();
-        Tree::release(root);
-    }
+        return seconds_for([&] { Tree::release(root); });
+    });
 }
 
 template <typename Tree>
-void live(benchmark::State &state) {
-    for (auto _ : state) {
+void life(benchmark::State &state) {
+    const auto live = [] {
         auto *root = make<Tree>();
         benchmark::DoNotOptimize(Tree::walk(root, false));
         Tree::release(root);
-    }
+    };
+    measure_in_child(state, [&] {
+        all_nodes.assign(size, nullptr);
+        live();
+        return seconds_for(live);
+    });
 }
 
-// The trees that are walked are made before all others, so that each lies in memory as its
-// allocator hands it out at first.
-template <typename Tree>
-typename Tree::Node *standing = nullptr;
-
+// Uses a tree for the second time.
 template <typename Tree, typename Use>
 void use(benchmark::State &state, Use how) {
-    for (auto _ : state)
-        benchmark::DoNotOptimize(how(standing<Tree>));
+    measure_in_child(state, [&] {
+        all_nodes.assign(size, nullptr);
+        auto *root = make<Tree>();
+        benchmark::DoNotOptimize(how(root));
+        return seconds_for([&] { benchmark::DoNotOptimize(how(root)); });
+    });
 }
 
 template <typename Tree>
@@ -158,93 +187,50 @@ void miss(benchmark::State &state) {
     use<Tree>(state, [](auto *root) { return Tree::find(root, &root); });
 }
 
-void mallocs(benchmark::State &state) {
-    std::vector<void *> blocks(size);
-    for (auto _ : state) {
-        for (auto &block : blocks)
-            block = std::malloc(sizeof(kestu_tree_t));
-        state.PauseTiming();
-        for (auto &block : blocks)
-            std::free(block);
-        state.ResumeTiming();
-    }
-}
-
-void frees(benchmark::State &state) {
-    std::vector<void *> blocks(size);
-    for (auto _ : state) {
-        state.PauseTiming();
-        for (auto &block : blocks)
-            block = std::malloc(sizeof(kestu_tree_t));
-        state.ResumeTiming();
-        for (auto &block : blocks)
-            std::free(block);
-    }
-}
-
-void pool_allocations(benchmark::State &state) {
-    for (auto _ : state) {
-        Pooled::begin();
-        for (size_t i = 0; i < size; ++i)
-            benchmark::DoNotOptimize(apr_palloc(Pooled::pool, sizeof(kestu_tree_t)));
-        state.PauseTiming();
-        Pooled::release(nullptr);
-        state.ResumeTiming();
-    }
-}
-
+// The callback over nodes that lie in a row.
 void array(benchmark::State &state) {
-    std::vector<kestu_tree_t> nodes(size);
-    kestu_visit_func call = add_tag;
-    for (auto _ : state) {
-        uint64_t sum = 0;
-        benchmark::DoNotOptimize(call);
-        for (const auto &node : nodes)
-            call(node.tag, node.data, &sum);
-        benchmark::DoNotOptimize(sum);
-    }
+    measure_in_child(state, [] {
+        std::vector<kestu_tree_t> nodes(size);
+        kestu_visit_func call = add_tag;
+        return seconds_for([&] {
+            uint64_t sum = 0;
+            benchmark::DoNotOptimize(call);
+            for (const auto &node : nodes)
+                call(node.tag, node.data, &sum);
+            benchmark::DoNotOptimize(sum);
+        });
+    });
 }
 
 template <typename Tree>
-void cases(const std::string &kind, void (*allocate)(benchmark::State &)) {
-    const auto add = [](const std::string &name, void (*run)(benchmark::State &)) {
-        benchmark::RegisterBenchmark(name.c_str(), run)->Unit(benchmark::kMillisecond);
+void cases(const std::string &kind) {
+    const auto add = [&kind](const char *name, const char *who, void (*run)(benchmark::State &)) {
+        benchmark::RegisterBenchmark((name + kind + who).c_str(), run)->Apply(in_children);
     };
-    const std::string build_name = "tree build, " + kind, release_name = "tree release, " + kind,
-                      walk_name = "tree walk, " + kind,
-                      back_name = "tree walk children first, " + kind,
-                      count_name = "tree count, " + kind,
-                      life_name = "tree build, walk and release, " + kind,
-                      miss_name = "tree search, " + kind;
-    add(build_name + "/ours", build<Tree>);
-    add(build_name + "/GNode", build<Glib>);
-    add(build_name + "/limit (allocations)", allocate);
-    add(walk_name + "/ours", walk<Tree>);
-    add(walk_name + "/GNode", walk<Glib>);
-    add(walk_name + "/limit (calls over an array)", array);
-    add(back_name + "/ours", walk_back<Tree>);
-    add(back_name + "/GNode", walk_back<Glib>);
-    add(count_name + "/ours", count<Tree>);
-    add(count_name + "/GNode", count<Glib>);
-    add(miss_name + "/ours", miss<Tree>);
-    add(miss_name + "/GNode", miss<Glib>);
-    add(life_name + "/ours", live<Tree>);
-    add(life_name + "/GNode", live<Glib>);
-    add(release_name + "/ours", release<Tree>);
-    add(release_name + "/GNode", release<Glib>);
+    const auto beside = [&add](const char *name, auto ours, auto peers) {
+        add(name, "/ours", ours);
+        add(name, "/GNode", peers);
+    };
+    beside("tree of 1M nodes, first, ", first_build<Tree>, first_build<Glib>);
+    add("tree of 1M nodes, first, ", "/limit (allocations)", first_build<Bare<Tree>>);
+    beside("tree of 1M nodes, next, ", next_build<Tree>, next_build<Glib>);
+    add("tree of 1M nodes, next, ", "/limit (allocations)", next_build<Bare<Tree>>);
+    beside("tree walk, ", walk<Tree>, walk<Glib>);
+    add("tree walk, ", "/limit (calls over an array)", array);
+    beside("tree walk children first, ", walk_back<Tree>, walk_back<Glib>);
+    beside("tree count, ", count<Tree>, count<Glib>);
+    beside("tree search, ", miss<Tree>, miss<Glib>);
+    beside("tree release, ", release<Tree>, release<Glib>);
+    add("tree release, ", "/limit (releasing blocks)", release<Bare<Tree>>);
+    beside("tree build, walk and release, ", life<Tree>, life<Glib>);
 }
 
 } // namespace
 
 int main(int argc, char **argv) {
     kestu_initialize();
-    standing<Heap> = make<Heap>();
-    standing<Pooled> = make<Pooled>();
-    standing<Glib> = make<Glib>();
-    cases<Heap>("malloc", mallocs);
-    cases<Pooled>("pool", pool_allocations);
-    benchmark::RegisterBenchmark("tree release, malloc/limit (frees)", frees)
-        ->Unit(benchmark::kMillisecond);
+    cases<Heap>("malloc");
+    cases<Pooled>("pool");
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     kestu_terminate();
