@@ -44,7 +44,7 @@ enum {
     KESTU_RI_OLDER = 1,
 };
 
-/* An editor. Read its fields freely; `echo` may be changed between two lines. */
+/* An editor. Read its fields freely; `echo` and `prompt` may be changed between two lines. */
 typedef struct kestu_ri_t {
     apr_pool_t *pool;         /* the context's own; all of it lives there */
     apr_pool_t *line_pool;    /* the line and the saved line; cleared when the next one begins */

@@ -59,7 +59,9 @@ bool Screen::control(char c) {
 }
 
 void Screen::put(char c) {
-    if (column == width) {
+    if (column == width && !wraps) {
+        --column;
+    } else if (column == width) {
         column = 0;
         next_row();
     }
@@ -80,6 +82,10 @@ void Screen::sequence() {
         rows.assign(height, std::string(width, ' '));
     else if (escape == "\x1b[0;0H")
         row = column = 0;
+    else if (escape == "\x1b[A")
+        row -= row > 0;
+    else if (escape == "\x1b[?7l" || escape == "\x1b[?7h")
+        wraps = escape.back() == 'h';
     else if (escape.size() < 6)
         return;
     else

@@ -8,7 +8,7 @@
 namespace kestu::test {
 
 // A plain terminal: it wraps lines and scrolls, and knows the control characters and sequences of
-// the line editor. Others stand in the text, so that a test sees them.
+// the line editor and the shell. Others stand in the text, so that a test sees them.
 class Screen {
   public:
     Screen(int columns, int rows);
@@ -32,6 +32,7 @@ class Screen {
     size_t height;
     std::vector<std::string> rows;
     size_t row = 0;
+    bool wraps = true;
     size_t column = 0;  // `width` while the cursor waits behind the last column
     std::string escape; // a sequence that has begun
 };

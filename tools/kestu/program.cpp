@@ -28,6 +28,7 @@ void set_up(CLI::App &app, Outcome &outcome) {
     add_find_command(app, outcome);
     add_escape_commands(app, outcome);
     add_base_command(app, outcome);
+    add_shell_command(app, outcome);
 }
 
 // Every command answers --version as the program does.
@@ -54,6 +55,16 @@ void Outcome::fail(const std::string &message) {
     std::fflush(stdout);
     std::fprintf(stderr, "kestu: %s\n", message.c_str());
     fail();
+}
+
+std::vector<Command> commands() {
+    Outcome unused;
+    CLI::App app;
+    set_up(app, unused);
+    std::vector<Command> all;
+    for (const CLI::App *command : app.get_subcommands({}))
+        all.push_back({command->get_name(), command->get_description()});
+    return all;
 }
 
 int run(const std::vector<std::string> &arguments) {

@@ -25,6 +25,7 @@ class Outcome {
 
     // A failure that somebody else has told about.
     void fail() { exit_status = exit_failure; }
+    void fail_with(int status) { exit_status = status; }
 
     int status() const { return exit_status; }
 
@@ -36,6 +37,15 @@ class Outcome {
 // status.
 int run(const std::vector<std::string> &arguments);
 
+// A command as lists show it.
+struct Command {
+    std::string name;
+    std::string description; // a line
+};
+
+// All commands, in the order of the program's help.
+std::vector<Command> commands();
+
 // Each adds a group of commands. The callbacks report to `outcome`, which outlives `app`.
 void add_image_commands(CLI::App &app, Outcome &outcome);
 void add_cpu_commands(CLI::App &app, Outcome &outcome);
@@ -43,5 +53,6 @@ void add_sum_command(CLI::App &app, Outcome &outcome);
 void add_find_command(CLI::App &app, Outcome &outcome);
 void add_escape_commands(CLI::App &app, Outcome &outcome);
 void add_base_command(CLI::App &app, Outcome &outcome);
+void add_shell_command(CLI::App &app, Outcome &outcome);
 
 } // namespace program

@@ -1,0 +1,287 @@
+// `kestu shell` as a person uses it at a terminal, and as it runs scripts.
+#include "support/process.hpp"
+#include "support/pty.hpp"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <csignal>
+#include <string>
+
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace kestu::test;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::Not;
+
+namespace {
+
+const std::string enter = "\r", up = "\x1b[A", control_c = "\x03", control_d = "\x04";
+
+class ShellSession : public testing::Test {
+  protected:
+    void start(Terminal &at) const {
+        at.run({KESTU_PROGRAM, "shell"}, {"XDG_STATE_HOME=" + state.path});
+        at.wait_for_text("kestu> |");
+    }
+    void start() { start(terminal); }
+
+    // Types all at once and waits until the screen ends so.
+    void expect(const std::string &keys, const std::string &shown) {
+        terminal.type(keys);
+        terminal.wait_for_text(shown);
+    }
+
+    std::string history_file() const { return state / "kestu/history"; }
+    void write_history(const std::string &content) const {
+        mkdir((state / "kestu").c_str(), 0700);
+        state.write("kestu/history", content);
+    }
+
+    const TemporaryFolder state;
+    Terminal terminal{60, 20};
+};
+
+unsigned mode_of(const std::string &path) {
+    struct stat status = {};
+    stat(path.c_str(), &status);
+    return status.st_mode & 07777;
+}
+
+size_t occurrences(const std::string &text, const std::string &part) {
+    size_t count = 0;
+    for (size_t at = text.find(part); at != text.npos; at = text.find(part, at + 1))
+        ++count;
+    return count;
+}
+
+} // namespace
+
+TEST_F(ShellSession, EditsLinesAndRunsThem) {
+    start();
+    EXPECT_THAT(terminal.shown(), testing::StartsWith("kestu 1.0.0. Type help"));
+    expect("base 16 255" + enter, "kestu> base 16 255\nFF\nkestu> |");
+    // The keys as different terminals send them, among keys that mean nothing.
+    expect("x\x1b[5~ase\x1b[15;2~ 16 254\x1b[1~\x1b[3~b\x1bOF\x7f\x1b[99", "kestu> base 16 25|");
+    expect("\x1b[1;5D\x1bOD\x1b[4~\x1b[H\x1b[1;2C\x1b[F\x1bx\x1b\x1bOP\x01\x05", "> base 16 25|");
+    expect("3\x1b[D" + enter, "kestu> base 16 253\nFD\nkestu> |");
+    expect("image info /missing" + enter, "Cannot open file '/missing'\nkestu> |");
+    expect("imgae" + enter, "kestu: no command 'imgae'; did you mean 'image'?\nkestu> |");
+    expect("exit" + enter, "kestu> exit\n|");
+    EXPECT_EQ(terminal.wait_for_end(), 0);
+}
+
+TEST_F(ShellSession, OutputWithoutALineEndStaysOnTheScreen) {
+    start();
+    expect("unescape no-line-end" + enter, "\nno-line-end\nkestu> |");
+    expect("x", "\nno-line-end\nkestu> x|");
+}
+
+TEST_F(ShellSession, PastedTextIsTyped) {
+    start();
+    expect("base 2 5\nescape \"gr\xc3\xb6\xc3\x9f"
+           "er\"\r\rbase 2 6",
+           "kestu> base 2 6|");
+    EXPECT_THAT(terminal.shown(), HasSubstr("\n101\nkestu> escape"));
+    EXPECT_THAT(terminal.shown(), HasSubstr("\ngr\\xC3\\xB6\\xC3\\x9Fer\nkestu>\nkestu> base"));
+    // A line wider than the terminal takes one row while it is typed, and is shown whole at last.
+    const std::string word(200, 'w');
+    expect(control_c + "escape " + word, "^C\nkestu> escape " + std::string(45, 'w') + "|w");
+    expect("!" + enter, "w!\nkestu> |");
+    EXPECT_THAT(read_file(history_file()), EndsWith("\nescape " + word + "!\n"));
+}
+
+TEST_F(ShellSession, CommandsGoOnInFurtherLines) {
+    start();
+    expect("base 2 5 \\" + enter, "kestu> base 2 5 \\\n  ...> |");
+    expect("7 \\" + enter + "1" + enter, "  ...> 1\n101\n111\n1\nkestu> |");
+    expect("escape \"a" + enter + "b\"" + enter, "kestu> escape \"a\n  ...> b\"\na\\nb\nkestu> |");
+    expect("escape \"never" + enter, "  ...> |");
+    expect(control_c, "^C\nkestu> |");
+    expect("base 2 4" + enter, "kestu> base 2 4\n100\nkestu> |");
+}
+
+TEST_F(ShellSession, InterruptEndsTheLineOrTheCommandButNotTheShell) {
+    start();
+    expect("base 2 5" + control_c, "\n^C\nkestu> |");
+    // The command answers the line, and so runs by the time of the key.
+    expect("sum --check" + enter + std::string(40, '0') + "  missing\n",
+           "missing: FAILED open or read\n|");
+    EXPECT_TRUE(terminal.settings().c_lflag & ICANON);
+    expect(control_c, "^C\nkestu> |");
+    expect("base 2 6" + enter, "kestu> base 2 6\n110\nkestu> |");
+    // What a command reads ends for this command only.
+    for (int i = 0; i < 2; ++i) {
+        expect("sum --check" + enter + std::string(40, '0') + "  gone\n", "open or read\n|");
+        expect(control_d, "could not be read\nkestu> |");
+    }
+    terminal.type("ab" + control_d + "\x7f\x7f" + control_d);
+    EXPECT_EQ(terminal.wait_for_end(), 0);
+    EXPECT_THAT(terminal.shown(), EndsWith("^D\n|"));
+}
+
+TEST_F(ShellSession, KeepsItsHistoryForTheNext) {
+    start();
+    expect("base 2 5" + enter, "101\nkestu> |");
+    expect("base 2 5" + enter, "101\nkestu> |");
+    expect("  " + enter + "nonsense" + enter, "lists the commands\nkestu> |");
+    terminal.type(control_d);
+    terminal.wait_for_end();
+    EXPECT_EQ(read_file(history_file()), "base 2 5\nnonsense\n");
+    EXPECT_EQ(mode_of(history_file()), 0600u);
+    EXPECT_EQ(mode_of(state / "kestu"), 0700u);
+    Terminal next(60, 20);
+    start(next);
+    next.type(up);
+    next.wait_for_text("kestu> nonsense|");
+    next.type(up + up + enter);
+    next.wait_for_text("kestu> base 2 5\n101\nkestu> |");
+    EXPECT_EQ(read_file(history_file()), "base 2 5\nnonsense\nbase 2 5\n");
+}
+
+TEST_F(ShellSession, TakesOnlyLinesThatCanBeTypedFromAHistory) {
+    std::string content = std::string(1 << 21, 'm') + "\n\n";
+    std::string kept;
+    for (int i = 0; i < 1500; ++i) {
+        const std::string line = "line " + std::to_string(i) + "\n";
+        content += line;
+        kept += i >= 502 ? line : "";
+    }
+    content += std::string("zero\0byte\n", 10) + "\x1b[2J\n" + "tab\tand \xc3\xa4\n" + "cut off";
+    kept += "tab\tand \xc3\xa4\ncut off\n";
+    write_history(content);
+    start();
+    expect(up, "kestu> cut off|");
+    EXPECT_EQ(read_file(history_file()), kept);
+}
+
+TEST_F(ShellSession, GoesOnWithoutAHistoryThatCannotBeKept) {
+    mkdir((state / "kestu").c_str(), 0700);
+    mkfifo(history_file().c_str(), 0600);
+    start();
+    expect("base 2 5" + enter, "101\nkestu> |");
+    expect("base 2 6" + enter + up + up, "110\nkestu> base 2 5|");
+    EXPECT_EQ(occurrences(terminal.shown(), "is not kept"), 1u) << terminal.shown();
+    Terminal other(100, 20);
+    other.run({KESTU_PROGRAM, "shell"}, {"XDG_STATE_HOME=" + state.write("file", "")});
+    other.wait_for_text("kestu> |");
+    other.type("base 2 5" + enter + "base 2 6" + enter);
+    other.wait_for_text("110\nkestu> |");
+    EXPECT_EQ(occurrences(other.shown(), "Not a directory; the history"), 1u) << other.shown();
+}
+
+TEST_F(ShellSession, SignalsAtThePromptFindTheTerminalRestored) {
+    for (const int signal : {SIGTERM, SIGHUP, SIGINT, SIGQUIT}) {
+        Terminal other(60, 20);
+        // The settings of a terminal last as long as its first process, which is not the shell.
+        other.run([&] {
+            const rlimit no_core = {0, 0};
+            setrlimit(RLIMIT_CORE, &no_core);
+            setenv("XDG_STATE_HOME", state.path.c_str(), 1);
+            const pid_t shell = fork();
+            if (shell == 0) {
+                execl(KESTU_PROGRAM, "kestu", "shell", nullptr);
+                _exit(127);
+            }
+            Terminal::report(std::to_string(shell));
+            int status = 0;
+            waitpid(shell, &status, 0);
+            Terminal::report(std::to_string(WTERMSIG(status)));
+        });
+        const termios before = other.settings();
+        const pid_t shell = std::stoi(other.wait_for_report());
+        other.wait_for_text("kestu> |");
+        other.type("base 2 " + std::to_string(signal) + enter + "half");
+        other.wait_for_text("kestu> half|");
+        EXPECT_FALSE(other.settings().c_lflag & ICANON);
+        kill(shell, signal);
+        EXPECT_EQ(other.wait_for_report(), std::to_string(signal));
+        const termios after = other.settings();
+        EXPECT_EQ(after.c_lflag, before.c_lflag);
+        EXPECT_EQ(after.c_iflag, before.c_iflag);
+        EXPECT_EQ(after.c_cc[VINTR], before.c_cc[VINTR]);
+        EXPECT_THAT(read_file(history_file()), EndsWith("base 2 " + std::to_string(signal) + "\n"));
+    }
+}
+
+namespace {
+
+Ran run_script(const std::string &lines) {
+    return run_kestu({"shell"}, lines, {"XDG_STATE_HOME=/dev/null/none"});
+}
+
+} // namespace
+
+TEST(ShellScript, EndsWithTheStatusOfTheLastCommandThatFailed) {
+    const struct {
+        std::string script;
+        int status;
+        const char *out;
+    } cases[] = {
+        {"", 0, ""},
+        {"base 2 5", 0, "101\n"},
+        {"# a \"comment\n\n \t\r\nkestu base 2 5\r\n", 0, "101\n"},
+        {"image info /missing\nbase 2 5\n", 1, "101\n"},
+        {"image info /missing\nnonsense\nbase 2 5\n", 2, "101\n"},
+        {"nonsense\nimage info /missing\n", 1, ""},
+        {"base 2 5\nexit\nnonsense\n", 0, "101\n"},
+        {"quit now\nbase 2 5\nquit\nnonsense\n", 2, "101\n"},
+        {"base\nbase 2 5\n", 2, "101\n"},
+        {"base 2 \\\n \\\n5\n", 0, "101\n"},
+        {"base 2 5\nescape \"a\n", 2, "101\n"},
+        {std::string("base 2 5\0\nbase 2 6\n", 19), 2, "110\n"},
+        {"shell\nshell --version\nbase 2 5\n", 1, "kestu 1.0.0\n101\n"},
+    };
+    for (const auto &c : cases) {
+        const Ran ran = run_script(c.script);
+        EXPECT_EQ(ran.status, c.status) << c.script << ran.err;
+        EXPECT_EQ(ran.out, c.out) << c.script;
+        EXPECT_EQ(ran.err.empty(), c.status == 0) << c.script << ran.err;
+    }
+}
+
+TEST(ShellScript, WordsKeepTheirText) {
+    EXPECT_EQ(run_script("escape 007 1e5 0x10 \"a  b\" \"\" c\"d \"\\\"\n").out,
+              "007\n1e5\n0x10\na  b\n\nc\\\"d\n\\\\\n");
+    const std::string word(1 << 20, 'w');
+    EXPECT_TRUE(run_script("escape " + word + "\n").err.empty());
+    EXPECT_TRUE(run_script("escape \"" + std::string(1 << 16, 'w') + "\"\n").out ==
+                std::string(1 << 16, 'w') + "\n");
+}
+
+TEST(ShellScript, CommandsDoNotReadTheScript) {
+    EXPECT_EQ(run_script("escape\nbase 2 5\nsum\n").out,
+              "\n101\nda39a3ee5e6b4b0d3255bfef95601890afd80709  -\n");
+}
+
+TEST(ShellScript, SuggestsTheNearestCommand) {
+    const std::pair<const char *, const char *> cases[] = {
+        {"imgae", "did you mean 'image'?"}, {"IMAGE", "help lists the commands"},
+        {"smu", "did you mean 'sum'?"},     {"unescpe", "did you mean 'unescape'?"},
+        {"hel", "did you mean 'help'?"},    {"exi", "did you mean 'exit'?"},
+        {"s", "help lists the commands"},   {"fnord", "help lists the commands"},
+        {"cat", "help lists the commands"}, {"\x1b[2J", "no command '\\x1b[2J'; help lists"},
+    };
+    for (const auto &[name, answer] : cases) {
+        const Ran ran = run_script(name);
+        EXPECT_EQ(ran.status, 2);
+        EXPECT_THAT(ran.err, HasSubstr(answer));
+        EXPECT_EQ(run_script(std::string("help ") + name).err, ran.err);
+    }
+}
+
+TEST(ShellScript, HelpListsEveryCommandAndDescribesEach) {
+    const std::string list = run_script("help\n").out;
+    const std::string page = run_kestu({"--help"}).out;
+    for (const std::string name : {"image", "cpu", "host", "find", "base", "unescape"}) {
+        EXPECT_THAT("\n" + list, HasSubstr("\n  " + name + " "));
+        EXPECT_THAT(page, HasSubstr("\n  " + name + " "));
+        EXPECT_EQ(run_script("help " + name).out, run_kestu({name, "--help"}).out);
+    }
+    EXPECT_EQ(run_script("help image info\n").out, run_kestu({"image", "info", "--help"}).out);
+    EXPECT_EQ(run_script("help quit\n").out, "Leave the shell\n");
+}
