@@ -9,7 +9,7 @@
 
 namespace kestu {
 
-[[nodiscard]] inline kestu_error_t *fail_memory(size_t bytes) {
+[[nodiscard, gnu::returns_nonnull]] inline kestu_error_t *fail_memory(size_t bytes) {
     return fail(120012, "Failed to allocate %zu bytes of memory.", bytes);
 }
 

@@ -6,13 +6,14 @@
 namespace kestu {
 
 // An error that carries no message: the text of its code is printed.
-[[nodiscard]] kestu_error_t *fail(int code);
+[[nodiscard, gnu::returns_nonnull]] kestu_error_t *fail(int code);
 
 // An error with a message of its own; code 0 is for messages outside the table of codes.
-[[nodiscard]] kestu_error_t *fail(int code, const char *format, ...) KESTU_PRINTF(2, 3);
+[[nodiscard, gnu::returns_nonnull]] kestu_error_t *fail(int code, const char *format, ...)
+    KESTU_PRINTF(2, 3);
 
 // The error that APR reports as `status`.
-[[nodiscard]] kestu_error_t *fail_apr(apr_status_t status);
+[[nodiscard, gnu::returns_nonnull]] kestu_error_t *fail_apr(apr_status_t status);
 
 // Puts a message above a cause and keeps its kind and code; success (null) passes through.
 [[nodiscard]] kestu_error_t *wrap(kestu_error_t *cause, const char *message);
