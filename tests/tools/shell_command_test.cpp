@@ -174,25 +174,65 @@ TEST_F(ShellSession, GoesOnWithoutAHistoryThatCannotBeKept) {
     EXPECT_EQ(occurrences(other.shown(), "Not a directory; the history"), 1u) << other.shown();
 }
 
+namespace {
+
+// A shell in a group of its own in the foreground of the terminal, as another shell starts it. The
+// settings of the terminal last as long as its first process, which is this other shell.
+class Job {
+  public:
+    explicit Job(const std::string &state) {
+        const rlimit no_core = {0, 0};
+        setrlimit(RLIMIT_CORE, &no_core);
+        setenv("XDG_STATE_HOME", state.c_str(), 1);
+        ::signal(SIGTTOU, SIG_IGN);
+        pid = fork();
+        setpgid(pid, pid);
+        give_terminal(pid == 0 ? getpid() : pid);
+        if (pid != 0)
+            return;
+        ::signal(SIGTTOU, SIG_DFL);
+        execl(KESTU_PROGRAM, "kestu", "shell", nullptr);
+        _exit(127);
+    }
+
+    static void give_terminal(pid_t group) { tcsetpgrp(STDIN_FILENO, group); }
+
+    // Tells the signal that stopped or ended the shell, and whether it left the terminal as it was.
+    void report_change() const {
+        int status = 0;
+        waitpid(pid, &status, WUNTRACED);
+        const int signal = WIFSTOPPED(status) ? WSTOPSIG(status) : WTERMSIG(status);
+        Terminal::report(std::to_string(signal) + (is_restored() ? "" : ", not restored"));
+    }
+
+    pid_t pid = -1;
+
+  private:
+    static termios current_settings() {
+        termios found = {};
+        tcgetattr(STDIN_FILENO, &found);
+        return found;
+    }
+
+    bool is_restored() const {
+        const termios now = current_settings();
+        return now.c_lflag == before.c_lflag && now.c_iflag == before.c_iflag &&
+               now.c_cflag == before.c_cflag && now.c_cc[VINTR] == before.c_cc[VINTR];
+    }
+
+    const termios before = current_settings();
+};
+
+} // namespace
+
 TEST_F(ShellSession, SignalsAtThePromptFindTheTerminalRestored) {
     for (const int signal : {SIGTERM, SIGHUP, SIGINT, SIGQUIT}) {
         Terminal other(60, 20);
-        // The settings of a terminal last as long as its first process, which is not the shell.
         other.run([&] {
-            const rlimit no_core = {0, 0};
-            setrlimit(RLIMIT_CORE, &no_core);
-            setenv("XDG_STATE_HOME", state.path.c_str(), 1);
-            const pid_t shell = fork();
-            if (shell == 0) {
-                execl(KESTU_PROGRAM, "kestu", "shell", nullptr);
-                _exit(127);
-            }
-            Terminal::report(std::to_string(shell));
-            int status = 0;
-            waitpid(shell, &status, 0);
-            Terminal::report(std::to_string(WTERMSIG(status)));
+            const Job job(state.path);
+            Terminal::report(std::to_string(job.pid));
+            job.report_change();
         });
-        const termios before = other.settings();
         const pid_t shell = std::stoi(other.wait_for_report());
         other.wait_for_text("kestu> |");
         other.type("base 2 " + std::to_string(signal) + enter + "half");
@@ -200,12 +240,37 @@ TEST_F(ShellSession, SignalsAtThePromptFindTheTerminalRestored) {
         EXPECT_FALSE(other.settings().c_lflag & ICANON);
         kill(shell, signal);
         EXPECT_EQ(other.wait_for_report(), std::to_string(signal));
-        const termios after = other.settings();
-        EXPECT_EQ(after.c_lflag, before.c_lflag);
-        EXPECT_EQ(after.c_iflag, before.c_iflag);
-        EXPECT_EQ(after.c_cc[VINTR], before.c_cc[VINTR]);
         EXPECT_THAT(read_file(history_file()), EndsWith("base 2 " + std::to_string(signal) + "\n"));
     }
+}
+
+TEST_F(ShellSession, CanBeStoppedAndTakenUpAgain) {
+    terminal.run([&] {
+        const Job job(state.path);
+        job.report_change();
+        Job::give_terminal(job.pid);
+        kill(job.pid, SIGCONT);
+        job.report_change();
+        // Ended in the background it leaves the terminal alone.
+        Job::give_terminal(getpid());
+        kill(job.pid, SIGTERM);
+        kill(job.pid, SIGCONT);
+        job.report_change();
+    });
+    const std::string control_z = "\x1a", stopped = std::to_string(SIGTSTP);
+    terminal.wait_for_text("kestu> |");
+    expect("half", "kestu> half|");
+    terminal.type(control_z); // a key that takes with it what is not yet read
+    EXPECT_EQ(terminal.wait_for_report(), stopped);
+    terminal.wait_for_text("\nkestu> half|");
+    EXPECT_FALSE(terminal.settings().c_lflag & ICANON);
+    terminal.type("\x7f\x7f\x7f\x7f"
+                  "base 2 5" +
+                  enter);
+    terminal.wait_for_text("101\nkestu> |");
+    terminal.type(control_z);
+    EXPECT_EQ(terminal.wait_for_report(), stopped);
+    EXPECT_EQ(terminal.wait_for_report(), std::to_string(SIGTERM));
 }
 
 namespace {

@@ -5,7 +5,8 @@
 namespace program {
 namespace {
 
-constexpr const char *notes = R"(Words are parted by blanks. Double quotes make one word of what holds blanks or begins with a
+constexpr const char *notes =
+    R"(Words are parted by blanks. Double quotes make one word of what holds blanks or begins with a
 backslash. A backslash where a word could begin continues the command on the next line, and so
 does an open quote. Lines that begin with # are comments. help lists the commands.
 

@@ -22,11 +22,13 @@ int checked(int result, const char *what) {
     return result;
 }
 
-// Signals belong to the thread that reads keys, whose read they are to interrupt.
+// Signals belong to the thread that reads keys, whose read they are to interrupt; but one that asks
+// for input in the background has to be stopped.
 std::thread start_without_signals(auto body) {
     sigset_t all;
     sigset_t before;
     sigfillset(&all);
+    sigdelset(&all, SIGTTIN);
     pthread_sigmask(SIG_SETMASK, &all, &before);
     std::thread thread(body);
     pthread_sigmask(SIG_SETMASK, &before, nullptr);

@@ -29,6 +29,11 @@ termios raw_settings;
 
 struct sigaction actions_before[signals];
 
+// In the background the terminal is another program's, and touching it would stop this one.
+bool owns_terminal() {
+    return tcgetpgrp(terminal_file) == getpgrp();
+}
+
 void show(std::string_view bytes) {
     (void)!write(STDOUT_FILENO, bytes.data(), bytes.size());
 }
@@ -36,18 +41,22 @@ void show(std::string_view bytes) {
 // The editor does not fold lines: one that is too wide would take another row with every key if
 // the terminal folded it.
 void set_raw() {
+    if (!owns_terminal())
+        return;
     tcsetattr(terminal_file, TCSANOW, &raw_settings);
     show("\x1b[?7l");
 }
 
-void restore() {
+void restore(std::string_view farewell = "") {
+    if (!owns_terminal())
+        return;
     tcsetattr(terminal_file, TCSANOW, &user_settings);
     show("\x1b[?7h");
+    show(farewell);
 }
 
 void die_restored(int signal) {
-    restore();
-    show("\n");
+    restore("\n");
     raise(signal); // which comes with the end of this handler, and has its default again
 }
 
@@ -71,8 +80,7 @@ void go_on(int) {
 // at once where the system does not let it stop.
 void stop_restored(int signal) {
     const int kept = errno;
-    restore();
-    show("\n");
+    restore("\n");
     set_handler(signal, SIG_DFL, 0);
     raise(signal);
     sigset_t only;
@@ -93,8 +101,8 @@ void handle(int signal, void (*handler)(int), int flags, struct sigaction *befor
         set_handler(signal, handler, flags);
 }
 
-// Holds signals back while settings and handlers change together. Keys that end a program are not
-// among them: one that was meant for a command, and comes when it is over, still finds the handler
+// Holds signals back while settings and handlers change together, but not the keys that end a
+// program: one that was meant for a command, and comes when it is over, still finds the handler
 // that the session has for it.
 class SignalsHeld {
   public:
