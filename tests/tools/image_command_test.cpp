@@ -1,13 +1,20 @@
 // `kestu image ...` as a user runs it.
 #include "support/process.hpp"
+#include "support/pty.hpp"
 
 #include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
 #include <tiffio.h>
 
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
 #include <sstream>
 #include <vector>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 using namespace kestu::test;
 using testing::AllOf;
@@ -136,6 +143,60 @@ TEST(ImageHistogram, WritesCsvAndSvg) {
     const Ran refused = run_kestu({"image", "histogram", path, "--svg", folder / "no/out.svg"});
     EXPECT_EQ(refused.status, 1);
     EXPECT_THAT(refused.err, HasSubstr("cannot be written: No such file or directory"));
+}
+
+TEST(ImageStats, AlignsARowForEachFile) {
+    const TemporaryFolder folder;
+    const Ran ran = run_kestu({"image", "stats", write_ramp(folder, "a.tif", 3),
+                               write_ramp(folder, "längerer.tif", 1000)});
+    EXPECT_EQ(ran.status, 0);
+    const std::vector<std::string> lines = lines_of(ran.out);
+    ASSERT_EQ(lines.size(), 4u);
+    for (const std::string &line : lines)
+        EXPECT_EQ(columns_of(line), columns_of(lines[0])) << line;
+    EXPECT_THAT(lines[0], ContainsRegex("^File +Size +Depth +Minimum +Maximum +Mean +Deviation "
+                                        "+Threshold +Entropy$"));
+    EXPECT_THAT(lines[1], ContainsRegex("^ +pixels +bits +level .* bits/pixel$"));
+    EXPECT_THAT(lines[2],
+                ContainsRegex("/a.tif +256 x 3 +8 +0 +255 +127.500 +73.900 +126.50 +8.0000$"));
+    EXPECT_THAT(lines[3], HasSubstr("längerer.tif  256 x 1000 "));
+}
+
+TEST(ImageStats, IsOneArrayOfJsonWhateverTheNames) {
+    const TemporaryFolder folder;
+    const Ran ran = run_kestu({"image", "stats", "--json", write_ramp(folder, "\"\n\xff.tif", 3),
+                               folder / "none", write_ramp(folder, "b.tif", 1)});
+    EXPECT_EQ(ran.status, 1);
+    const auto json = nlohmann::json::parse(ran.out);
+    ASSERT_EQ(json.size(), 2u);
+    EXPECT_EQ(json[0]["file"], folder / "\"\n\xEF\xBF\xBD.tif");
+    EXPECT_EQ(json[0]["width"], 256);
+    EXPECT_EQ(json[0]["height"], 3);
+    EXPECT_EQ(json[0]["bits"], 8);
+    EXPECT_EQ(json[0]["minimum"], 0);
+    EXPECT_EQ(json[0]["maximum"], 255);
+    EXPECT_EQ(json[0]["mean"], 127.5);
+    EXPECT_DOUBLE_EQ(json[0]["deviation"], std::sqrt((256.0 * 256 - 1) / 12));
+    EXPECT_EQ(json[0]["threshold"], 126.5);
+    EXPECT_EQ(json[0]["entropy"], 8.0);
+    EXPECT_EQ(nlohmann::json::parse(run_kestu({"image", "stats", "--json", "/none"}).out).size(),
+              0u);
+}
+
+// A pipe keeps the program waiting until the bar is seen.
+TEST(ImageStats, ShowsProgressUntilTheEndAndGoesOnAfterAFailure) {
+    const TemporaryFolder folder;
+    const std::string pipe = folder / "pipe";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    Terminal terminal(200, 20);
+    terminal.run({KESTU_PROGRAM, "image", "stats", write_ramp(folder, "a.tif", 3), pipe,
+                  write_ramp(folder, "b.tif", 3)});
+    terminal.wait_for_text("kestu image stats [######..............]  33 %|");
+    close(open(pipe.c_str(), O_WRONLY));
+    EXPECT_EQ(terminal.wait_for_end(), 1);
+    EXPECT_THAT(terminal.shown(),
+                AllOf(HasSubstr(pipe + ": Error(120031): Cannot read image."), HasSubstr("a.tif"),
+                      HasSubstr("b.tif"), Not(HasSubstr("%"))));
 }
 
 TEST(Program, TellsUsageAndVersionEverywhere) {

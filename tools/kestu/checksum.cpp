@@ -1,9 +1,9 @@
 #include "checksum.hpp"
 
+#include "progress.hpp"
 #include "text.hpp"
 
 #include <cerrno>
-#include <cstdio>
 #include <vector>
 
 #include <fcntl.h>
@@ -16,43 +16,13 @@ namespace {
 // Fits the cache of the processor; larger reads are no faster.
 constexpr size_t buffer_size = size_t{256} * 1024;
 
-// Files below this are done before anybody could read a percentage.
-constexpr long long large_file = 64LL * 1024 * 1024;
-
-// How far the reading of a file is, on standard error when that is a terminal.
-class Progress {
-  public:
-    Progress(const std::string &path, int fd) {
-        struct stat state;
-        if (isatty(STDERR_FILENO) && fstat(fd, &state) == 0 && S_ISREG(state.st_mode) &&
-            state.st_size >= large_file) {
-            total = state.st_size;
-            name = printable(path.c_str());
-        }
-    }
-    ~Progress() {
-        if (shown >= 0)
-            std::fputs("\r\033[K", stderr);
-    }
-    Progress(const Progress &) = delete;
-    Progress &operator=(const Progress &) = delete;
-
-    void advance(size_t bytes) {
-        if (total == 0)
-            return;
-        done += static_cast<long long>(bytes);
-        const int percent = static_cast<int>(done < total ? done * 100 / total : 100);
-        if (percent != shown)
-            std::fprintf(stderr, "\r%s: %d %%\033[K", name.c_str(), percent);
-        shown = percent;
-    }
-
-  private:
-    long long total = 0;
-    long long done = 0;
-    int shown = -1;
-    std::string name;
-};
+// The bytes of a regular file; 0 when nobody knows how many there are.
+unsigned long long size_of(int fd) {
+    struct stat state;
+    return fstat(fd, &state) == 0 && S_ISREG(state.st_mode)
+               ? static_cast<unsigned long long>(state.st_size)
+               : 0;
+}
 
 bool add_stream(Sum &sum, int fd, Progress &progress) {
     std::vector<unsigned char> buffer(buffer_size);
@@ -104,7 +74,7 @@ std::optional<std::string> sum_of_file(const std::string &path, SumKind kind) {
     if (fd < 0)
         return std::nullopt;
     Sum sum(kind);
-    Progress progress(path, fd);
+    Progress progress(path, size_of(fd), "byte");
     const bool complete = add_stream(sum, fd, progress);
     const int reason = errno;
     if (!standard_input)

@@ -43,7 +43,7 @@ class Sum {
 };
 
 // The sum of the file at `path`, or of standard input for "-". Nothing when it cannot be read;
-// errno tells why. On a terminal the progress through a large file is shown on standard error.
+// errno tells why. On a terminal the progress of a long run is shown on standard error.
 std::optional<std::string> sum_of_file(const std::string &path, SumKind kind);
 
 } // namespace program

@@ -16,10 +16,6 @@
 namespace program {
 namespace {
 
-void print(const std::string &what) {
-    std::fwrite(what.data(), 1, what.size(), stdout);
-}
-
 struct CpuOptions {
     std::string file;
     bool json = false;

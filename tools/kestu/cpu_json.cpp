@@ -1,12 +1,10 @@
 // The processor as JSON.
 #include "cpu.hpp"
 
-#include <nlohmann/json.hpp>
+#include "json.hpp"
 
 namespace program {
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 Json features_json(const kestu_cpu_id_t &id) {
     Json names = Json::array();
@@ -57,8 +55,7 @@ std::string cpu_json(const Cpu &cpu) {
                  {"caches", caches_json(record)},    {"processors", processors_json(record)}};
     if (!cpu.brand.empty())
         json["brand"] = cpu.brand;
-    // Names come from the processor, or from a file: they may be no text at all.
-    return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+    return document(json);
 }
 
 } // namespace program

@@ -6,22 +6,16 @@
 namespace program {
 namespace {
 
-constexpr size_t margin = 22; // columns before the second column of the page
-
-void add(std::string &page, const char *field, const std::string &value) {
-    page += text("  %-19s %s\n", field, value.c_str());
-}
-
 // Words in lines of at most `width` columns, the later ones indented to the margin.
 std::string wrapped(const std::vector<std::string> &words, size_t width) {
     std::string result;
-    size_t column = margin;
+    size_t column = page_margin;
     for (const std::string &word : words) {
-        if (column > margin && column + 1 + word.size() > width) {
-            result += "\n" + std::string(margin, ' ');
-            column = margin;
+        if (column > page_margin && column + 1 + word.size() > width) {
+            result += "\n" + std::string(page_margin, ' ');
+            column = page_margin;
         }
-        if (column > margin) {
+        if (column > page_margin) {
             result += ' ';
             ++column;
         }
@@ -61,29 +55,31 @@ std::string counts(const kestu_cpu_t &cpu) {
 
 void add_identity(std::string &page, const Cpu &cpu) {
     const kestu_cpu_id_t &id = cpu.record.id;
-    add(page, "Vendor",
-        text("%s (\"%s\")", cpu.record.vendor_name, printable(cpu.record.vendor_id).c_str()));
+    add_field(page, "Vendor",
+              text("%s (\"%s\")", cpu.record.vendor_name, printable(cpu.record.vendor_id).c_str()));
     if (!cpu.brand.empty())
-        add(page, "Brand", tidy(cpu.brand.c_str()));
-    add(page, "Signature",
-        text("0x%08x: family %u, model %u, stepping %u", id.signature, id.display_family,
-             id.display_model, id.stepping));
-    add(page, "Leaves", leaves(id));
+        add_field(page, "Brand", tidy(cpu.brand.c_str()));
+    add_field(page, "Signature",
+              text("0x%08x: family %u, model %u, stepping %u", id.signature, id.display_family,
+                   id.display_model, id.stepping));
+    add_field(page, "Leaves", leaves(id));
     if (id.amd.physical_bits > 0)
-        add(page, "Addresses",
+        add_field(
+            page, "Addresses",
             text("%u bits physical, %u bits linear", id.amd.physical_bits, id.amd.linear_bits));
     if (cpu.record.thread_count > 0)
-        add(page, "Processors", counts(cpu.record));
+        add_field(page, "Processors", counts(cpu.record));
     for (const kestu_cpu_processor_t &p : std::span(cpu.record.processors, cpu.record.thread_count))
         if (p.mhz > 0.0)
-            add(page, "Clock", text("%'.1f MHz, measured on processor %u", p.mhz, p.index));
+            add_field(page, "Clock", text("%'.1f MHz, measured on processor %u", p.mhz, p.index));
 }
 
 void add_features(std::string &page, const kestu_cpu_id_t &id, const Look &look) {
     page += "\nFeatures\n";
     for (const FeatureGroup &group : features_of(id))
         if (!group.features.empty())
-            add(page, group.name.c_str(), wrapped(group.features, static_cast<size_t>(look.width)));
+            add_field(page, group.name.c_str(),
+                      wrapped(group.features, static_cast<size_t>(look.width)));
 }
 
 void add_caches(std::string &page, const kestu_cpu_t &cpu) {

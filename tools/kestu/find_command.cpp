@@ -1,5 +1,6 @@
 // `kestu find`: the files of a folder, filtered by patterns.
 #include "program.hpp"
+#include "progress.hpp"
 #include "text.hpp"
 
 #include "kestu_dir.h"
@@ -21,6 +22,7 @@ struct FindOptions {
     bool recurse = false;
     bool ignore_case = false;
     bool nul = false;
+    Progress *progress = nullptr;
 };
 
 const char *text_or_null(const std::optional<std::string> &text) {
@@ -33,6 +35,8 @@ kestu_error_t *print_path(const char *path, void *user_data, apr_pool_t *) {
     const bool shown = !options.nul && isatty(STDOUT_FILENO) != 0;
     std::fputs(shown ? printable(path).c_str() : path, stdout);
     std::putchar(options.nul ? '\0' : '\n');
+    if (options.progress)
+        options.progress->advance();
     return std::ferror(stdout) ? KestuDLlistStopWalking : nullptr;
 }
 
@@ -47,8 +51,14 @@ void find(FindOptions &options, Outcome &outcome) {
                  (options.ignore_case ? KESTU_DIR_CASE_BLIND : 0);
     walk.callback = print_path;
     walk.user_data = &options;
-    outcome.ok(kestu_dir_traverse(options.folder.c_str(), text_or_null(options.include),
-                                  text_or_null(options.exclude), &walk, pool));
+    // Where the paths themselves are seen, there is no need for more.
+    std::optional<Progress> progress;
+    if (isatty(STDOUT_FILENO) == 0)
+        options.progress = &progress.emplace(options.folder, 0, "file");
+    kestu_error_t *err = kestu_dir_traverse(options.folder.c_str(), text_or_null(options.include),
+                                            text_or_null(options.exclude), &walk, pool);
+    progress.reset();
+    outcome.ok(err);
     apr_pool_destroy(pool);
 }
 

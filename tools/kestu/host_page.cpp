@@ -1,20 +1,15 @@
 // The host, for people and for programs.
 #include "host.hpp"
 
+#include "json.hpp"
 #include "text.hpp"
 
 #include "kestu_mach.h"
-
-#include <nlohmann/json.hpp>
 
 #include <ctime>
 
 namespace program {
 namespace {
-
-void add(std::string &page, const char *field, const std::string &value) {
-    page += text("  %-18s %s\n", field, value.c_str());
-}
 
 const char *family_name(int family) {
     switch (family) {
@@ -53,24 +48,23 @@ Host read_host() {
 
 std::string host_page(const Host &host) {
     std::string page = printable(host.system.c_str()) + "\n";
-    add(page, "Family", text("%s (%d)", family_name(host.family), host.family));
-    add(page, "Processors", text("%d", host.processors));
-    add(page, "Memory", text("%'.1f MiB", host.memory_mib));
-    add(page, "Wall clock", wall_clock(host.real_time));
-    add(page, "Processor clock", text("%.2f s spent by this process", host.cpu_time));
-    add(page, "Process", text("%d", host.pid));
+    add_field(page, "Family", text("%s (%d)", family_name(host.family), host.family));
+    add_field(page, "Processors", text("%d", host.processors));
+    add_field(page, "Memory", text("%'.1f MiB", host.memory_mib));
+    add_field(page, "Wall clock", wall_clock(host.real_time));
+    add_field(page, "Processor clock", text("%.2f s spent by this process", host.cpu_time));
+    add_field(page, "Process", text("%d", host.pid));
     return page;
 }
 
 std::string host_json(const Host &host) {
-    using Json = nlohmann::ordered_json;
     const Json json = {{"operating_system", host.system},
                        {"os_family", host.family},
                        {"processors", host.processors},
                        {"memory_mib", host.memory_mib},
                        {"clocks", {{"real", host.real_time}, {"cpu", host.cpu_time}}},
                        {"pid", host.pid}};
-    return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+    return document(json);
 }
 
 } // namespace program

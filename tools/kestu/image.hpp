@@ -25,6 +25,9 @@ class Image {
     kestu_img_t record{};
 };
 
+// Makes `image` a black picture, black is zero, of 8 or 16 bits.
+kestu_error_t *make_black(kestu_img_t &image, int width, int height, int bits);
+
 // The counts of an image's gray levels.
 class Histogram {
   public:

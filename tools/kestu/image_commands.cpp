@@ -1,30 +1,29 @@
 // `kestu image ...`
+#include "image_commands.hpp"
+
 #include "histogram.hpp"
 #include "image.hpp"
-#include "program.hpp"
+#include "new_file.hpp"
+#include "progress.hpp"
 #include "terminal.hpp"
 #include "text.hpp"
 
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
 #include <memory>
 
 namespace program {
 namespace {
 
-void print(const std::string &what) {
-    std::fwrite(what.data(), 1, what.size(), stdout);
-}
-
 void info(const std::vector<std::string> &paths, Outcome &outcome) {
+    Progress progress("kestu image info", paths.size());
     const char *separator = "";
     for (const std::string &path : paths) {
         Image image;
-        if (!outcome.ok(kestu_img_read(path.c_str(), &image.record), printable(path.c_str())))
-            continue;
-        print(separator + describe(path, image.record));
-        separator = "\n";
+        if (progress.ok(kestu_img_read(path.c_str(), &image.record), path, outcome)) {
+            const std::string page = separator + describe(path, image.record);
+            progress.aside([&] { print(page); });
+            separator = "\n";
+        }
+        progress.advance();
     }
 }
 
@@ -38,28 +37,29 @@ struct HistogramOptions {
     int width = 0;
 };
 
-void write_file(const std::string &path, const std::string &content, Outcome &outcome) {
-    FILE *file = std::fopen(path.c_str(), "w");
-    bool written = file && std::fwrite(content.data(), 1, content.size(), file) == content.size();
-    if (file && std::fclose(file) != 0)
-        written = false;
-    if (!written)
-        outcome.fail(printable(path.c_str()) + ": cannot be written: " + std::strerror(errno));
+bool measure(const std::string &path, Image &image, Histogram &counts, double &entropy,
+             Outcome &outcome) {
+    Progress progress("kestu image histogram", 3);
+    if (!progress.ok(kestu_img_read(path.c_str(), &image.record), path, outcome))
+        return false;
+    progress.advance();
+    if (!progress.ok(counts.measure(image.record), path, outcome))
+        return false;
+    progress.advance();
+    return progress.ok(kestu_img_entropy(&image.record, &entropy), path, outcome);
 }
 
 void histogram(const HistogramOptions &options, Outcome &outcome) {
     Image image;
     Histogram counts;
     HistogramPlot plot;
-    if (!outcome.ok(kestu_img_read(options.path.c_str(), &image.record), options.path) ||
-        !outcome.ok(counts.measure(image.record), options.path) ||
-        !outcome.ok(kestu_img_entropy(&image.record, &plot.entropy), options.path))
+    if (!measure(options.path, image, counts, plot.entropy, outcome))
         return;
     plot.levels = counts.levels();
     plot.threshold = counts.threshold();
     plot.logarithmic = options.logarithmic;
     if (!options.svg.empty())
-        write_file(options.svg, histogram_svg(plot, options.path), outcome);
+        outcome.ok(write_new_file(options.svg, histogram_svg(plot, options.path)), options.svg);
     if (options.csv)
         return print(histogram_csv(plot.levels));
     if (!options.svg.empty())
@@ -95,10 +95,14 @@ void add_histogram(CLI::App &image, Outcome &outcome) {
 } // namespace
 
 void add_image_commands(CLI::App &app, Outcome &outcome) {
-    CLI::App *image = app.add_subcommand("image", "Inspect grayscale TIFF images");
+    CLI::App *image =
+        app.add_subcommand("image", "Inspect, measure and make grayscale TIFF images");
     image->require_subcommand(1);
     add_info(*image, outcome);
     add_histogram(*image, outcome);
+    add_stats(*image, outcome);
+    add_conversions(*image, outcome);
+    add_draw(*image, outcome);
 }
 
 } // namespace program

@@ -28,10 +28,6 @@ std::string named(int value, const Name (&names)[N]) {
     return text("%s (%d)", found == names + N ? "unknown" : found->name, value);
 }
 
-void add(std::string &page, const char *field, const std::string &value) {
-    page += text("  %-18s %s\n", field, value.c_str());
-}
-
 std::string pair_of(double x, double y, const char *unit) {
     return x == y ? text("%.4g %s", x, unit) : text("%.4g x %.4g %s", x, y, unit);
 }
@@ -81,33 +77,33 @@ std::string reason(kestu_error_t *err) {
 void add_measures(std::string &page, kestu_img_t &image) {
     double entropy = 0.0;
     if (kestu_error_t *err = kestu_img_entropy(&image, &entropy))
-        return add(page, "Measures", reason(err));
-    add(page, "Entropy", text("%.4f bits per pixel", entropy));
+        return add_field(page, "Measures", reason(err));
+    add_field(page, "Entropy", text("%.4f bits per pixel", entropy));
     Histogram histogram;
     if (kestu_error_t *err = histogram.measure(image))
-        return add(page, "Threshold", reason(err));
-    add(page, "Threshold",
-        text("%.2f of 0 to %zu", histogram.threshold(), histogram.levels().size() - 1));
+        return add_field(page, "Threshold", reason(err));
+    add_field(page, "Threshold",
+              text("%.2f of 0 to %zu", histogram.threshold(), histogram.levels().size() - 1));
 }
 
 } // namespace
 
 std::string describe(const std::string &path, kestu_img_t &image) {
     std::string page = printable(path.c_str()) + "\n";
-    add(page, "Format", image.type == 1 ? "TIFF, little-endian" : "nothing read");
-    add(page, "Size", text("%'d x %'d pixels (width x height)", image.width, image.height));
-    add(page, "Resolution", resolution(image));
-    add(page, "Resolution unit", named(image.resunit, unit_names));
-    add(page, "Printed size", printed_size(image));
-    add(page, "Samples per pixel", text("%d", image.samples));
-    add(page, "Bits per sample",
-        text("%d, %d, %d (the first counts)", image.bits[0], image.bits[1], image.bits[2]));
-    add(page, "Photometric", named(image.photometric, photometric_names));
-    add(page, "Compression", named(image.compression, compression_names));
-    add(page, "Planar layout", named(image.planar, planar_names));
-    add(page, "Strips", strips(image));
-    add(page, "Pixels", pixels(image));
-    add(page, "Software", image.software ? printable(image.software) : "not given");
+    add_field(page, "Format", image.type == 1 ? "TIFF, little-endian" : "nothing read");
+    add_field(page, "Size", text("%'d x %'d pixels (width x height)", image.width, image.height));
+    add_field(page, "Resolution", resolution(image));
+    add_field(page, "Resolution unit", named(image.resunit, unit_names));
+    add_field(page, "Printed size", printed_size(image));
+    add_field(page, "Samples per pixel", text("%d", image.samples));
+    add_field(page, "Bits per sample",
+              text("%d, %d, %d (the first counts)", image.bits[0], image.bits[1], image.bits[2]));
+    add_field(page, "Photometric", named(image.photometric, photometric_names));
+    add_field(page, "Compression", named(image.compression, compression_names));
+    add_field(page, "Planar layout", named(image.planar, planar_names));
+    add_field(page, "Strips", strips(image));
+    add_field(page, "Pixels", pixels(image));
+    add_field(page, "Software", image.software ? printable(image.software) : "not given");
     add_measures(page, image);
     return page;
 }

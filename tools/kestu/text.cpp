@@ -3,6 +3,7 @@
 #include "kestu_str.h"
 
 #include <cstdarg>
+#include <cstdio>
 #include <cstdlib>
 
 namespace program {
@@ -20,6 +21,14 @@ std::string text(const char *format, ...) {
 
 std::string counted(unsigned long long count, const char *thing) {
     return text("%'llu %s%s", count, thing, count == 1 ? "" : "s");
+}
+
+void add_field(std::string &page, const char *field, const std::string &value) {
+    page += text("  %-*s %s\n", static_cast<int>(page_margin) - 3, field, value.c_str());
+}
+
+void print(const std::string &what) {
+    std::fwrite(what.data(), 1, what.size(), stdout);
 }
 
 std::string printable(const char *what) {

@@ -1,0 +1,213 @@
+// The commands of `kestu image` that make pictures, as a user runs them.
+#include "kestu_img.h"
+#include "kestu_img_shape.h"
+
+#include "support/chain.hpp"
+#include "support/process.hpp"
+
+#include <cmath>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+using namespace kestu::test;
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::Gt;
+using testing::HasSubstr;
+using testing::Lt;
+namespace fs = std::filesystem;
+
+namespace {
+
+using Rows = std::vector<std::vector<int>>;
+
+struct Read {
+    int bits = 0;
+    int photometric = -1;
+    Rows rows;
+};
+
+Read read_picture(const std::string &path) {
+    kestu_img_t img;
+    EXPECT_OK(kestu_img_read(path.c_str(), &img));
+    Read read = {img.bits[0], img.photometric, Rows(static_cast<size_t>(img.height))};
+    for (int y = 0; y < img.height; ++y)
+        for (int x = 0; x < img.width; ++x)
+            read.rows[static_cast<size_t>(y)].push_back(img.data8 ? img.data8[y][x]
+                                                                  : img.data16[y][x]);
+    kestu_img_free(&img);
+    return read;
+}
+
+// A picture of one row of 8 bits.
+std::string write_row(const TemporaryFolder &folder, std::vector<uint8_t> row, int photometric) {
+    uint8_t *rows[] = {row.data()};
+    kestu_img_t img = {};
+    img.width = static_cast<int32_t>(row.size());
+    img.height = img.samples = 1;
+    img.bits[0] = 8;
+    img.photometric = photometric;
+    img.data8 = rows;
+    std::string path = folder / "row.tif";
+    EXPECT_OK(kestu_img_write_tiff(path.c_str(), &img));
+    return path;
+}
+
+using Draw = std::function<kestu_error_t *(kestu_img_plot_func, void *)>;
+
+// What the library draws, on 40 x 30 pixels with a largest level.
+Rows expected_picture(const Draw &draw, double level) {
+    std::vector<std::vector<double>> parts(30, std::vector<double>(40));
+    const auto plot = [](int x, int y, void *data, double intensity) -> kestu_error_t * {
+        auto &rows = *static_cast<std::vector<std::vector<double>> *>(data);
+        if (x >= 0 && x < 40 && y >= 0 && y < 30) {
+            double &part = rows[static_cast<size_t>(y)][static_cast<size_t>(x)];
+            part = std::max(part, intensity);
+        }
+        return nullptr;
+    };
+    EXPECT_OK(draw(plot, &parts));
+    Rows rows;
+    for (const auto &row : parts) {
+        rows.emplace_back();
+        for (const double part : row)
+            rows.back().push_back(static_cast<int>(std::lround(part * level)));
+    }
+    return rows;
+}
+
+} // namespace
+
+TEST(ImageDraw, DrawsEveryShapeAsTheLibraryDoes) {
+    const TemporaryFolder folder;
+    const std::string out = folder / "out.tif";
+    const struct {
+        std::vector<std::string> arguments;
+        Draw draw;
+    } cases[] = {
+        {{"circle", "20", "15", "9"},
+         [](auto plot, void *data) { return kestu_img_circle(20, 15, 9, plot, data); }},
+        {{"circle", "20", "-3", "9", "--aa"},
+         [](auto plot, void *data) { return kestu_img_circle_aa(20, -3, 9, plot, data); }},
+        {{"circle", "20.4", "15", "9", "--width", "3.5"},
+         [](auto plot, void *data) { return kestu_img_circle_waa(20.4, 15, 9, 3.5, plot, data); }},
+        {{"ellipse", "20", "15", "18", "6"},
+         [](auto plot, void *data) { return kestu_img_ellipse(20, 15, 18, 6, plot, data); }},
+        {{"ellipse", "20", "15", "18", "60", "--aa"},
+         [](auto plot, void *data) { return kestu_img_ellipse_aa(20, 15, 18, 60, plot, data); }},
+        {{"ellipse", "20", "15", "18", "6", "--width", "2"},
+         [](auto plot, void *data) { return kestu_img_ellipse_waa(20, 15, 18, 6, 2, plot, data); }},
+        {{"ellipser", "1", "2", "30", "15"},
+         [](auto plot, void *data) { return kestu_img_ellipser(1, 2, 30, 15, plot, data); }},
+        {{"ellipser", "30", "15", "1", "2", "--aa"},
+         [](auto plot, void *data) { return kestu_img_ellipser_aa(30, 15, 1, 2, plot, data); }},
+        {{"ellipser", "1", "2", "30", "15", "--width", "0"},
+         [](auto plot, void *data) { return kestu_img_ellipser_waa(1, 2, 30, 15, 0, plot, data); }},
+    };
+    for (const auto &c : cases)
+        for (const int bits : {8, 16}) {
+            std::vector<std::string> arguments = {"image", "draw"};
+            arguments.insert(arguments.end(), c.arguments.begin(), c.arguments.end());
+            for (const std::string &more :
+                 {out, std::string("--size"), std::string("40"), std::string("30"),
+                  std::string("--bits"), std::to_string(bits), std::string("--level"),
+                  std::string("200")})
+                arguments.push_back(more);
+            const Ran ran = run_kestu(arguments);
+            EXPECT_EQ(ran.status, 0) << ran.err;
+            const Read read = read_picture(out);
+            EXPECT_EQ(read.bits, bits);
+            EXPECT_EQ(read.photometric, 1);
+            EXPECT_EQ(read.rows, expected_picture(c.draw, 200)) << c.arguments[0];
+        }
+}
+
+TEST(ImageDraw, DrawsOnACopyOfAPicture) {
+    const TemporaryFolder folder;
+    const std::string below = write_row(folder, {10, 200, 30, 40}, 0);
+    const std::string out = folder / "out.tif";
+    EXPECT_EQ(run_kestu({"image", "draw", "circle", "1", "0", "0", out, "--on", below}).status, 0);
+    EXPECT_THAT(read_picture(out).rows, ElementsAre(ElementsAre(10, 255, 30, 40)));
+    EXPECT_EQ(read_picture(out).photometric, 0);
+    EXPECT_EQ(
+        run_kestu({"image", "draw", "circle", "1", "0", "1", below, "--on", below, "--level", "7"})
+            .status,
+        0);
+    EXPECT_THAT(read_picture(below).rows, ElementsAre(ElementsAre(7, 200, 7, 40)));
+    const Ran too_bright =
+        run_kestu({"image", "draw", "circle", "1", "0", "1", out, "--on", below, "--level", "256"});
+    EXPECT_EQ(too_bright.status, 2);
+    EXPECT_THAT(too_bright.err, HasSubstr("at most 255"));
+}
+
+TEST(ImageDraw, RefusesWhatCannotBeDrawn) {
+    const TemporaryFolder folder;
+    const std::string out = folder / "out.tif";
+    for (const std::vector<std::string> &arguments :
+         std::vector<std::vector<std::string>>{{"square", "1", "2", "3"},
+                                               {"circle", "1", "2"},
+                                               {"circle", "1.5", "2", "3"},
+                                               {"circle", "1", "2", "3e9", "--aa"},
+                                               {"circle", "1", "2", "3", "--aa", "--width", "2"},
+                                               {"circle", "1", "2", "3", "--width", "-1"},
+                                               {"circle", "1", "2", "3", "--size", "0", "5"},
+                                               {"circle", "1", "2", "3", "--bits", "12"}}) {
+        std::vector<std::string> command = {"image", "draw"};
+        command.insert(command.end(), arguments.begin(), arguments.end());
+        command.insert(command.begin() + 5, out);
+        EXPECT_EQ(run_kestu(command).status, 2);
+    }
+    EXPECT_FALSE(fs::exists(out));
+}
+
+TEST(ImageConversions, TellWhatTheLevelsStandFor) {
+    const TemporaryFolder folder;
+    const std::string out = folder / "out.tif";
+    const std::string white_is_zero = write_row(folder, {0, 128, 255}, 0);
+    const Ran density = run_kestu({"image", "density", white_is_zero, out, "--saturated", "5"});
+    EXPECT_EQ(density.status, 0) << density.err;
+    EXPECT_EQ(density.out, out + ": levels 0 to 65535 stand for 0 to 5\n");
+    EXPECT_THAT(read_picture(out).rows,
+                ElementsAre(ElementsAre(0, int(std::log10(255.0 / 127) / 5 * 65535), 65535)));
+    const Ran fuji = run_kestu({"image", "fuji", white_is_zero, out, "--latitude", "4",
+                                "--resolution", "50", "--sensitivity", "1000"});
+    EXPECT_EQ(fuji.out, out + ": levels 0 to 65535 stand for 0.01 to 100\n");
+    EXPECT_EQ(run_kestu({"image", "mask", white_is_zero, out}).out,
+              out + ": 2 of 3 pixels are data\n");
+    EXPECT_THAT(read_picture(out).rows, ElementsAre(ElementsAre(255, 255, 0)));
+    EXPECT_EQ(run_kestu({"image", "fuji", white_is_zero, out, "--sensitivity", "0"}).status, 2);
+}
+
+TEST(ImageConversions, InfiniteDensitiesCountAsSaturated) {
+    const TemporaryFolder folder;
+    const std::string out = folder / "out.tif";
+    const std::string black_is_zero = write_row(folder, {0, 1, 254, 255}, 1);
+    EXPECT_EQ(run_kestu({"image", "density", black_is_zero, out, "--saturated", "5"}).status, 0);
+    const std::vector<int> row = read_picture(out).rows[0];
+    EXPECT_GE(row[0], 65534);
+    EXPECT_EQ(row[3], row[0]);
+    EXPECT_THAT(row[1], AllOf(Gt(30000), Lt(32000)));
+    EXPECT_EQ(row[2], 0);
+}
+
+// What was there stays, and nothing else remains.
+TEST(ImageConversions, AFailureLeavesNothingHalf) {
+    const TemporaryFolder folder;
+    const std::string source = write_row(folder, std::vector<uint8_t>(2000), 0);
+    const std::string out = folder.write("out.tif", "before");
+    const std::string limited = "ulimit -f 1; trap '' XFSZ; exec " + std::string(KESTU_PROGRAM) +
+                                " image density " + source + " " + out;
+    const Ran full = run({"bash", "-c", limited});
+    EXPECT_EQ(full.status, 1);
+    EXPECT_THAT(full.err, HasSubstr(out + ": Error(120032): "));
+    EXPECT_EQ(read_file(out), "before");
+    EXPECT_EQ(run_kestu({"image", "mask", folder / "none", out}).status, 1);
+    EXPECT_EQ(read_file(out), "before");
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder.path), fs::directory_iterator()), 2);
+    const Ran refused = run_kestu({"image", "mask", source, folder / "no/out.tif"});
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_THAT(refused.err, HasSubstr("out.tif: cannot be written: No such file or directory"));
+    EXPECT_EQ(run_kestu({"image", "mask", source, "/dev/full"}).status, 1);
+    EXPECT_EQ(run_kestu({"image", "mask", source, "/dev/null"}).status, 0);
+}

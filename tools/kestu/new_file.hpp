@@ -1,0 +1,20 @@
+// Files that the program makes.
+#pragma once
+
+#include "kestu_error.h"
+
+#include <functional>
+#include <string>
+
+namespace program {
+
+// Makes the file at `path`, which appears under its name when it is whole, in place of a file of
+// that name; a failure leaves what was there. What is no regular file, as a device, is written in
+// place. `write` puts the content into the file whose name it is given.
+kestu_error_t *write_new_file(const std::string &path,
+                              const std::function<kestu_error_t *(const char *partial)> &write);
+
+// The same for content that is there already.
+kestu_error_t *write_new_file(const std::string &path, const std::string &content);
+
+} // namespace program
