@@ -1,21 +1,24 @@
 // What the doubly linked families share: the ends of a list and linking nodes in.
 #pragma once
 
+#include "containers/stride.hpp"
 #include "frame/error.hpp"
 
 namespace kestu {
 
 template <typename Node>
 Node *first_of(Node *node) {
+    Stride stride;
     while (node && node->prev)
-        node = node->prev;
+        node = stride.step(node, node->prev);
     return node;
 }
 
 template <typename Node>
 Node *last_of(Node *node) {
+    Stride stride;
     while (node && node->next)
-        node = node->next;
+        node = stride.step(node, node->next);
     return node;
 }
 

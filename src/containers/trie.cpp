@@ -2,6 +2,7 @@
 #include "kestu_trie.h"
 
 #include "containers/nodes.hpp"
+#include "containers/stride.hpp"
 #include "containers/trie_nodes.hpp"
 
 using namespace kestu;

@@ -90,24 +90,4 @@ inline size_t parting(Key a, Key b, size_t depth = 0) {
     return 2 * i + same_low_half;
 }
 
-// Guesses that the next node lies as far from the last as that one from the one before, which holds
-// along the inner nodes that one insertion made in a row: a right guess lets the processor go on
-// before the pointer has come from memory, so that a long way costs no waiting at each step.
-class Stride {
-  public:
-    // Always `next`.
-    Node *step(const void *node, Node *next) {
-        const uintptr_t guess = reinterpret_cast<uintptr_t>(node) + distance;
-        uintptr_t error = reinterpret_cast<uintptr_t>(next) - guess;
-        asm("" : "+r"(error)); // the compiler, too, must not know that a right guess is `next`
-        if (error == 0)
-            return reinterpret_cast<Node *>(guess);
-        distance += error;
-        return next;
-    }
-
-  private:
-    uintptr_t distance = 0;
-};
-
 } // namespace kestu::trie
