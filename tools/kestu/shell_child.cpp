@@ -1,6 +1,7 @@
 #include "shell_child.hpp"
 
 #include "program.hpp"
+#include "shell_signals.hpp"
 
 #include <cerrno>
 #include <csignal>
@@ -26,26 +27,9 @@ void put_back_actions() {
         sigaction(keys[i], &actions_before[i], nullptr);
 }
 
-// Holds the keys back until the command is ready for them.
-class KeysHeld {
-  public:
-    KeysHeld() {
-        sigset_t held;
-        sigemptyset(&held);
-        for (const int signal : keys)
-            sigaddset(&held, signal);
-        sigprocmask(SIG_BLOCK, &held, &before);
-    }
-    ~KeysHeld() { sigprocmask(SIG_SETMASK, &before, nullptr); }
-    KeysHeld(const KeysHeld &) = delete;
-    KeysHeld &operator=(const KeysHeld &) = delete;
-
-  private:
-    sigset_t before;
-};
-
+// The keys wait until the command is ready for them.
 pid_t fork_with_keys() {
-    const KeysHeld held;
+    const SignalsHeld held(all_but());
     const pid_t child = fork();
     if (child == 0)
         put_back_actions();

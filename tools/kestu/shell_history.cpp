@@ -1,5 +1,6 @@
 #include "shell_history.hpp"
 
+#include "new_file.hpp"
 #include "text.hpp"
 
 #include <algorithm>
@@ -8,7 +9,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <deque>
-#include <memory>
 #include <string_view>
 
 #include <fcntl.h>
@@ -161,22 +161,11 @@ bool History::open_file(int flags, int &file) {
     return false;
 }
 
-// A file that takes the place of the old one at once. Behind a link it is the file that changes.
 void History::rewrite(const std::string &content) {
-    const std::unique_ptr<char, void (*)(void *)> target(realpath(path.c_str(), nullptr),
-                                                         std::free);
-    if (!target)
-        return;
-    std::string temporary = target.get() + std::string(".XXXXXX");
-    File file;
-    file.number = mkostemp(temporary.data(), O_CLOEXEC);
-    if (file.number >= 0 && write_all(file.number, content) &&
-        rename(temporary.c_str(), target.get()) == 0)
-        return;
-    const std::string why = reason();
-    if (file.number >= 0)
-        unlink(temporary.c_str());
-    give_up(why);
+    if (kestu_error_t *err = write_new_file(path, content)) {
+        give_up(err->message ? err->message : "cannot be written");
+        kestu_error_clear(err);
+    }
 }
 
 } // namespace program

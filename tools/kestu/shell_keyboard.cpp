@@ -1,7 +1,8 @@
 #include "shell_keyboard.hpp"
 
+#include "shell_signals.hpp"
+
 #include <cerrno>
-#include <csignal>
 #include <system_error>
 
 #include <fcntl.h>
@@ -25,14 +26,8 @@ int checked(int result, const char *what) {
 // Signals belong to the thread that reads keys, whose read they are to interrupt; but one that asks
 // for input in the background has to be stopped.
 std::thread start_without_signals(auto body) {
-    sigset_t all;
-    sigset_t before;
-    sigfillset(&all);
-    sigdelset(&all, SIGTTIN);
-    pthread_sigmask(SIG_SETMASK, &all, &before);
-    std::thread thread(body);
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
-    return thread;
+    const SignalsHeld held(all_but(SIGTTIN));
+    return std::thread(body);
 }
 
 } // namespace

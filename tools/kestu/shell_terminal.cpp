@@ -1,6 +1,7 @@
 #include "shell_terminal.hpp"
 
 #include "shell_keys.hpp"
+#include "shell_signals.hpp"
 
 #include <cerrno>
 #include <csignal>
@@ -101,25 +102,12 @@ void handle(int signal, void (*handler)(int), int flags, struct sigaction *befor
         set_handler(signal, handler, flags);
 }
 
-// Holds signals back while settings and handlers change together, but not the keys that end a
-// program: one that was meant for a command, and comes when it is over, still finds the handler
-// that the session has for it.
-class SignalsHeld {
-  public:
-    SignalsHeld() {
-        sigset_t held;
-        sigfillset(&held);
-        sigdelset(&held, SIGINT);
-        sigdelset(&held, SIGQUIT);
-        pthread_sigmask(SIG_SETMASK, &held, &before);
-    }
-    ~SignalsHeld() { pthread_sigmask(SIG_SETMASK, &before, nullptr); }
-    SignalsHeld(const SignalsHeld &) = delete;
-    SignalsHeld &operator=(const SignalsHeld &) = delete;
-
-  private:
-    sigset_t before;
-};
+// Signals wait while settings and handlers change together, but not the keys that end a program:
+// one that was meant for a command, and comes when it is over, still finds the handler that the
+// session has for it.
+sigset_t signals_that_wait() {
+    return all_but(SIGINT, SIGQUIT);
+}
 
 void handle_signals() {
     struct sigaction *before = actions_before;
@@ -158,7 +146,7 @@ RawTerminal::RawTerminal(int terminal, int keys) {
         return;
     raw_settings = settings_for_keys(user_settings);
     std::fflush(stdout);
-    const SignalsHeld held;
+    const SignalsHeld held(signals_that_wait());
     raw = 1;
     set_raw();
     handle_signals();
@@ -167,7 +155,7 @@ RawTerminal::RawTerminal(int terminal, int keys) {
 RawTerminal::~RawTerminal() {
     if (!raw)
         return;
-    const SignalsHeld held;
+    const SignalsHeld held(signals_that_wait());
     release_signals();
     restore();
     raw = 0;
