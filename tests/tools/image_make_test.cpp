@@ -5,6 +5,7 @@
 #include "support/chain.hpp"
 #include "support/process.hpp"
 
+#include <climits>
 #include <cmath>
 #include <filesystem>
 #include <string>
@@ -177,6 +178,9 @@ TEST(ImageConversions, TellWhatTheLevelsStandFor) {
               out + ": 2 of 3 pixels are data\n");
     EXPECT_THAT(read_picture(out).rows, ElementsAre(ElementsAre(255, 255, 0)));
     EXPECT_EQ(run_kestu({"image", "fuji", white_is_zero, out, "--sensitivity", "0"}).status, 2);
+    const Ran endless = run_kestu({"image", "fuji", white_is_zero, out, "--latitude", "1000"});
+    EXPECT_EQ(endless.status, 1);
+    EXPECT_THAT(endless.err, HasSubstr("too large for a picture"));
 }
 
 TEST(ImageConversions, InfiniteDensitiesCountAsSaturated) {
@@ -189,6 +193,21 @@ TEST(ImageConversions, InfiniteDensitiesCountAsSaturated) {
     EXPECT_EQ(row[3], row[0]);
     EXPECT_THAT(row[1], AllOf(Gt(30000), Lt(32000)));
     EXPECT_EQ(row[2], 0);
+}
+
+TEST(ImageConversions, RefuseWhatIsNotMeasuredBeforeTheyAskForMemory) {
+    const TemporaryFolder folder;
+    const std::string out = folder / "out.tif";
+    kestu_img_t img = {};
+    img.width = img.height = INT_MAX;
+    img.samples = 1;
+    img.bits[0] = 4;
+    const std::string path = folder / "four.tif";
+    EXPECT_OK(kestu_img_write_tiff(path.c_str(), &img));
+    const Ran deep = run_kestu({"image", "density", path, out});
+    EXPECT_EQ(deep.status, 1);
+    EXPECT_THAT(deep.err, HasSubstr("Error: Can't calculate optical intensity."));
+    EXPECT_FALSE(fs::exists(out));
 }
 
 // What was there stays, and nothing else remains.

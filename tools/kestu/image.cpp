@@ -2,6 +2,10 @@
 
 namespace program {
 
+kestu_error_t *refusal(const char *message) {
+    return kestu_error_create_i(KESTU_ERROR_ERROR, 0, 0, nullptr, nullptr, nullptr, message);
+}
+
 kestu_error_t *make_black(kestu_img_t &image, int width, int height, int bits) {
     image.type = 1;
     image.width = width;

@@ -25,6 +25,9 @@ class Image {
     kestu_img_t record{};
 };
 
+// A failure without a code and a place in the source.
+kestu_error_t *refusal(const char *message);
+
 // Makes `image` a black picture, black is zero, of 8 or 16 bits.
 kestu_error_t *make_black(kestu_img_t &image, int width, int height, int bits);
 

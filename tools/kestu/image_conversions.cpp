@@ -76,6 +76,8 @@ kestu_error_t *write_scaled(Matrix &values, const ConversionOptions &options, st
         minimum = std::min(minimum, x);
         maximum = std::max(maximum, x);
     });
+    if (!std::isfinite(maximum))
+        return refusal("The values are too large for a picture.");
     said =
         text("%s: levels 0 to %d stand for %.6g to %.6g\n", printable(options.out.c_str()).c_str(),
              minimum < maximum ? 65535 : 0, minimum, maximum);
@@ -117,17 +119,25 @@ constexpr Conversion fuji = {"fuji", "Write the relative intensity of an imaging
 constexpr Conversion mask = {"mask", "Write white for data and black for the dark end of the range",
                              to_mask, write_mask};
 
+// Memory is asked for when an image without rows is found to be good.
+kestu_error_t *check(const Conversion &conversion, kestu_img_t image,
+                     const ConversionOptions &options) {
+    image.height = 0;
+    Matrix none(image);
+    return conversion.convert(image, none, options);
+}
+
 void run(const Conversion &conversion, const ConversionOptions &options, Outcome &outcome) {
     Progress progress(std::string("kestu image ") + conversion.name, 3);
     Image image;
-    if (!progress.ok(kestu_img_read(options.path.c_str(), &image.record), options.path, outcome))
+    const kestu_img_t &record = image.record;
+    if (!progress.ok(kestu_img_read(options.path.c_str(), &image.record), options.path, outcome) ||
+        !progress.ok(check(conversion, record, options), options.path, outcome))
         return;
     progress.advance();
-    Matrix values(image.record);
-    kestu_error_t *err = values.allocate();
-    if (!err)
-        err = conversion.convert(image.record, values, options);
-    if (!progress.ok(err, options.path, outcome))
+    Matrix values(record);
+    if (!progress.ok(values.allocate(), options.path, outcome) ||
+        !progress.ok(conversion.convert(record, values, options), options.path, outcome))
         return;
     progress.advance();
     std::string said;
@@ -135,35 +145,43 @@ void run(const Conversion &conversion, const ConversionOptions &options, Outcome
         progress.aside([&] { print(said); });
 }
 
-std::shared_ptr<ConversionOptions> add(CLI::App &image, const Conversion &conversion,
-                                       Outcome &outcome, CLI::App *&command) {
-    command = image.add_subcommand(conversion.name, conversion.description);
+struct Added {
+    CLI::App *command;
+    std::shared_ptr<ConversionOptions> options;
+};
+
+Added add(CLI::App &image, const Conversion &conversion, Outcome &outcome) {
+    CLI::App *command = image.add_subcommand(conversion.name, conversion.description);
     auto options = std::make_shared<ConversionOptions>();
     command->add_option("FILE", options->path, "TIFF file")->required();
     command->add_option("OUT", options->out, "TIFF file to be made")->required();
     command->callback([&conversion, options, &outcome] { run(conversion, *options, outcome); });
-    return options;
+    return {command, options};
+}
+
+void add_density_options(const Added &added) {
+    added.command->add_option("--saturated", added.options->saturated,
+                              "Density of pixels at the top level and of infinite ones (the "
+                              "largest that the depth can show)");
+}
+
+void add_fuji_options(const Added &added) {
+    const auto positive = [&](const char *name, double &value, const char *description) {
+        added.command->add_option(name, value, description)
+            ->capture_default_str()
+            ->check(CLI::PositiveNumber);
+    };
+    positive("--resolution", added.options->resolution, "Size of a pixel in micrometres");
+    positive("--sensitivity", added.options->sensitivity, "Sensitivity of the scan");
+    positive("--latitude", added.options->latitude, "Decades that the levels span");
 }
 
 } // namespace
 
 void add_conversions(CLI::App &image, Outcome &outcome) {
-    CLI::App *command = nullptr;
-    auto options = add(image, density, outcome, command);
-    command->add_option("--saturated", options->saturated,
-                        "Density of pixels at the top level and of infinite ones (the largest that "
-                        "the depth can show)");
-    options = add(image, fuji, outcome, command);
-    command->add_option("--resolution", options->resolution, "Size of a pixel in micrometres")
-        ->capture_default_str()
-        ->check(CLI::PositiveNumber);
-    command->add_option("--sensitivity", options->sensitivity, "Sensitivity of the scan")
-        ->capture_default_str()
-        ->check(CLI::PositiveNumber);
-    command->add_option("--latitude", options->latitude, "Decades that the levels span")
-        ->capture_default_str()
-        ->check(CLI::PositiveNumber);
-    add(image, mask, outcome, command);
+    add_density_options(add(image, density, outcome));
+    add_fuji_options(add(image, fuji, outcome));
+    add(image, mask, outcome);
 }
 
 } // namespace program

@@ -21,7 +21,7 @@ struct Statistics {
     double entropy = 0; // bits per pixel
 };
 
-// Of an image with one pixel or more.
+// Of an image with one pixel or more; no other is read.
 void add_moments(Statistics &statistics, std::span<const uint64_t> levels) {
     double pixels = 0;
     double sum = 0;
@@ -55,8 +55,6 @@ kestu_error_t *measure(Statistics &statistics) {
     statistics.height = image.record.height;
     statistics.bits = image.record.bits[0];
     statistics.threshold = histogram.threshold();
-    if (statistics.width <= 0 || statistics.height <= 0)
-        return kestu_error_create(KESTU_ERROR_ERROR, 0, nullptr, "The image has no pixels.");
     add_moments(statistics, histogram.levels());
     return nullptr;
 }
