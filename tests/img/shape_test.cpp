@@ -13,7 +13,6 @@
 
 using namespace kestu::test;
 using testing::ElementsAre;
-using testing::IsSupersetOf;
 
 namespace {
 
@@ -269,7 +268,8 @@ TEST(SmoothCircle, WalksAsThePlainOneAndCoversAsTheEllipse) {
         for (const auto &[point, part] : ellipse.coverage) {
             EXPECT_TRUE(part < 0.1 || canvas.coverage.contains(point)) << r;
         }
-        EXPECT_THAT(distinct(canvas), IsSupersetOf(distinct(drawn(circle(0, 0, r)))));
+        for (const Point &point : distinct(drawn(circle(0, 0, r))))
+            EXPECT_TRUE(canvas.coverage.contains(point)) << r;
         EXPECT_TRUE(r < 5 || std::fabs(canvas.area() / (2 * std::numbers::pi * r) - 1) < 0.01) << r;
     }
 }
