@@ -2,8 +2,7 @@
 #include "kestu_trie.h"
 
 #include "containers/nodes.hpp"
-#include "containers/stride.hpp"
-#include "containers/trie_nodes.hpp"
+#include "containers/trie_chain.hpp"
 
 using namespace kestu;
 using namespace kestu::trie;
@@ -12,13 +11,18 @@ namespace {
 
 // A node that is not an inner one counts as a leaf here, whatever its type.
 const Leaf *find_leaf(const Node *node, Key key) {
-    Stride stride;
-    for (size_t depth = 0; node; ++depth) {
+    for (size_t depth = 0; node;) {
         if (!is_inner(node))
             return as_leaf(node);
+        const Inner *inner = as_inner(node);
+        if (const Chain *chain = chain_from(inner); chain && chain->leads(key, depth)) {
+            node = as_node(chain->last());
+            depth += chain->steps;
+            continue;
+        }
         if (key.ends_at(depth))
-            return as_inner(node)->end;
-        node = stride.step(node, as_inner(node)->children[key.half(depth)]);
+            return inner->end;
+        node = inner->children[key.half(depth++)];
     }
     return nullptr;
 }
@@ -75,7 +79,7 @@ struct Place {
 
 // Follows the way of a key and adds to the counts of the inner nodes on it.
 Place follow(Node **slot, Key key, uint32_t added) {
-    Stride stride;
+    Way way(key);
     size_t depth = 0;
     for (Node *node = *slot; node && is_inner(node); ++depth) {
         Inner *const inner = as_inner(node);
@@ -83,7 +87,7 @@ Place follow(Node **slot, Key key, uint32_t added) {
         if (key.ends_at(depth))
             break;
         slot = &inner->children[key.half(depth)];
-        node = stride.step(inner, *slot);
+        node = way.step(inner, depth);
     }
     return {slot, depth};
 }
@@ -104,15 +108,17 @@ kestu_error_t *split(const Nodes &nodes, Place place, Leaf *leaf) {
     if (key.is_of(present))
         return fail(120082);
     const size_t last = parting(key, Key(present), place.depth);
-    Node *chain = nullptr;
-    Node **slot = &chain;
+    ChainMaker chain(key, place.depth, last);
+    Node *top = nullptr;
+    Node **slot = &top;
     for (size_t depth = place.depth;; ++depth) {
         Inner *inner = nullptr;
-        if (kestu_error_t *err = nodes.make(&inner)) {
-            release_all<Nodes>(chain);
+        if (kestu_error_t *err = nodes.make(&inner, chain.block_size(depth))) {
+            release_all<Nodes>(top);
             return err;
         }
         *inner = {KESTU_TRIE_INNER, nullptr, 2, {}};
+        chain.add(inner, depth);
         *slot = as_node(inner);
         if (depth == last) {
             attach(inner, depth, present);
@@ -121,7 +127,7 @@ kestu_error_t *split(const Nodes &nodes, Place place, Leaf *leaf) {
         }
         slot = &inner->children[key.half(depth)];
     }
-    *place.slot = chain;
+    *place.slot = top;
     return nullptr;
 }
 
@@ -157,27 +163,29 @@ kestu_error_t *insert(const Nodes &nodes, kestu_trie_t *trie, Key key, void *val
 }
 
 // The leaf that alone is left below the inner node `last` takes the place of that node and of those
-// above it, up to the slot `top`, that lead to nothing else.
+// above it, up to the slot `top`, that lead to nothing else. False when there is no such leaf.
 template <typename Nodes>
-void raise_single_leaf(Node **top, const Inner *last) {
+bool raise_single_leaf(Node **top, const Inner *last) {
     Node *const leaf = last && last->count == 1 ? only_node(last) : nullptr;
     if (!leaf || !is_leaf(leaf))
-        return;
+        return false;
     for (Node *node = *top; node != leaf;) {
         Node *const below = only_node(as_inner(node));
         Nodes::release(node);
         node = below;
     }
     *top = leaf;
+    return true;
 }
 
 // Lowers the counts on the way down, whether or not the key is there: callers rely on counts that
 // shrink. Only a key that ends at an inner node without being there leaves that node's count.
 template <typename Nodes>
 void remove(Node **root, Key key) {
-    Stride stride;
+    Way way(key);
     Node **slot = root;
-    Node **top = root; // from here down to `last` no node leads to anything beside
+    Node **top = root;    // from here down to `last` no node leads to anything beside
+    Inner *cut = nullptr; // the head of a chain in which `top` stands
     Inner *last = nullptr;
     Node *node = *slot;
     for (size_t depth = 0; node && is_inner(node); ++depth) {
@@ -185,8 +193,10 @@ void remove(Node **root, Key key) {
         const bool ends = key.ends_at(depth);
         if (ends && !(inner->end && key.is_of(inner->end)))
             return;
-        if (last && !(last->count == 1 && only_node(last) == node))
+        if (last && !(last->count == 1 && only_node(last) == node)) {
             top = slot;
+            cut = way.head();
+        }
         --inner->count;
         last = inner;
         if (ends) {
@@ -195,13 +205,14 @@ void remove(Node **root, Key key) {
             break;
         }
         slot = &inner->children[key.half(depth)];
-        node = stride.step(inner, *slot);
+        node = way.step(inner, depth);
     }
     if (node && is_leaf(node) && key.is_of(as_leaf(node))) {
         Nodes::release(node);
         *slot = nullptr;
     }
-    raise_single_leaf<Nodes>(top, last);
+    if (raise_single_leaf<Nodes>(top, last) && cut)
+        HeadMark::set(cut, 0);
 }
 
 } // namespace

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <map>
 #include <memory>
 #include <random>
 #include <string>
@@ -472,28 +473,61 @@ std::string shape_of(const Slot &slot) {
     return shape.append("]");
 }
 
+// Some letters, in half of the keys long runs that others share or leave on their way, and letters.
+std::string random_key(std::mt19937 &random, bool long_runs) {
+    const auto below = [&random](size_t n) { return random() % n; };
+    const auto letters = [&](size_t most) {
+        std::string text(below(most + 1), '\0');
+        for (char &byte : text)
+            byte = "\x00\x01\x10\x11"[below(4)];
+        return text;
+    };
+    if (!long_runs)
+        return letters(4);
+    constexpr size_t lengths[] = {8, 15, 16, 17, 18, 24};
+    return letters(1) + std::string(lengths[below(6)], 'k') + letters(2);
+}
+
 } // namespace
 
 TYPED_TEST(TrieBoth, RandomOperationsKeepEverySlotAndCountAsInAModel) {
-    std::mt19937 random(4711);
-    const auto below = [&random](size_t n) { return random() % n; };
-    Slot model;
-    for (int step = 0; step < 6000; ++step) {
-        std::string key(below(5), '\0');
-        for (char &byte : key)
-            byte = "\x00\x01\x10\x11"[below(4)];
-        // In turns the trie grows and shrinks, also down to nothing.
-        if (below(10) < (step / 500 % 2 ? 2 : 8)) {
-            auto leaf = std::make_unique<Model>(Model{.key = key});
-            const bool added = insert(model, leaf, 0);
-            kestu_error_t *err = this->functions.insert(this->trie, key, values + below(256));
-            EXPECT_EQ(added, err == nullptr);
-            kestu_error_clear(err);
-        } else {
-            remove(model, key, 0);
-            this->remove(key);
-            EXPECT_EQ(this->search(key), nullptr);
+    for (const bool long_runs : {false, true}) {
+        std::mt19937 random(4711);
+        const auto below = [&random](size_t n) { return random() % n; };
+        Slot model;
+        std::map<std::string, void *> stored;
+        const int turn = long_runs ? 20 : 500;
+        for (int step = 0; step < 12 * (long_runs ? 100 : turn); ++step) {
+            std::string key = random_key(random, long_runs);
+            // In turns the trie grows and shrinks, also down to nothing.
+            if (below(10) < (step / turn % 2 ? 2 : 8)) {
+                auto leaf = std::make_unique<Model>(Model{.key = key});
+                void *value = values + below(256);
+                const bool added = insert(model, leaf, 0);
+                kestu_error_t *err = this->functions.insert(this->trie, key, value);
+                EXPECT_EQ(added, err == nullptr);
+                kestu_error_clear(err);
+                stored.emplace(key, value);
+            } else {
+                // Where counts are to stay true, so that nodes go, keys are there.
+                if (const auto next = stored.lower_bound(key); long_runs && next != stored.end())
+                    key = next->first;
+                remove(model, key, 0);
+                this->remove(key);
+                stored.erase(key);
+            }
+            ASSERT_EQ(this->shape(), shape_of(model)) << "after step " << step;
+            const std::string any = random_key(random, long_runs);
+            const auto found = stored.find(any);
+            ASSERT_EQ(this->search(any), found == stored.end() ? nullptr : found->second);
         }
-        ASSERT_EQ(this->shape(), shape_of(model)) << "after step " << step;
+        while (!stored.empty()) {
+            this->remove(stored.begin()->first);
+            remove(model, stored.begin()->first, 0);
+            stored.erase(stored.begin());
+        }
+        ASSERT_EQ(this->shape(), shape_of(model));
+        this->functions.destroy(&this->trie);
+        ASSERT_OK(this->functions.create(&this->trie));
     }
 }
