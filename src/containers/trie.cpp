@@ -16,7 +16,7 @@ const Leaf *find_leaf(const Node *node, Key key) {
             return as_leaf(node);
         const Inner *inner = as_inner(node);
         if (const Chain *chain = chain_from(inner); chain && chain->leads(key, depth)) {
-            node = as_node(chain->last());
+            node = as_node(chain->last);
             depth += chain->steps;
             continue;
         }
@@ -79,15 +79,17 @@ struct Place {
 
 // Follows the way of a key and adds to the counts of the inner nodes on it.
 Place follow(Node **slot, Key key, uint32_t added) {
-    Way way(key);
     size_t depth = 0;
-    for (Node *node = *slot; node && is_inner(node); ++depth) {
-        Inner *const inner = as_inner(node);
+    while (*slot && is_inner(*slot)) {
+        Inner *inner = as_inner(*slot);
         inner->count += added;
+        if (const Chain *chain = chain_from(inner); chain && chain->leads(key, depth)) {
+            inner = chain->add_to_counts(inner, added);
+            depth += chain->steps - 1;
+        }
         if (key.ends_at(depth))
             break;
-        slot = &inner->children[key.half(depth)];
-        node = way.step(inner, depth);
+        slot = &inner->children[key.half(depth++)];
     }
     return {slot, depth};
 }
@@ -182,33 +184,40 @@ bool raise_single_leaf(Node **top, const Inner *last) {
 // shrink. Only a key that ends at an inner node without being there leaves that node's count.
 template <typename Nodes>
 void remove(Node **root, Key key) {
-    Way way(key);
     Node **slot = root;
-    Node **top = root;    // from here down to `last` no node leads to anything beside
-    Inner *cut = nullptr; // the head of a chain in which `top` stands
+    Node **top = root; // from here down to `last` no node leads to anything beside
     Inner *last = nullptr;
-    Node *node = *slot;
-    for (size_t depth = 0; node && is_inner(node); ++depth) {
-        Inner *const inner = as_inner(node);
-        const bool ends = key.ends_at(depth);
-        if (ends && !(inner->end && key.is_of(inner->end)))
-            return;
-        if (last && !(last->count == 1 && only_node(last) == node)) {
+    Inner *head = nullptr; // of the chain by which `slot` was reached, if it was by one
+    Inner *cut = nullptr;  // the same for `top`
+    const auto pass = [&](Inner *inner) {
+        if (last && !(last->count == 1 && only_node(last) == as_node(inner))) {
             top = slot;
-            cut = way.head();
+            cut = head;
         }
         --inner->count;
         last = inner;
+    };
+    for (size_t depth = 0; *slot && is_inner(*slot);) {
+        Inner *const inner = as_inner(*slot);
+        const bool ends = key.ends_at(depth);
+        if (ends && !(inner->end && key.is_of(inner->end)))
+            return;
+        pass(inner);
         if (ends) {
             Nodes::release(inner->end);
             inner->end = nullptr;
             break;
         }
-        slot = &inner->children[key.half(depth)];
-        node = way.step(inner, depth);
+        const Chain *chain = chain_from(inner);
+        head = chain && chain->leads(key, depth) ? inner : nullptr;
+        for (size_t i = 0; head && i + 1 < chain->steps; ++i) {
+            slot = &last->children[key.half(depth++)];
+            pass(chain->nodes()[i]);
+        }
+        slot = &last->children[key.half(depth++)];
     }
-    if (node && is_leaf(node) && key.is_of(as_leaf(node))) {
-        Nodes::release(node);
+    if (*slot && is_leaf(*slot) && key.is_of(as_leaf(*slot))) {
+        Nodes::release(*slot);
         *slot = nullptr;
     }
     if (raise_single_leaf<Nodes>(top, last) && cut)

@@ -13,21 +13,42 @@
 
 namespace kestu::trie {
 
-// Stands behind the head in its block, and is followed by the nodes behind the head and the bytes.
+// Stands behind the head in its block. What a lookup needs comes first: the bytes follow, and
+// behind them the nodes behind the head.
 struct Chain {
     size_t steps; // from the head to the last node: two for each byte, as both have even depths
+    Inner *last;
 
-    Inner **nodes() { return reinterpret_cast<Inner **>(this + 1); }
-    Inner *const *nodes() const { return reinterpret_cast<Inner *const *>(this + 1); }
-    uint8_t *bytes() { return reinterpret_cast<uint8_t *>(nodes() + steps); }
-    const uint8_t *bytes() const { return reinterpret_cast<const uint8_t *>(nodes() + steps); }
-    Inner *last() const { return nodes()[steps - 1]; }
+    size_t size() const { return steps / 2; }
+    uint8_t *bytes() { return reinterpret_cast<uint8_t *>(this + 1); }
+    const uint8_t *bytes() const { return reinterpret_cast<const uint8_t *>(this + 1); }
+    Inner **nodes() { return reinterpret_cast<Inner **>(bytes() + padded(size())); }
+    Inner *const *nodes() const {
+        return reinterpret_cast<Inner *const *>(bytes() + padded(size()));
+    }
+
+    static size_t padded(size_t size) {
+        return (size + sizeof(Inner *) - 1) / sizeof(Inner *) * sizeof(Inner *);
+    }
+    static size_t block_size(size_t steps) {
+        return sizeof(Chain) + padded(steps / 2) + steps * sizeof(Inner *);
+    }
+
+    // Adds to the counts of the nodes between `head` and the last. Returns the one above the last.
+    Inner *add_to_counts(Inner *head, uint32_t added) const {
+        Inner *above = head;
+        for (size_t i = 0; i + 1 < steps; ++i) {
+            above = nodes()[i];
+            above->count += added;
+        }
+        return above;
+    }
 
     // Whether the way of a key that comes to the head at `depth` goes through the whole chain.
     bool leads(Key key, size_t depth) const {
         const size_t passed = depth / 2;
-        return key.length - passed >= steps / 2 &&
-               std::memcmp(key.bytes + passed, bytes(), steps / 2) == 0;
+        return key.length - passed >= size() &&
+               std::memcmp(key.bytes + passed, bytes(), size()) == 0;
     }
 };
 
@@ -73,9 +94,8 @@ class ChainMaker {
 
     // What the block of the node at `depth` takes.
     size_t block_size(size_t depth) const {
-        if (steps_ == 0 || depth != head_depth_)
-            return sizeof(Inner);
-        return sizeof(Inner) + sizeof(Chain) + steps_ * sizeof(Inner *) + steps_ / 2;
+        const bool is_head = steps_ != 0 && depth == head_depth_;
+        return sizeof(Inner) + (is_head ? Chain::block_size(steps_) : 0);
     }
 
     // Takes note of the node at `depth`; they come in their order.
@@ -85,9 +105,9 @@ class ChainMaker {
         if (is_head) {
             chain_ = reinterpret_cast<Chain *>(node + 1);
             chain_->steps = steps_;
-            std::memcpy(chain_->bytes(), key_.bytes + depth / 2, steps_ / 2);
+            std::memcpy(chain_->bytes(), key_.bytes + depth / 2, chain_->size());
         } else if (chain_ && depth - head_depth_ <= steps_) {
-            chain_->nodes()[depth - head_depth_ - 1] = node;
+            chain_->nodes()[depth - head_depth_ - 1] = chain_->last = node;
         }
     }
 
@@ -104,41 +124,6 @@ class ChainMaker {
     size_t head_depth_;
     size_t steps_;
     Chain *chain_ = nullptr;
-};
-
-// Goes along the way of a key.
-class Way {
-  public:
-    explicit Way(Key key) : key_(key) {}
-
-    // The node to which `inner`, the next one on the way, at `depth`, leads.
-    Node *step(Inner *inner, size_t depth) {
-        if (left_ == 0)
-            enter(inner, depth);
-        if (left_ == 0)
-            return inner->children[key_.half(depth)];
-        --left_;
-        return as_node(*node_++);
-    }
-
-    // The head of the chain along which the last step went, or null.
-    Inner *head() const { return head_; }
-
-  private:
-    void enter(Inner *inner, size_t depth) {
-        const Chain *chain = chain_from(inner);
-        const bool leads = chain && chain->leads(key_, depth);
-        head_ = leads ? inner : nullptr;
-        if (leads) {
-            node_ = chain->nodes();
-            left_ = chain->steps;
-        }
-    }
-
-    Key key_;
-    Inner *head_ = nullptr;
-    Inner *const *node_ = nullptr;
-    size_t left_ = 0;
 };
 
 } // namespace kestu::trie
