@@ -1,6 +1,7 @@
 // Tries of words, of random 8-byte keys and of long keys with shared beginnings, beside the ordered
 // and the hashed maps that people take for them: filled, asked for keys that are there and that are
 // not, and emptied, in random order.
+#include "in_child.hpp"
 #include "kestu_lib.h"
 #include "kestu_trie.h"
 
@@ -11,19 +12,25 @@
 
 #include <algorithm>
 #include <array>
+#include <functional>
 #include <map>
 #include <random>
 #include <string>
 #include <string_view>
 #include <unordered_map>
-#include <unordered_set>
+#include <utility>
 #include <vector>
+
+#include <sys/mman.h>
 
 namespace {
 
+// All sets of keys are made once, before the first child, and nothing that was taken on the way is
+// given back to malloc in pieces, so that every child finds its heap without holes.
 struct Keys {
     std::string name;
     std::vector<std::string> present = {}, absent = {};
+    std::vector<std::string> sought = {}; // those that are present, in another order
 };
 
 std::string random_word(std::mt19937_64 &random, size_t length) {
@@ -35,16 +42,26 @@ std::string random_word(std::mt19937_64 &random, size_t length) {
     return word;
 }
 
-// Takes keys from `make` until `count` different ones are present and as many others absent.
+// Takes keys from `make` until `count` different ones are present and as many others absent. Keys
+// are known to differ by their hashes; the few that share a bit with another are left out.
 template <typename Make>
 Keys distinct(const char *name, size_t count, Make make) {
-    std::unordered_set<std::string> all;
-    while (all.size() < 2 * count)
-        all.insert(make());
-    std::vector<std::string> shuffled(all.begin(), all.end());
-    std::shuffle(shuffled.begin(), shuffled.end(), std::mt19937_64(2));
-    const auto middle = shuffled.begin() + static_cast<std::ptrdiff_t>(count);
-    return {name, {shuffled.begin(), middle}, {middle, shuffled.end()}};
+    std::vector<bool> seen(size_t{1} << 29);
+    const auto take = [&] {
+        std::vector<std::string> keys;
+        for (keys.reserve(count); keys.size() < count;) {
+            std::string key = make();
+            auto is_seen = seen[std::hash<std::string>()(key) % seen.size()];
+            if (!is_seen)
+                keys.push_back(std::move(key));
+            is_seen = true;
+        }
+        return keys;
+    };
+    Keys keys = {name, take(), take()};
+    keys.sought = keys.present;
+    std::shuffle(keys.sought.begin(), keys.sought.end(), std::mt19937_64(3));
+    return keys;
 }
 
 Keys words() {
@@ -54,7 +71,7 @@ Keys words() {
 }
 
 Keys numbers() {
-    return distinct("8 bytes", 1000000, [random = std::mt19937_64(1)]() mutable {
+    return distinct("8 bytes", 400000, [random = std::mt19937_64(1)]() mutable {
         const uint64_t number = random();
         return std::string(reinterpret_cast<const char *>(&number), sizeof number);
     });
@@ -148,64 +165,56 @@ struct JudyText {
     void erase(const std::string &key) { JudySLDel(&judy, text(key), PJE0); }
 };
 
+// A full map. It stays until its child ends, which costs no time.
 template <typename Map>
-void fill(Map &map, const Keys &keys) {
+Map &filled(const Keys &keys) {
+    auto *map = new Map;
     for (const auto &key : keys.present)
-        map.insert(key);
+        map->insert(key);
+    return *map;
 }
 
+size_t bytes_in_use() {
+    const auto info = mallinfo2();
+    return info.uordblks + info.hblkhd;
+}
+
+// Also counts what the map takes from malloc; a pool's blocks come from elsewhere.
 template <typename Map>
 void insertion(benchmark::State &state, const Keys &keys) {
-    for (auto _ : state) {
-        auto *map = new Map;
-        fill(*map, keys);
-        state.PauseTiming();
-        delete map;
-        state.ResumeTiming();
-    }
-}
-
-std::vector<std::string> shuffled(std::vector<std::string> keys) {
-    std::shuffle(keys.begin(), keys.end(), std::mt19937_64(3));
-    return keys;
+    static auto *const bytes = static_cast<size_t *>(mmap( // which the children share
+        nullptr, sizeof(size_t), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
+    measure_in_child(state, [&] {
+        const size_t before = bytes_in_use();
+        const double seconds = seconds_for([&] { filled<Map>(keys); });
+        *bytes = bytes_in_use() - before;
+        return seconds;
+    });
+    if (!std::is_same_v<Map, Pooled>)
+        state.counters["bytes/key"] =
+            static_cast<double>(*bytes) / static_cast<double>(keys.present.size());
 }
 
 template <typename Map>
 void deletion(benchmark::State &state, const Keys &keys) {
-    const auto sought = shuffled(keys.present);
-    for (auto _ : state) {
-        state.PauseTiming();
-        auto *map = new Map;
-        fill(*map, keys);
-        state.ResumeTiming();
-        for (const auto &key : sought)
-            map->erase(key);
-        state.PauseTiming();
-        delete map;
-        state.ResumeTiming();
-    }
+    measure_in_child(state, [&] {
+        Map &map = filled<Map>(keys);
+        return seconds_for([&] {
+            for (const auto &key : keys.sought)
+                map.erase(key);
+        });
+    });
 }
 
 template <typename Map>
-void lookup(benchmark::State &state, const Keys &keys, bool there) {
-    Map map;
-    fill(map, keys);
-    const auto sought = shuffled(there ? keys.present : keys.absent);
-    for (auto _ : state)
-        for (const auto &key : sought)
-            benchmark::DoNotOptimize(map.find(key));
-}
-
-template <typename Map>
-double bytes_per_key(const Keys &keys) {
-    const auto used = [] {
-        const auto info = mallinfo2();
-        return info.uordblks + info.hblkhd;
-    };
-    const size_t before = used();
-    Map map;
-    fill(map, keys);
-    return static_cast<double>(used() - before) / static_cast<double>(keys.present.size());
+void lookup(benchmark::State &state, const Keys &keys, const std::vector<std::string> &sought) {
+    measure_in_child(state, [&] {
+        Map &map = filled<Map>(keys);
+        return seconds_for([&] {
+            for (const auto &key : sought)
+                benchmark::DoNotOptimize(map.find(key));
+        });
+    });
 }
 
 // How often the links of a lookup cross from one node to the next is given by the keys: the limit
@@ -215,42 +224,40 @@ void read_ways(benchmark::State &state, const Keys &keys) {
         const uint32_t *type;
         kestu_trie_node_t *const *child;
     };
-    Heap map;
-    fill(map, keys);
-    std::vector<Step> steps;
-    for (const auto &key : shuffled(keys.present)) {
-        const kestu_trie_node_t *node = map.trie->root;
-        for (size_t depth = 0; depth < 2 * key.size() && node->type == KESTU_TRIE_INNER; ++depth) {
-            const auto *inner = reinterpret_cast<const kestu_trie_inner_t *>(node);
-            const auto byte = static_cast<uint8_t>(key[depth / 2]);
-            steps.push_back({&inner->type, &inner->children[byte >> depth % 2 * 4 & 15]});
-            node = *steps.back().child;
+    measure_in_child(state, [&] {
+        const Heap &map = filled<Heap>(keys);
+        std::vector<Step> steps;
+        for (const auto &key : keys.sought) {
+            const kestu_trie_node_t *node = map.trie->root;
+            for (size_t depth = 0; depth < 2 * key.size() && node->type == KESTU_TRIE_INNER;
+                 ++depth) {
+                const auto *inner = reinterpret_cast<const kestu_trie_inner_t *>(node);
+                const auto byte = static_cast<uint8_t>(key[depth / 2]);
+                steps.push_back({&inner->type, &inner->children[byte >> depth % 2 * 4 & 15]});
+                node = *steps.back().child;
+            }
         }
-    }
-    for (auto _ : state) {
-        uintptr_t sum = 0;
-        for (const Step &step : steps)
-            sum += *step.type + reinterpret_cast<uintptr_t>(*step.child);
-        benchmark::DoNotOptimize(sum);
-    }
+        return seconds_for([&] {
+            uintptr_t sum = 0;
+            for (const Step &step : steps)
+                sum += *step.type + reinterpret_cast<uintptr_t>(*step.child);
+            benchmark::DoNotOptimize(sum);
+        });
+    });
 }
 
-// The cases of one map. The bytes per key are those that the map takes from malloc; a pool's blocks
-// come from elsewhere.
+// The cases of one map.
 template <typename Map>
 void cases(const Keys &keys, const std::string &beside, const std::string &who) {
     const auto add = [&](const std::string &name, auto run, const std::string &what = "") {
         const std::string full = "trie " + name + ", " + keys.name + beside + "/";
         benchmark::RegisterBenchmark((full + (what.empty() ? who : what)).c_str(), run)
-            ->Unit(benchmark::kMillisecond);
+            ->Apply(in_children)
+            ->Iterations(1);
     };
-    add("insertion", [&keys](benchmark::State &state) {
-        insertion<Map>(state, keys);
-        if (!std::is_same_v<Map, Pooled>)
-            state.counters["bytes/key"] = bytes_per_key<Map>(keys);
-    });
-    add("hit", [&keys](benchmark::State &state) { lookup<Map>(state, keys, true); });
-    add("miss", [&keys](benchmark::State &state) { lookup<Map>(state, keys, false); });
+    add("insertion", [&keys](benchmark::State &state) { insertion<Map>(state, keys); });
+    add("hit", [&keys](benchmark::State &state) { lookup<Map>(state, keys, keys.sought); });
+    add("miss", [&keys](benchmark::State &state) { lookup<Map>(state, keys, keys.absent); });
     add("deletion", [&keys](benchmark::State &state) { deletion<Map>(state, keys); });
     if (who == "ours" && beside.empty())
         add(
