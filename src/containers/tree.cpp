@@ -103,15 +103,23 @@ void walk(Node *any, Enter enter, Leave leave) {
     Node *node = first_of(any);
     while (enter(node)) {
         prefetch_beyond(node);
-        Node *next = first_of(node->child);
-        while (!next) {
+        if (node->child) {
+            node = first_of(node->child);
+            continue;
+        }
+        for (;;) {
+            Node *const next = node->next;
             Node *const parent = node->parent;
-            next = node->next;
-            if (!leave(node) || (!next && parent == above))
+            if (!leave(node))
+                return;
+            if (next) {
+                node = next;
+                break;
+            }
+            if (parent == above)
                 return;
             node = parent;
         }
-        node = next;
     }
 }
 
@@ -144,7 +152,13 @@ auto walk_calling(Node *any, Func pre, Func post, void *baton) {
             return !result;
         };
     };
-    walk(any, calling(pre), calling(post));
+    // A walk for one callback only does not ask at each node whether there is another.
+    if (!post)
+        walk(any, calling(pre), go_on);
+    else if (!pre)
+        walk(any, go_on, calling(post));
+    else
+        walk(any, calling(pre), calling(post));
     return result;
 }
 
@@ -158,9 +172,26 @@ auto remove(Node *node, Func fn, void *baton) {
     return result;
 }
 
+// Nobody sees these nodes on their way out, so that of all links only the one from above is undone.
+void release_level(Node *any) {
+    if (!any)
+        return;
+    Node *const above = any->parent;
+    walk(any, go_on, [](Node *node) {
+        TreemNodes::release(node);
+        return true;
+    });
+    if (above)
+        above->child = nullptr;
+}
+
 template <typename Nodes, typename Func>
 auto remove_level(Node *any, Func fn, void *baton) {
     decltype(call(fn, any, baton)) result{};
+    if (std::is_same_v<Nodes, TreemNodes> && !fn) {
+        release_level(any);
+        return result;
+    }
     walk(any, go_on, [&](Node *node) {
         result = remove<Nodes>(node, fn, baton);
         return !result;
