@@ -53,6 +53,8 @@ uintptr_t offset_in_page(const char *p) {
                                          *reinterpret_cast<const Bytes *>(s2 + i));
             if (found != 0) {
                 i += std::countr_zero(found);
+                if (s1[i] == s2[i]) // both end
+                    return 0;
                 return fold(s1[i]) - fold(s2[i]);
             }
         }

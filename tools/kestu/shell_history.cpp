@@ -39,7 +39,7 @@ std::string reason() {
     return std::strerror(errno);
 }
 
-// The specification of these folders has relative paths ignored.
+// The convention for these folders ignores relative paths.
 std::string state_folder() {
     const char *state = std::getenv("XDG_STATE_HOME");
     if (state && *state == '/')
