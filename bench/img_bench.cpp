@@ -307,9 +307,20 @@ void outline(benchmark::State &state) {
 
 // One strip (0) and strips of 8 KiB.
 #define READ(depth, sample)                                                                        \
-    BENCHMARK_TEMPLATE(read_ours, sample)->Name("read " depth "/ours")->Arg(0)->Arg(8192);         \
-    BENCHMARK_TEMPLATE(read_libtiff, sample)->Name("read " depth "/libtiff")->Arg(0)->Arg(8192);   \
-    BENCHMARK_TEMPLATE(read_limit, sample)->Name("read " depth "/limit (readv)")->Arg(0)
+    BENCHMARK_TEMPLATE(read_ours, sample)                                                          \
+        ->Name("read " depth "/ours")                                                              \
+        ->ArgName("strip")                                                                         \
+        ->Arg(0)                                                                                   \
+        ->Arg(8192);                                                                               \
+    BENCHMARK_TEMPLATE(read_libtiff, sample)                                                       \
+        ->Name("read " depth "/libtiff")                                                           \
+        ->ArgName("strip")                                                                         \
+        ->Arg(0)                                                                                   \
+        ->Arg(8192);                                                                               \
+    BENCHMARK_TEMPLATE(read_limit, sample)                                                         \
+        ->Name("read " depth "/limit (readv)")                                                     \
+        ->ArgName("strip")                                                                         \
+        ->Arg(0)
 
 #define COUNT(what, depth, sample)                                                                 \
     BENCHMARK_TEMPLATE(what##_ours, sample, Content::noise)->Name(#what " " depth " noise/ours");  \
@@ -320,9 +331,19 @@ void outline(benchmark::State &state) {
         ->Name(#what " " depth " flat/plain loop")
 
 #define WRITE(depth, sample)                                                                       \
-    BENCHMARK_TEMPLATE(write_ours, sample)->Name("write " depth "/ours")->Arg(0);                  \
-    BENCHMARK_TEMPLATE(write_libtiff, sample)->Name("write " depth "/libtiff")->Arg(0)->Arg(8192); \
-    BENCHMARK_TEMPLATE(write_limit, sample)->Name("write " depth "/limit (writev)")->Arg(0)
+    BENCHMARK_TEMPLATE(write_ours, sample)                                                         \
+        ->Name("write " depth "/ours")                                                             \
+        ->ArgName("strip")                                                                         \
+        ->Arg(0);                                                                                  \
+    BENCHMARK_TEMPLATE(write_libtiff, sample)                                                      \
+        ->Name("write " depth "/libtiff")                                                          \
+        ->ArgName("strip")                                                                         \
+        ->Arg(0)                                                                                   \
+        ->Arg(8192);                                                                               \
+    BENCHMARK_TEMPLATE(write_limit, sample)                                                        \
+        ->Name("write " depth "/limit (writev)")                                                   \
+        ->ArgName("strip")                                                                         \
+        ->Arg(0)
 
 #define CONVERT(what, depth, sample)                                                               \
     BENCHMARK_TEMPLATE(convert_ours, sample, Measure::what)->Name(#what " " depth "/ours");        \
@@ -341,7 +362,7 @@ CONVERT(density, "16 bits", uint16_t);
 BENCHMARK(convert_limit)->Name("density 16 bits/limit (table lookups)");
 CONVERT(intensity, "16 bits", uint16_t);
 BENCHMARK(circle)->Name("circle of radius 500/ours");
-BENCHMARK(outline)->Name("smooth ellipse 500 x 400/ours")->Arg(1)->Arg(10);
+BENCHMARK(outline)->Name("smooth ellipse 500 x 400/ours")->ArgName("width")->Arg(1)->Arg(10);
 
 } // namespace
 

@@ -2,12 +2,15 @@
 """Prints the table of benchmark results: our figure, the best peer's, their ratio, the known limit.
 
 Reads JSON files of Google Benchmark. Cases are named "<case>/ours", "<case>/<peer>" and
-"<case>/limit ..."; the figure of each is the median over the repetitions.
+"<case>/limit ...", with the arguments of the case behind; the figure of each is the median over the
+repetitions.
 """
 import json
+import re
 import statistics
 import sys
 
+MODIFIER = re.compile(r"(iterations|repeats|threads|min_time):.*|(manual|real|process)_time")
 UNITS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
 
 
@@ -17,7 +20,9 @@ def medians(paths):
         with open(path) as file:
             for run in json.load(file)["benchmarks"]:
                 if run.get("run_type") == "iteration" and not run.get("error_occurred"):
-                    time = run["real_time"] * UNITS[run["time_unit"]]
+                    # Processor time, but where a benchmark measures by itself.
+                    clock = "real_time" if "manual_time" in run["run_name"] else "cpu_time"
+                    time = run[clock] * UNITS[run["time_unit"]]
                     runs.setdefault(run["run_name"], []).append(time)
     return {name: statistics.median(times) for name, times in runs.items()}
 
@@ -33,9 +38,8 @@ def main():
     cases = {}
     for name, time in medians(sys.argv[1:]).items():
         # Google Benchmark appends arguments and modifiers such as "/iterations:3" to the name.
-        parts = [p for p in name.split("/") if ":" not in p and p != "manual_time"]
-        case, who = "/".join(parts[:-1]), parts[-1]
-        cases.setdefault(case, {})[who] = time
+        case, who, *arguments = (p for p in name.split("/") if not MODIFIER.fullmatch(p))
+        cases.setdefault(", ".join([case, *arguments]), {})[who] = time
     rows = [("case", "ours", "best peer", "", "peer / ours", "limit", "")]
     for case, times in cases.items():
         limits = {w: t for w, t in times.items() if w.startswith("limit")}
