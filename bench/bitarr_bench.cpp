@@ -1,7 +1,6 @@
 // Bit arrays of 10^8 bits: counting, setting and combining; beside boost::dynamic_bitset,
 // std::bitset and CRoaring.
 #include "kestu_bitarr.h"
-#include "kestu_lib.h"
 
 #include <benchmark/benchmark.h>
 #include <boost/dynamic_bitset.hpp>
@@ -172,10 +171,3 @@ CASE(Standard, intersect, "and 1e8 bits/C++ bitset");
 CASE(Roaring, intersect, "and 1e8 bits/CRoaring");
 
 } // namespace
-
-int main(int argc, char **argv) {
-    kestu_initialize();
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    kestu_terminate();
-}

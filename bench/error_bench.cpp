@@ -76,10 +76,3 @@ BENCHMARK(exception)->Name("error three deep/C++ exception");
 BENCHMARK(limit)->Name("error three deep/limit (its pool)");
 
 } // namespace
-
-int main(int argc, char **argv) {
-    kestu_initialize();
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    kestu_terminate();
-}

@@ -2,7 +2,6 @@
 // writev of rows, and measures beside plain loops.
 #include "kestu_img_measure.h"
 #include "kestu_img_shape.h"
-#include "kestu_lib.h"
 #include "kestu_mem.h"
 
 #include <benchmark/benchmark.h>
@@ -373,10 +372,3 @@ BENCHMARK(circle)->Name("circle of radius 500/ours");
 BENCHMARK(outline)->Name("smooth ellipse 500 x 400/ours")->ArgName("width")->Arg(1)->Arg(10);
 
 } // namespace
-
-int main(int argc, char **argv) {
-    kestu_initialize();
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    kestu_terminate();
-}

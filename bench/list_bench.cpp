@@ -222,10 +222,3 @@ CASE(destroy, PoolNodes, "list deletion, 1M pool nodes/ours");
 CASE(destroy, GLibList, "list deletion, 1M pool nodes/GList");
 
 } // namespace
-
-int main(int argc, char **argv) {
-    kestu_initialize();
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    kestu_terminate();
-}
