@@ -4,25 +4,23 @@
 #include "containers/nodes.hpp"
 #include "containers/trie_chain.hpp"
 
+#include <utility>
+
 using namespace kestu;
 using namespace kestu::trie;
 
 namespace {
 
 // A node that is not an inner one counts as a leaf here, whatever its type.
-const Leaf *find_leaf(const Node *node, Key key) {
-    for (size_t depth = 0; node;) {
+const Leaf *find_leaf(Node *node, Key key) {
+    for (size_t depth = 0; node; ++depth) {
         if (!is_inner(node))
             return as_leaf(node);
-        const Inner *inner = as_inner(node);
-        if (const Chain *chain = chain_from(inner); chain && chain->leads(key, depth)) {
-            node = as_node(chain->last);
-            depth += chain->steps;
-            continue;
-        }
+        const Stretch stretch(as_inner(node), key, depth);
+        depth += stretch.steps;
         if (key.ends_at(depth))
-            return inner->end;
-        node = inner->children[key.half(depth++)];
+            return stretch.last()->end;
+        node = stretch.last()->children[key.half(depth)];
     }
     return nullptr;
 }
@@ -69,29 +67,67 @@ void release_all(Node *root) {
     }
 }
 
-// Where the way of a key leads: to a slot that holds no inner node, or to the inner node at which
-// the key is used up.
+// Adds to the counts of the nodes on the way of a key. Those of a chain wait and have their turn a
+// few at a time, while the nodes behind the chain come from memory.
+class Counter {
+  public:
+    explicit Counter(uint32_t added) : added_(added) {}
+    ~Counter() { add(left_); }
+    Counter(const Counter &) = delete;
+    Counter &operator=(const Counter &) = delete;
+
+    void add(const Stretch &stretch) {
+        stretch.first->count += added_;
+        if (stretch.steps > 0) {
+            add(left_);
+            next_ = stretch.behind;
+            left_ = stretch.steps;
+        }
+    }
+    void add_some() {
+        if (left_ > 0) [[unlikely]]
+            add(std::min(left_, some));
+    }
+
+  private:
+    static constexpr size_t some = 16;
+
+    void add(size_t count) {
+        for (size_t i = 0; i < count; ++i)
+            next_[i]->count += added_;
+        next_ += count;
+        left_ -= count;
+    }
+
+    uint32_t added_;
+    Inner *const *next_ = nullptr;
+    size_t left_ = 0;
+};
+
+// Where the way of a key leads: through the inner node `last`, if through any, to the slot behind
+// it that holds no inner node; or no farther than to `last`, when the key is used up there.
 struct Place {
+    Inner *last;
     Node **slot;
     size_t depth;
-    Inner *ends_at() const { return *slot && is_inner(*slot) ? as_inner(*slot) : nullptr; }
 };
 
 // Follows the way of a key and adds to the counts of the inner nodes on it.
 Place follow(Node **slot, Key key, uint32_t added) {
+    Counter counter(added);
+    Inner *last = nullptr;
     size_t depth = 0;
-    while (*slot && is_inner(*slot)) {
-        Inner *inner = as_inner(*slot);
-        inner->count += added;
-        if (const Chain *chain = chain_from(inner); chain && chain->leads(key, depth)) {
-            inner = chain->add_to_counts(inner, added);
-            depth += chain->steps - 1;
-        }
+    for (; *slot && is_inner(*slot); ++depth) {
+        const Stretch stretch(as_inner(*slot), key, depth);
+        counter.add(stretch);
+        last = stretch.last();
+        depth += stretch.steps;
         if (key.ends_at(depth))
-            break;
-        slot = &inner->children[key.half(depth++)];
+            return {last, nullptr, depth};
+        slot = &last->children[key.half(depth)];
+        counter.add_some();
     }
-    return {slot, depth};
+    return {last, slot, depth};
 }
 
 void attach(Inner *inner, size_t depth, Leaf *leaf) {
@@ -135,10 +171,10 @@ kestu_error_t *split(const Nodes &nodes, Place place, Leaf *leaf) {
 
 template <typename Nodes>
 kestu_error_t *put(const Nodes &nodes, Place place, Leaf *leaf) {
-    if (Inner *inner = place.ends_at()) {
-        if (inner->end)
+    if (!place.slot) {
+        if (place.last->end)
             return fail(120082);
-        inner->end = leaf;
+        place.last->end = leaf;
         return nullptr;
     }
     if (*place.slot)
@@ -164,64 +200,67 @@ kestu_error_t *insert(const Nodes &nodes, kestu_trie_t *trie, Key key, void *val
     return nullptr;
 }
 
-// The leaf that alone is left below the inner node `last` takes the place of that node and of those
-// above it, up to the slot `top`, that lead to nothing else. False when there is no such leaf.
+bool leads_only_to(const Inner *inner, const Node *below) {
+    return inner->count == 1 && only_node(inner) == below;
+}
+
+// The leaf that alone is left below `last`, the last inner node on the way of a key, takes the
+// place of that node and of those above it that lead to nothing else.
 template <typename Nodes>
-bool raise_single_leaf(Node **top, const Inner *last) {
-    Node *const leaf = last && last->count == 1 ? only_node(last) : nullptr;
+void raise_single_leaf(Node **root, Key key, const Inner *last) {
+    Node *const leaf = last->count == 1 ? only_node(last) : nullptr;
     if (!leaf || !is_leaf(leaf))
-        return false;
+        return;
+    Node **top = root;
+    Inner *cut = nullptr; // the head of the chain that loses its end
+    Node **slot = root;
+    for (size_t depth = 0;; ++depth) {
+        const Stretch stretch(as_inner(*slot), key, depth);
+        size_t step = stretch.steps;
+        while (step > 0 && leads_only_to(stretch.at(step - 1), as_node(stretch.at(step))))
+            --step;
+        if (step > 0) {
+            top = &stretch.at(step - 1)->children[key.half(depth + step - 1)];
+            cut = stretch.first;
+        }
+        if (stretch.last() == last)
+            break;
+        depth += stretch.steps;
+        slot = &stretch.last()->children[key.half(depth)];
+        if (!leads_only_to(stretch.last(), *slot)) {
+            top = slot;
+            cut = nullptr;
+        }
+    }
     for (Node *node = *top; node != leaf;) {
         Node *const below = only_node(as_inner(node));
         Nodes::release(node);
         node = below;
     }
     *top = leaf;
-    return true;
+    if (cut)
+        HeadMark::clear(cut);
 }
 
 // Lowers the counts on the way down, whether or not the key is there: callers rely on counts that
 // shrink. Only a key that ends at an inner node without being there leaves that node's count.
 template <typename Nodes>
 void remove(Node **root, Key key) {
-    Node **slot = root;
-    Node **top = root; // from here down to `last` no node leads to anything beside
-    Inner *last = nullptr;
-    Inner *head = nullptr; // of the chain by which `slot` was reached, if it was by one
-    Inner *cut = nullptr;  // the same for `top`
-    const auto pass = [&](Inner *inner) {
-        if (last && !(last->count == 1 && only_node(last) == as_node(inner))) {
-            top = slot;
-            cut = head;
-        }
-        --inner->count;
-        last = inner;
-    };
-    for (size_t depth = 0; *slot && is_inner(*slot);) {
-        Inner *const inner = as_inner(*slot);
-        const bool ends = key.ends_at(depth);
-        if (ends && !(inner->end && key.is_of(inner->end)))
+    const auto [last, slot, depth] = follow(root, key, -1u);
+    Leaf *found = nullptr; // whose copy of the key may be the very key that was handed in
+    if (!slot) {
+        if (!last->end || !key.is_of(last->end)) {
+            ++last->count;
             return;
-        pass(inner);
-        if (ends) {
-            Nodes::release(inner->end);
-            inner->end = nullptr;
-            break;
         }
-        const Chain *chain = chain_from(inner);
-        head = chain && chain->leads(key, depth) ? inner : nullptr;
-        for (size_t i = 0; head && i + 1 < chain->steps; ++i) {
-            slot = &last->children[key.half(depth++)];
-            pass(chain->nodes()[i]);
-        }
-        slot = &last->children[key.half(depth++)];
-    }
-    if (*slot && is_leaf(*slot) && key.is_of(as_leaf(*slot))) {
-        Nodes::release(*slot);
+        std::swap(found, last->end);
+    } else if (*slot && is_leaf(*slot) && key.is_of(as_leaf(*slot))) {
+        found = as_leaf(*slot);
         *slot = nullptr;
     }
-    if (raise_single_leaf<Nodes>(top, last) && cut)
-        HeadMark::set(cut, 0);
+    if (last)
+        raise_single_leaf<Nodes>(root, key, last);
+    Nodes::release(found);
 }
 
 } // namespace

@@ -79,13 +79,26 @@ inline Node *only_node(const Inner *inner) {
     return one ? at_slot(inner, static_cast<unsigned>(std::countr_zero(slots))) : nullptr;
 }
 
+// How many bytes at the beginning of two texts of `size` bytes are the same.
+inline size_t same_bytes(const uint8_t *a, const uint8_t *b, size_t size) {
+    size_t i = 0;
+    for (uint64_t x = 0, y = 0; i + sizeof x <= size; i += sizeof x) {
+        std::memcpy(&x, a + i, sizeof x);
+        std::memcpy(&y, b + i, sizeof y);
+        if (x != y)
+            return i + static_cast<size_t>(std::countr_zero(x ^ y)) / 8;
+    }
+    while (i < size && a[i] == b[i])
+        ++i;
+    return i;
+}
+
 // The depth at which the ways of two keys part: their first half-byte that differs, or the end of
 // the shorter. The ways are known to be the same down to `depth`.
 inline size_t parting(Key a, Key b, size_t depth = 0) {
     const size_t shorter = std::min(a.length, b.length);
-    size_t i = std::min(depth / 2, shorter);
-    while (i < shorter && a.bytes[i] == b.bytes[i])
-        ++i;
+    const size_t start = std::min(depth / 2, shorter);
+    const size_t i = start + same_bytes(a.bytes + start, b.bytes + start, shorter - start);
     const bool same_low_half = i < shorter && a.half(2 * i) == b.half(2 * i);
     return 2 * i + same_low_half;
 }

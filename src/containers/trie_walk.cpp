@@ -69,7 +69,8 @@ void traverse_node(const kestu_trie_node_t *node, kestu_trie_func fn, void *bato
             const Fork below{as_inner(node), occupied(as_inner(node))};
             if (!fork.left || forks.push(fork))
                 fork = below;
-            else // without memory to come back here, a walk of its own sees to what is below
+            else // Without memory to come back here, a walk of its own sees to what is below. It
+                 // takes less of the stack than a fifteenth of what the nodes on its way take.
                 traverse_node(node, fn, baton);
         } else if (is_leaf(node)) {
             const Leaf *leaf = as_leaf(node);

@@ -14,6 +14,7 @@
 #include <memory>
 #include <random>
 #include <string>
+#include <string_view>
 #include <vector>
 
 using namespace kestu::test;
@@ -248,6 +249,22 @@ TYPED_TEST(TrieBoth, WalksComeBackToAnyNumberOfForks) {
     kestu_trie_walk(this->trie, compare, &expected);
     EXPECT_TRUE(no_memory.happened());
     EXPECT_EQ(expected.next, keys.data() + keys.size());
+}
+
+TYPED_TEST(TrieBoth, KeysMayBeDeletedByTheirOwnCopies) {
+    const std::string run(40, 'k');
+    for (const auto &key : {run + "a", run + "b", run + "bc", ""s})
+        this->insert(key);
+    const auto remember = [](uint64_t length, const uint8_t *key, void *, void *baton) {
+        *static_cast<std::string_view *>(baton) = {reinterpret_cast<const char *>(key), length};
+    };
+    for (int i = 0; i < 4; ++i) {
+        std::string_view last;
+        kestu_trie_walk(this->trie, remember, &last);
+        (TypeParam::frees ? kestu_triem_delete : kestu_trie_delete)(this->trie, last.data(),
+                                                                    last.size());
+    }
+    EXPECT_EQ(this->trie->root, nullptr);
 }
 
 TEST(Trie, NullIsHarmless) {
