@@ -1,4 +1,4 @@
-// What checksums and bit arrays may use of the processor. A feature counts only when the operating
+// What checksums, bit arrays and texts may use of the processor. A feature counts only when the operating
 // system saves the registers that it works on.
 #pragma once
 

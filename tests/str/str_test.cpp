@@ -1,6 +1,7 @@
 // Conversions, bounded copies, comparison, lengths, trimming, replacement and text in pools.
 #include "kestu_str.h"
 
+#include "str/compare.hpp"
 #include "support/alloc_failure.hpp"
 #include "support/chain.hpp"
 #include "support/pool.hpp"
@@ -13,8 +14,10 @@
 #include <cstring>
 #include <random>
 #include <string>
+#include <vector>
 
 using namespace kestu::test;
+using kestu::ComparePath;
 
 namespace {
 
@@ -162,53 +165,71 @@ TEST(StrBounded, AppendingLooksNoFurtherThanTheSize) {
     EXPECT_EQ(kestu_str_strlcat(target, "xyz", 0), 3u);
 }
 
-TEST(StrComparison, BytesAreFoldedAndSigned) {
-    EXPECT_EQ(kestu_str_stricmp("ABC", "abd"), -1);
-    EXPECT_EQ(kestu_str_stricmp("abc", "ab"), 99);
-    EXPECT_EQ(kestu_str_stricmp("\xE9", "a"), -23 - 97);
-    EXPECT_EQ(kestu_str_stricmp("", ""), 0);
+// The public function, and every path that this processor has.
+class StrComparison : public testing::TestWithParam<ComparePath> {
+  protected:
+    void SetUp() override {
+        if (GetParam().needs && !(kestu::cpu_features().*GetParam().needs))
+            GTEST_SKIP() << "this processor has no path " << GetParam().name;
+    }
+    static int compare(const char *s1, const char *s2) { return GetParam().compare(s1, s2); }
+};
+
+std::vector<ComparePath> comparisons() {
+    const auto paths = kestu::compare_dispatch.all();
+    std::vector<ComparePath> all(paths.begin(), paths.end());
+    all.push_back({"chosen", nullptr, kestu_str_stricmp});
+    return all;
+}
+
+INSTANTIATE_TEST_SUITE_P(Paths, StrComparison, testing::ValuesIn(comparisons()),
+                         [](const auto &path) { return path.param.name; });
+
+TEST_P(StrComparison, BytesAreFoldedAndSigned) {
+    EXPECT_EQ(compare("ABC", "abd"), -1);
+    EXPECT_EQ(compare("abc", "ab"), 99);
+    EXPECT_EQ(compare("\xE9", "a"), -23 - 97);
+    EXPECT_EQ(compare("", ""), 0);
     const auto fold = [](int c) {
         return static_cast<signed char>(c >= 'A' && c <= 'Z' ? c + 32 : c);
     };
-    // Alone, and behind so much that whole registers are compared.
-    for (const std::string &head : {std::string(), std::string(20, 'x')})
+    const std::string tail = " and a tail that is longer than a register";
+    // Alone, and behind so much that other registers were compared before.
+    for (const std::string &head : {std::string(), std::string(20, 'x'), std::string(60, 'x')})
         for (int a = 0; a < 256; ++a)
             for (int b = 0; b < 256; ++b) {
-                const std::string s1 =
-                    head + static_cast<char>(a) + (a ? "tail of sixteen bytes" : "");
-                const std::string s2 =
-                    head + static_cast<char>(b) + (b ? "tail of sixteen bytes" : "");
-                ASSERT_EQ(kestu_str_stricmp(s1.c_str(), s2.c_str()), fold(a) - fold(b))
-                    << a << " " << b;
+                const std::string s1 = head + static_cast<char>(a) + (a ? tail : "");
+                const std::string s2 = head + static_cast<char>(b) + (b ? tail : "");
+                ASSERT_EQ(compare(s1.c_str(), s2.c_str()), fold(a) - fold(b)) << a << " " << b;
             }
 }
 
-TEST(StrComparison, NothingBehindTheLastPageIsRead) {
-    for (size_t length = 0; length < 70; ++length) {
+TEST_P(StrComparison, NothingBehindTheLastPageIsRead) {
+    for (size_t length = 0; length < 100; ++length) {
         std::string upper(length, 'K');
         const std::string lower(length, 'k');
         const EdgeText edge(upper);
-        for (size_t shift = 0; shift < 20; ++shift) {
+        for (const size_t shift : {0, 1, 7, 15, 16, 31, 32, 40}) {
             const EdgeText other(lower, shift);
-            ASSERT_EQ(kestu_str_stricmp(edge, other), 0);
-            ASSERT_EQ(kestu_str_stricmp(other, edge), 0);
+            ASSERT_EQ(compare(edge, other), 0);
+            ASSERT_EQ(compare(other, edge), 0);
         }
         for (size_t place = 0; place < length; ++place) {
             upper[place] = 'm';
-            ASSERT_EQ(kestu_str_stricmp(EdgeText(upper), edge), 2);
+            ASSERT_EQ(compare(EdgeText(upper), edge), 2);
             upper[place] = 'K';
         }
     }
 }
 
-TEST(StrComparison, LongTextsThatMeetPagesAtDifferentPlaces) {
+TEST_P(StrComparison, LongTextsThatMeetPagesAtDifferentPlaces) {
     const std::string lower(20000, 'z');
     const std::string upper(20000, 'Z');
-    for (const size_t shift : {0, 1, 7, 15, 16, 100}) {
+    for (const size_t shift : {0, 1, 7, 15, 16, 31, 33, 100}) {
         const EdgeText a(lower);
         const EdgeText b(upper, shift);
-        EXPECT_EQ(kestu_str_stricmp(a, b), 0) << shift;
-        EXPECT_EQ(kestu_str_stricmp(a, EdgeText(upper + "!", shift)), -'!') << shift;
+        EXPECT_EQ(compare(a, b), 0) << shift;
+        EXPECT_EQ(compare(a, EdgeText(upper + "!", shift)), -'!') << shift;
     }
 }
 
