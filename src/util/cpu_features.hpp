@@ -1,5 +1,5 @@
-// What checksums, bit arrays and texts may use of the processor. A feature counts only when the operating
-// system saves the registers that it works on.
+// What checksums, bit arrays and texts may use of the processor. A feature counts only when the
+// operating system saves the registers that it works on.
 #pragma once
 
 #include <cstdint>
