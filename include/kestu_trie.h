@@ -14,7 +14,8 @@
  * with one comparison. Tries of the `trie` functions live in a pool and go with it; those of the
  * `triem` functions come from the system's allocator, which gets back at once what is deleted. Keys
  * are copied, values are never looked at nor freed. Keys may be of any length: nothing here
- * recurses. Any number of threads may search and walk a trie that nobody changes.
+ * recurses, save a walk that gets no memory for its way back. Any number of threads may search and
+ * walk a trie that nobody changes.
  *
  * In all functions `trie` is the handle, `key` points to the `length` bytes of a key and may be
  * null when there are none, and `baton` is handed through to the callback `fn`.
