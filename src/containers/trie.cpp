@@ -21,6 +21,7 @@ const Leaf *find_leaf(Node *node, Key key) {
         if (key.ends_at(depth))
             return stretch.last()->end;
         node = stretch.last()->children[key.half(depth)];
+        fetch_leaf_beside(node);
     }
     return nullptr;
 }
@@ -125,6 +126,7 @@ Place follow(Node **slot, Key key, uint32_t added) {
         if (key.ends_at(depth))
             return {last, nullptr, depth};
         slot = &last->children[key.half(depth)];
+        fetch_leaf_beside(*slot);
         counter.add_some();
     }
     return {last, slot, depth};
