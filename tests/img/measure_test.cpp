@@ -1,4 +1,4 @@
-// Histogram, entropy and threshold, beside plain loops over the definitions.
+// Histogram, entropy and threshold beside plain loops over the definitions.
 #include "kestu_img_measure.h"
 #include "kestu_mem.h"
 
@@ -10,9 +10,11 @@
 #include <random>
 
 using namespace kestu::test;
-using testing::AnyOf;
 
 namespace {
+
+constexpr const char *counting = "Cannot create histogram of an image.";
+constexpr const char *measuring = "Can't calculate entropy for an image.";
 
 std::vector<uint64_t> histogram(const kestu_img_t &img) {
     int nbins = 0;
@@ -35,63 +37,49 @@ double threshold(const std::vector<uint64_t> &hist) {
 
 // Samples in runs of equal ones, from noise (1) to long ones.
 template <typename Sample>
-void fill_with_runs(Picture<Sample> &picture, unsigned mean_run, std::mt19937 &random) {
+void expect_plain_counts(size_t width, unsigned mean_run, std::mt19937 &random) {
+    SCOPED_TRACE(testing::Message() << width << ", " << mean_run);
+    Picture<Sample> picture(5, width);
+    std::vector<uint64_t> counts(size_t{1} << (8 * sizeof(Sample)));
     Sample value = 0;
     for (auto &row : picture.samples)
-        for (Sample &sample : row)
+        for (Sample &sample : row) {
             sample = value = random() % mean_run == 0 ? static_cast<Sample>(random()) : value;
-}
-
-template <typename Sample>
-void expect_plain_counts(size_t width, unsigned mean_run, std::mt19937 &random) {
-    Picture<Sample> picture(5, width);
-    fill_with_runs(picture, mean_run, random);
-    std::vector<uint64_t> counts(size_t{1} << (8 * sizeof(Sample)));
-    for (const auto &row : picture.samples)
-        for (const Sample sample : row)
             ++counts[sample];
+        }
     double bits = 0;
     for (const uint64_t count : counts)
         if (count) {
             const double p = static_cast<double>(count) / static_cast<double>(5 * width);
             bits -= p * std::log(p) / 0.6931471805599453;
         }
-    EXPECT_EQ(histogram(picture.img), counts) << width << ", " << mean_run;
-    EXPECT_EQ(entropy(picture.img), bits) << width << ", " << mean_run;
+    EXPECT_EQ(histogram(picture.img), counts);
+    EXPECT_EQ(entropy(picture.img), bits);
+}
+
+// The mean level of the bins from `first` to `last`.
+double mean(const std::vector<uint64_t> &hist, size_t first, size_t last) {
+    double levels = 0, pixels = 0;
+    for (size_t i = first; i <= last; ++i) {
+        levels += static_cast<double>(i * hist[i]);
+        pixels += static_cast<double>(hist[i]);
+    }
+    return levels / pixels;
 }
 
 // The method to the letter: all sums anew for every split.
 double literal_threshold(const std::vector<uint64_t> &hist) {
-    const double middle = static_cast<double>(hist.size()) * 0.5;
-    const size_t last = hist.size() - 1;
-    size_t min = 0;
-    if (hist[0] == 0 && hist.size() != 1)
-        for (min = 1; min < last && hist[min] == 0;)
-            ++min;
-    size_t max = last;
-    if (hist[last] == 0) {
-        if (hist.size() == 1)
-            return middle;
-        while (max > 0 && hist[max] == 0)
-            --max;
-        if (max == 0 && hist[0] == 0)
-            return middle;
-    }
+    size_t min = 0, max = hist.size() - 1;
+    while (min < max && hist[min] == 0)
+        ++min;
+    while (max > min && hist[max] == 0)
+        --max;
     if (min >= max)
-        return middle;
+        return static_cast<double>(hist.size()) * 0.5;
     size_t m = min;
     double result = 0;
     do {
-        double sum1 = 0, sum2 = 0, sum3 = 0, sum4 = 0;
-        for (size_t i = min; i <= m; ++i) {
-            sum1 += static_cast<double>(i * hist[i]);
-            sum2 += static_cast<double>(hist[i]);
-        }
-        for (size_t i = m + 1; i <= max; ++i) {
-            sum3 += static_cast<double>(i * hist[i]);
-            sum4 += static_cast<double>(hist[i]);
-        }
-        result = (sum1 / sum2 + sum3 / sum4) / 2;
+        result = (mean(hist, min, m) + mean(hist, m + 1, max)) / 2;
         ++m;
     } while (static_cast<double>(m + 1) <= result && m < max - 1);
     return result;
@@ -109,33 +97,29 @@ TEST(Histogram, CountsAreThoseOfAPlainLoop) {
 }
 
 TEST(Histogram, OneLevelAndTwoLevels) {
-    Picture<uint8_t> sevens(3, 50);
-    for (auto &row : sevens.samples)
-        std::fill(row.begin(), row.end(), 7);
+    const Picture<uint8_t> sevens(std::vector(3, std::vector<uint8_t>(50, 7)));
     EXPECT_EQ(histogram(sevens.img)[7], 150u);
     EXPECT_EQ(entropy(sevens.img), 0.0);
     EXPECT_EQ(threshold(histogram(sevens.img)), 128.0);
-    Picture<uint8_t> halves(2, 20);
-    std::fill(halves.samples[1].begin(), halves.samples[1].end(), 255);
+    const Picture<uint8_t> halves({{0, 255, 0}, {255, 0, 255}});
     EXPECT_EQ(entropy(halves.img), 1.0);
     EXPECT_EQ(threshold(histogram(halves.img)), 127.5);
 }
 
 // The rows of a very large image may be one row many times.
-TEST(Histogram, MorePixelsThan32BitsCount) {
-    Picture<uint8_t> row(1, 1 << 16);
-    std::fill(row.samples[0].begin(), row.samples[0].end(), 9);
+TEST(Histogram, MorePixelsOfALevelThan32BitsCount) {
+    Picture<uint8_t> row(std::vector(1, std::vector<uint8_t>(1 << 16, 9)));
     row.samples[0][100] = 8;
-    std::vector<uint8_t *> rows((1 << 16) + 1, row.rows[0]);
-    row.img.data8 = rows.data();
-    row.img.height = static_cast<int32_t>(rows.size());
-    EXPECT_EQ(histogram(row.img)[9], rows.size() * ((1 << 16) - 1));
+    row.rows.resize((1 << 16) + 2, row.rows[0]);
+    row.img.data8 = row.rows.data();
+    row.img.height = static_cast<int32_t>(row.rows.size());
+    EXPECT_EQ(histogram(row.img)[9], row.rows.size() * ((1 << 16) - 1));
     const double p = 1.0 / (1 << 16);
     EXPECT_NEAR(entropy(row.img), -p * std::log2(p) - (1 - p) * std::log2(1 - p), 1e-12);
 }
 
 TEST(Histogram, ImagesWithoutPixelsHaveNone) {
-    for (const auto &[height, width] : {std::pair{0, 5}, {5, 0}, {-1, -5}}) {
+    for (const auto &[height, width] : {std::pair{0, 5}, {5, 0}, {-1, -5}, {5, -1}}) {
         Picture<uint16_t> picture(0, 0);
         picture.img.height = height;
         picture.img.width = width;
@@ -150,40 +134,32 @@ TEST(Histogram, OtherImagesAreRefused) {
     const struct {
         int32_t samples, photometric, bits;
         const char *message;
-    } cases[] = {
-        {3, 2, 12, not_gray},
-        {0, 0, 8, not_gray},
-        {1, 2, 12, "The photointerpretation is not sutable: 2"},
-        {1, -1, 8, "The photointerpretation is not sutable: -1"},
-        {1, 0, 12, no_depth},
-        {1, 1, -8, no_depth},
-    };
+    } cases[] = {{3, 2, 12, not_gray},
+                 {0, 0, 8, not_gray},
+                 {1, 2, 12, "The photointerpretation is not sutable: 2"},
+                 {1, -1, 8, "The photointerpretation is not sutable: -1"},
+                 {1, 0, 12, no_depth},
+                 {1, 1, -8, no_depth},
+                 {1, 0, 8, "The image has no pixels."}};
     for (const auto &c : cases) {
         kestu_img_t img = {};
+        img.height = img.width = 1;
         img.samples = c.samples;
         img.photometric = c.photometric;
         img.bits[0] = c.bits;
         int nbins = -1;
         uint64_t *hist = nullptr;
         double value = -1;
-        EXPECT_CHAIN(kestu_img_histogram(&img, &nbins, &hist),
-                     Element(0, "Cannot create histogram of an image."), Element(0, c.message));
-        EXPECT_CHAIN(kestu_img_entropy(&img, &value),
-                     Element(0, "Can't calculate entropy for an image."), Element(0, c.message));
+        EXPECT_CHAIN(kestu_img_histogram(&img, &nbins, &hist), Element(0, counting),
+                     Element(0, c.message));
+        EXPECT_CHAIN(kestu_img_entropy(&img, &value), Element(0, measuring), Element(0, c.message));
         EXPECT_EQ(nbins, -1);
         EXPECT_EQ(value, -1);
     }
-    kestu_img_t only_info = {};
-    only_info.samples = only_info.height = only_info.width = 1;
-    only_info.bits[0] = 8;
-    double value = -1;
-    EXPECT_CHAIN(kestu_img_entropy(&only_info, &value),
-                 Element(0, "Can't calculate entropy for an image."),
-                 Element(0, "The image has no pixels."));
 }
 
 TEST(Histogram, WithoutMemoryThereIsNone) {
-    Picture<uint16_t> picture(2, 2);
+    const Picture<uint16_t> picture(2, 2);
     int nbins = 0;
     uint64_t *hist = nullptr;
     kestu_error_t *err = nullptr;
@@ -191,22 +167,21 @@ TEST(Histogram, WithoutMemoryThereIsNone) {
         const AllocFailure failure(1);
         err = kestu_img_histogram(&picture.img, &nbins, &hist);
     }
-    EXPECT_CHAIN(err, Element(120012, "Cannot create histogram of an image."),
+    EXPECT_CHAIN(err, Element(120012, counting),
                  Element(120012, "Failed to allocate 524288 bytes of memory."));
     EXPECT_EQ(hist, nullptr);
 }
 
 TEST(Threshold, SmallHistograms) {
-    EXPECT_EQ(threshold({5}), 0.5);
-    EXPECT_EQ(threshold({0}), 0.5);
+    const struct {
+        std::vector<uint64_t> hist;
+        double threshold;
+    } cases[] = {
+        {{5}, 0.5},       {{0}, 0.5},    {{0, 0, 0}, 1.5},    {{4, 0, 0}, 1.5},
+        {{0, 0, 4}, 1.5}, {{1, 1}, 0.5}, {{0, 3, 0, 3}, 2.0}, {{1, 1, 0, 0, 0, 0, 0, 1}, 3.75}};
+    for (const auto &c : cases)
+        EXPECT_EQ(threshold(c.hist), c.threshold);
     EXPECT_EQ(kestu_img_thres_IJ(0, nullptr), 0.0);
-    EXPECT_EQ(threshold({0, 0, 0}), 1.5);
-    EXPECT_EQ(threshold({4, 0, 0}), 1.5);
-    EXPECT_EQ(threshold({0, 0, 4}), 1.5);
-    EXPECT_EQ(threshold({1, 1}), 0.5);
-    std::vector<uint64_t> hist(256);
-    hist[10] = hist[20] = 3;
-    EXPECT_EQ(threshold(hist), 15.0);
 }
 
 // Small counts, whose sums can be carried along from split to split, and counts so large that sums

@@ -3,17 +3,19 @@
 
 #include "kestu_img.h"
 
+#include <utility>
 #include <vector>
 
 namespace kestu::test {
 
+// A grayscale image, black is zero.
 template <typename Sample>
 struct Picture {
-    Picture(size_t height, size_t width) : samples(height, std::vector<Sample>(width)) {
+    explicit Picture(std::vector<std::vector<Sample>> values) : samples(std::move(values)) {
         for (auto &row : samples)
             rows.push_back(row.data());
-        img.height = static_cast<int32_t>(height);
-        img.width = static_cast<int32_t>(width);
+        img.height = static_cast<int32_t>(samples.size());
+        img.width = samples.empty() ? 0 : static_cast<int32_t>(samples[0].size());
         img.samples = 1;
         img.photometric = 1;
         img.bits[0] = 8 * sizeof(Sample);
@@ -24,11 +26,15 @@ struct Picture {
     }
 
     // Samples that differ from their neighbours in both bytes.
-    void fill() {
-        for (size_t r = 0; r < samples.size(); ++r)
-            for (size_t c = 0; c < samples[r].size(); ++c)
+    Picture(size_t height, size_t width)
+        : Picture(std::vector(height, std::vector<Sample>(width))) {
+        for (size_t r = 0; r < height; ++r)
+            for (size_t c = 0; c < width; ++c)
                 samples[r][c] = static_cast<Sample>(r * 1031 + c * 257 + r * c);
     }
+
+    Picture(const Picture &) = delete;
+    Picture &operator=(const Picture &) = delete;
 
     std::vector<int> pixels() const {
         std::vector<int> all;

@@ -4,9 +4,9 @@
 #include "kestu_img.h"
 
 #include <cstdint>
-#include <initializer_list>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace kestu::test {
@@ -43,8 +43,8 @@ class MemoryFile {
     std::string path_;
 };
 
-std::string u16(std::initializer_list<unsigned> numbers);
-std::string u32(std::initializer_list<unsigned> numbers);
+std::string u16(const std::vector<unsigned> &numbers);
+std::string u32(const std::vector<unsigned> &numbers);
 
 enum : uint16_t { ascii = 2, shorts = 3, longs = 4, rational = 5 };
 
@@ -64,22 +64,27 @@ class Tiff {
 
     Tiff &set(uint16_t tag, uint32_t value) { return set({tag, longs, 1, value}); }
     Tiff &set(Field field); // in place of a field with the same tag
+    Tiff &set_ratio(uint16_t tag, unsigned numerator, unsigned denominator);
     Tiff &drop(uint16_t tag);
-    const std::vector<Field> &fields() const { return fields_; }
+
+    // Strips by their places in the data and their bytes. Places are numbers of `type`, the bytes
+    // of the other type of integers.
+    Tiff &set_strips(const std::vector<std::pair<unsigned, unsigned>> &strips, uint16_t type);
+
     std::string bytes() const;
 
-    // A grayscale image, black is zero, whose samples stand in one strip.
+    // A grayscale image, black is zero, whose samples stand in one strip in front of other data.
     static Tiff gray(uint32_t width, uint32_t height, uint32_t bits, std::string_view samples);
 
     // The pixels 1, 2 and 3, 4 of 8 bits.
     static Tiff tiny() { return gray(2, 2, 8, "\1\2\3\4"); }
 
   private:
+    Tiff &set_list(uint16_t tag, uint16_t type, const std::vector<unsigned> &numbers);
+
     std::string data_;
     std::vector<Field> fields_;
 };
-
-kestu_error_t *read(std::string_view bytes, Image &img);
 
 // The pixels of a file that is read without an error.
 std::vector<int> pixels_of(std::string_view bytes);

@@ -14,197 +14,208 @@
 
 using namespace kestu::test;
 using namespace std::string_literals;
-using testing::AnyOf;
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 namespace {
 
 constexpr const char *reading = "Cannot read TIFF image.";
 constexpr const char *reading_info = "Cannot read TIFF information from file.";
 
-// The root cause with which a file is refused, by both readers but for `by_pixels`. Nothing must be
-// left behind in the record or printed.
-Element refusal(std::string_view bytes, bool by_pixels = false) {
+const Element too_short(120031, "");
+const Element not_complete(120153, "");
+const Element no_meaning(120152, "Unknown photometric interpretation");
+
+// Refused with a root cause by both readers, but that the one of tags alone leaves pixels alone.
+void expect_refused(std::string_view bytes, const Element &root) {
     const MemoryFile file(bytes);
-    Image img;
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
-    kestu_error_t *err = kestu_img_read_tiff(file.path(), &img);
-    const bool left = img.holds_arrays() || img.type != 0;
-    kestu_error_t *info_err = kestu_img_read_tiff_info(file.path(), &img);
-    const bool info_left = !by_pixels && (img.holds_arrays() || img.type != 0);
-    kestu_img_free(&img);
-    EXPECT_EQ(testing::internal::GetCapturedStdout() + testing::internal::GetCapturedStderr(), "");
-    EXPECT_FALSE(left || info_left);
-    const auto chain = take_chain(err);
-    const auto info_chain = take_chain(info_err);
-    if (chain.size() != 2)
-        return {-1, "no chain of two"};
-    EXPECT_EQ(chain[0], Element(chain[1].first, reading));
-    if (by_pixels)
-        EXPECT_THAT(info_chain, IsEmpty());
-    else
-        EXPECT_THAT(info_chain, ElementsAre(Element(chain[1].first, reading_info), chain[1]));
-    return chain[1];
+    Image img, info;
+    EXPECT_CHAIN(kestu_img_read_tiff(file.path(), &img), Element(root.first, reading), root);
+    EXPECT_FALSE(img.holds_arrays() || img.type != 0);
+    kestu_error_t *err = kestu_img_read_tiff_info(file.path(), &info);
+    if (root == not_complete || root == no_meaning) {
+        EXPECT_OK(err);
+    } else {
+        EXPECT_CHAIN(err, Element(root.first, reading_info), root);
+        EXPECT_FALSE(info.holds_arrays() || info.type != 0);
+    }
 }
 
 } // namespace
 
-TEST(TiffRefusal, WhatIsNotTiffIsRefused) {
-    EXPECT_EQ(refusal(""), Element(120031, ""));
-    EXPECT_EQ(refusal("II*"), Element(120031, ""));
-    EXPECT_EQ(refusal("II*\0abc"s), Element(120031, ""));
-    EXPECT_EQ(refusal("MM\0*\0\0\0\10"s), Element(120150, "Motorola TIFF is not supported."));
-    EXPECT_EQ(refusal("IM*\0"s), Element(120150, "Unknown data format."));
-    EXPECT_EQ(refusal("MI*\0"s), Element(120150, "Unknown data format."));
-    EXPECT_EQ(refusal("A text."), Element(120150, "Unknown data format."));
-    EXPECT_EQ(refusal("II+\0"s), Element(120150, "Unknown TIFF format."));
-    EXPECT_EQ(refusal("II*\0\0\0\0\0"s), Element(0, "No image data were found."));
-    std::string odd = Tiff::tiny().bytes();
-    odd[3] = 7; // is not looked at
-    EXPECT_EQ(pixels_of(odd), (std::vector{1, 2, 3, 4}));
-}
-
-TEST(TiffRefusal, TagsThatBreakTheirRulesAreRefused) {
-    const auto with = [](Field field) { return Tiff::tiny().set(field).bytes(); };
-    const auto invalid = [](const char *values) {
-        return Element(120151, std::string("Invalid TIFF tag [") + values + "]");
-    };
-    EXPECT_EQ(refusal(with({258, longs, 1, 8})), invalid("name=258 type=4 length=1 offset=8"));
-    EXPECT_EQ(refusal(with({258, shorts, 4, 33})), invalid("name=258 type=3 length=4 offset=33"));
-    EXPECT_EQ(refusal(with({258, shorts, 0, 33})), invalid("name=258 type=3 length=0 offset=33"));
-    EXPECT_EQ(refusal(with({277, shorts, 3, 1})), invalid("name=277 type=3 length=3 offset=1"));
-    EXPECT_EQ(refusal(with({277, longs, 1, 1})), invalid("name=277 type=4 length=1 offset=1"));
-    EXPECT_EQ(refusal(with({277, 65535, 0xffffffff, 0x80000000})),
-              invalid("name=277 type=65535 length=-1 offset=-2147483648"));
-    for (const uint16_t tag : {282, 283}) {
-        Tiff tiff = Tiff::tiny();
-        tiff.set({tag, rational, 1, tiff.put(u32({1, 0}))});
-        EXPECT_EQ(refusal(tiff.bytes()).first, 120151);
-    }
-}
-
-TEST(TiffRefusal, ValuesThatTheFileDoesNotHoldAreRefused) {
-    const Field cases[] = {
-        {258, shorts, 3, 0x7fffffff}, {273, longs, 2, 0xffffffff},    {273, longs, 0xffffffff, 8},
-        {273, shorts, 1 << 20, 8},    {279, longs, 0x80000000, 8},    {279, shorts, 2, 0x2000},
-        {282, rational, 1, 1000},     {283, rational, 1, 0xffffffff}, {305, ascii, 0xffffffff, 8},
-        {305, ascii, 200, 8},         {305, ascii, 1, 1000},
-    };
-    for (const Field &field : cases)
-        EXPECT_EQ(refusal(Tiff::tiny().set(field).bytes()), Element(120031, ""))
-            << field.tag << " " << field.count;
-}
-
-TEST(TiffRefusal, StructuresThatMakeNoImageAreRefused) {
-    EXPECT_EQ(refusal(Tiff::tiny().set(296, 1).bytes()),
-              Element(120152, "Unknown resolution units [1] in TIFF file"));
-    EXPECT_EQ(refusal(Tiff::tiny().drop(279).bytes()),
-              Element(120152, "Inconsistent number of strips [1 vs. 0]"));
-    EXPECT_EQ(refusal(Tiff::tiny().drop(262).bytes(), true),
-              Element(120152, "Unknown photometric interpretation"));
-    Image img;
-    EXPECT_CHAIN(read(Tiff::tiny().drop(262).drop(279).bytes(), img), Element(120152, reading),
-                 Element(120152, "Unknown photometric interpretation"));
-}
-
-TEST(TiffRefusal, DirectoriesThatNeverEndAreRefused) {
+TEST(TiffRefusal, FilesThatHoldNoImage) {
+    const Element unknown(120150, "Unknown data format.");
+    const Element loop(120152, "TIFF directories form a loop.");
     const auto empty = [](uint32_t next) { return tiff_directory({}, next); };
-    const std::string cycles[] = {
-        tiff_header(8) + empty(8),
-        tiff_header(8) + empty(14) + empty(20) + empty(14),
-        tiff_header(8) + empty(14) + empty(20) + empty(26) + empty(8) + std::string(500, '\0'),
-    };
-    for (const std::string &bytes : cycles)
-        EXPECT_EQ(refusal(bytes), Element(120152, "TIFF directories form a loop."));
     MemoryFile shared(tiff_header(8));
     shared.resize(1400);
     for (unsigned at = 8; at < 128; at += 6) {
         shared.write_at(at, u16({100}));
         shared.write_at(at + 2 + 100 * 12, u32({at + 6}));
     }
-    EXPECT_EQ(refusal(shared.bytes()), Element(120152, "TIFF directories share bytes."));
+    const struct {
+        const char *what;
+        std::string bytes;
+        Element root;
+    } cases[] = {
+        {"no byte", "", too_short},
+        {"three bytes", "II*", too_short},
+        {"half an offset", "II*\0abc"s, too_short},
+        {"big-endian", "MM\0*\0\0\0\10"s, {120150, "Motorola TIFF is not supported."}},
+        {"IM", "IM*\0"s, unknown},
+        {"MI", "MI*\0"s, unknown},
+        {"text", "A text.", unknown},
+        {"another number", "II+\0"s, {120150, "Unknown TIFF format."}},
+        {"no directory", "II*\0\0\0\0\0"s, {0, "No image data were found."}},
+        {"a directory that is its next", tiff_header(8) + empty(8), loop},
+        {"a loop at the end", tiff_header(8) + empty(14) + empty(20) + empty(14), loop},
+        {"a long loop", tiff_header(8) + empty(14) + empty(20) + empty(8) + std::string(99, 0),
+         loop},
+        {"overlaps", shared.bytes(), {120152, "TIFF directories share bytes."}},
+        {"strips without bytes",
+         Tiff::tiny().drop(279).bytes(),
+         {120152, "Inconsistent number of strips [1 vs. 0]"}},
+        {"levels without a meaning", Tiff::tiny().drop(262).bytes(), no_meaning},
+    };
+    for (const auto &[what, bytes, root] : cases) {
+        SCOPED_TRACE(what);
+        expect_refused(bytes, root);
+    }
+    const MemoryFile both(Tiff::tiny().drop(262).drop(279).bytes());
+    Image img;
+    EXPECT_CHAIN(kestu_img_read_tiff(both.path(), &img), Element(120152, reading), no_meaning);
+}
+
+TEST(TiffRefusal, TagsThatBreakTheirRulesOrReachPastTheEndOfTheFile) {
+    const auto invalid = [](const std::string &entry) {
+        return Element(120151, "Invalid TIFF tag [" + entry + "]");
+    };
+    const struct {
+        Field field;
+        Element root;
+    } cases[] = {
+        {{258, longs, 1, 8}, invalid("name=258 type=4 length=1 offset=8")},
+        {{258, shorts, 4, 33}, invalid("name=258 type=3 length=4 offset=33")},
+        {{258, shorts, 0, 33}, invalid("name=258 type=3 length=0 offset=33")},
+        {{277, shorts, 3, 1}, invalid("name=277 type=3 length=3 offset=1")},
+        {{277, longs, 1, 1}, invalid("name=277 type=4 length=1 offset=1")},
+        {{277, 65535, ~0u, 1u << 31}, invalid("name=277 type=65535 length=-1 offset=-2147483648")},
+        {{282, rational, 1, 12}, invalid("name=282 type=5 length=1 offset=12")},
+        {{283, rational, 1, 12}, invalid("name=283 type=5 length=1 offset=12")},
+        {{296, shorts, 1, 1}, {120152, "Unknown resolution units [1] in TIFF file"}},
+        {{258, shorts, 3, 0x7fffffff}, too_short},
+        {{273, longs, 2, 0xffffffff}, too_short},
+        {{273, longs, 0xffffffff, 8}, too_short},
+        {{273, shorts, 1 << 20, 8}, too_short},
+        {{279, longs, 0x80000000, 8}, too_short},
+        {{279, shorts, 2, 0x2000}, too_short},
+        {{282, rational, 1, 1000}, too_short},
+        {{283, rational, 1, 0xffffffff}, too_short},
+        {{305, ascii, 0xffffffff, 8}, too_short},
+        {{305, ascii, 200, 8}, too_short},
+        {{305, ascii, 1, 1000}, too_short},
+        {{279, longs, 1, 1000}, not_complete},
+        {{273, longs, 1, 0xffffffff}, not_complete},
+    };
+    for (const auto &[field, root] : cases) {
+        SCOPED_TRACE(testing::Message() << field.tag << ": " << field.count << ", " << field.value);
+        const std::string pixels_and_ratio = "\1\2\3\4\1\0\0\0\0\0\0\0"s;
+        expect_refused(Tiff::gray(2, 2, 8, pixels_and_ratio).set(field).bytes(), root);
+    }
+}
+
+TEST(TiffRefusal, MoreNumbersThanAnIntCounts) {
+    MemoryFile file(Tiff::tiny().set({305, ascii, 1u << 31, 8}).bytes());
+    file.resize(3ull << 30);
+    Image img;
+    EXPECT_CHAIN(kestu_img_read_tiff(file.path(), &img), Element(120151, reading),
+                 Element(120151, "Invalid TIFF tag [name=305 type=2 length=-2147483648 offset=8]"));
 }
 
 // Nothing that a small file claims makes the reader ask for much memory.
-TEST(TiffRefusal, ImagesThatClaimMoreThanTheFileHoldsAreRefused) {
+TEST(TiffRefusal, ImagesThatClaimMoreThanTheFileHolds) {
     const struct {
         uint32_t width, height, bits;
     } cases[] = {{1, 1u << 31, 8},   {1, 0x7fffffff, 8},           {0, 0x7fffffff, 16},
                  {0xffffffff, 1, 8}, {0xffffffff, 0xffffffff, 16}, {1, 1'000'005, 8},
                  {1024, 1025, 8},    {(1 << 19) + 3, 1, 16},       {65536, 65536, 16}};
-    for (const auto &c : cases)
-        EXPECT_EQ(refusal(Tiff::gray(c.width, c.height, c.bits, "abcd").bytes(), true),
-                  Element(120153, ""))
-            << c.width << " x " << c.height;
-    EXPECT_EQ(pixels_of(Tiff::gray((1 << 19) + 2, 1, 16, "a\0b\0"s).bytes())[1], 'b');
-    EXPECT_EQ(refusal(Tiff::tiny().set(279, 1000).bytes(), true), Element(120153, ""));
-    EXPECT_EQ(refusal(Tiff::tiny().set(273, 0xffffffff).bytes(), true), Element(120153, ""));
-    Tiff shared = Tiff::gray(4096, 4096, 8, std::string(60000, 'a'));
-    std::string offsets;
-    std::string bytes;
-    for (int i = 0; i < 1000; ++i) {
-        offsets += u16({8});
-        bytes += u16({60000});
+    for (const auto &[width, height, bits] : cases) {
+        SCOPED_TRACE(testing::Message() << width << " x " << height);
+        expect_refused(Tiff::gray(width, height, bits, "abcd").bytes(), not_complete);
     }
-    shared.set({273, shorts, 1000, shared.put(offsets)});
-    shared.set({279, shorts, 1000, shared.put(bytes)});
-    EXPECT_EQ(refusal(shared.bytes(), true), Element(120153, ""));
+    EXPECT_EQ(pixels_of(Tiff::gray((1 << 19) + 2, 1, 16, "a\0b\0"s).bytes())[1], 'b');
+    Tiff shared = Tiff::gray(4096, 4096, 8, std::string(60000, 'a'));
+    shared.set_strips(std::vector(1000, std::pair(0u, 60000u)), shorts);
+    expect_refused(shared.bytes(), not_complete);
     EXPECT_EQ(pixels_of(shared.set(257, 256).bytes()), std::vector<int>(1 << 20, 'a'));
 }
 
 TEST(TiffRefusal, MatricesWithoutRowsOrColumnsAreTheAllocatorsErrors) {
-    Image img;
-    EXPECT_CHAIN(read(Tiff::tiny().set(256, 0).bytes(), img), Element(120010, reading),
+    const auto read = [](const Tiff &tiff) {
+        const MemoryFile file(tiff.bytes());
+        Image img;
+        kestu_error_t *err = kestu_img_read_tiff(file.path(), &img);
+        EXPECT_FALSE(img.holds_arrays());
+        return err;
+    };
+    EXPECT_CHAIN(read(Tiff::tiny().set(256, 0)), Element(120010, reading),
                  Element(120010, "Cannot allocate matrix."),
                  Element(120010, "Cannot allocate memory for 0 elements."));
-    EXPECT_CHAIN(read(Tiff::tiny().set(257, 0).set(256, 1u << 31).bytes(), img),
-                 Element(120014, reading), Element(120014, "Cannot allocate matrix."),
+    EXPECT_CHAIN(read(Tiff::tiny().set(257, 0).set(256, 1u << 31)), Element(120014, reading),
+                 Element(120014, "Cannot allocate matrix."),
                  Element(120014, "Cannot allocate memory of size 0 bytes."));
-    EXPECT_FALSE(img.holds_arrays());
 }
 
-TEST(TiffRefusal, AFileCutAnywhereIsRefused) {
+TEST(TiffRefusal, AFileCutAnywhereLeavesNothingBehind) {
     const std::string pixels = "abcdef";
     const std::vector<Field> fields = {{256, longs, 1, 3},      {257, longs, 1, 2},
                                        {258, shorts, 1, 8},     {262, shorts, 1, 1},
-                                       {282, rational, 1, 122}, {305, ascii, 10, 130},
-                                       {273, longs, 2, 140},    {279, shorts, 2, 148}};
-    std::string file = tiff_header(8) + tiff_directory(fields);
-    ASSERT_EQ(file.size(), 110u);
-    file.resize(122);
-    file += u32({300, 1}) + "a program\0"s + u32({152, 154}) + u16({2, 4}) + pixels;
+                                       {282, rational, 1, 110}, {305, ascii, 10, 118},
+                                       {273, longs, 2, 128},    {279, shorts, 2, 136}};
+    const std::string tags = tiff_header(8) + tiff_directory(fields) + u32({300, 1}) +
+                             "a program\0"s + u32({140, 142}) + u16({2, 4});
+    ASSERT_EQ(tags.size(), 140u);
+    const std::string file = tags + pixels;
     EXPECT_EQ(pixels_of(file), std::vector<int>(pixels.begin(), pixels.end()));
-    refusal("");
     const long blocks = live_blocks();
     for (size_t size = 0; size < file.size(); ++size) {
-        const bool in_pixels = size >= 152;
-        EXPECT_EQ(refusal(std::string_view(file).substr(0, size), in_pixels),
-                  Element(in_pixels ? 120153 : 120031, ""))
-            << "cut to " << size;
+        SCOPED_TRACE(size);
+        expect_refused(file.substr(0, size), size < tags.size() ? too_short : not_complete);
     }
     EXPECT_EQ(live_blocks(), blocks);
 }
 
+TEST(TiffRefusal, TheDispatcherWrapsAndForgetsWhatIsNotTiff) {
+    Image img;
+    const MemoryFile text("This is a text.");
+    const long blocks = live_blocks();
+    EXPECT_CHAIN(kestu_img_read(text.path(), &img), Element(120154, ""));
+    EXPECT_EQ(live_blocks(), blocks);
+    const MemoryFile short_file("II*");
+    EXPECT_CHAIN(kestu_img_read(short_file.path(), &img), Element(120031, "Cannot read image."),
+                 Element(120031, reading_info), too_short);
+    const MemoryFile silent(Tiff::tiny().drop(262).bytes());
+    EXPECT_CHAIN(kestu_img_read(silent.path(), &img), Element(120152, "Cannot read image."),
+                 Element(120152, reading), no_meaning);
+    EXPECT_FALSE(img.holds_arrays());
+}
+
 TEST(TiffRefusal, PathsThatLeadToNoFile) {
     namespace fs = std::filesystem;
-    const fs::path folder = fs::temp_directory_path() / ("kestu-img-" + std::to_string(getpid()));
+    const std::string folder =
+        fs::temp_directory_path() / ("kestu-img-" + std::to_string(getpid()));
+    const std::string loop = folder + "/loop";
+    const std::string fifo = folder + "/fifo";
     fs::create_directory(folder);
-    const std::string loop = folder / "loop";
-    const std::string fifo = folder / "fifo";
     fs::create_symlink(loop, loop);
     ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
     Image img;
-    for (const std::string &path : {folder.string() + "/missing", loop, loop + "/a"}) {
+    for (const std::string &path : {folder + "/missing", loop, loop + "/a"}) {
         std::fill_n(reinterpret_cast<char *>(&img), sizeof(kestu_img_t), '\xff');
         EXPECT_CHAIN(kestu_img_read_tiff(path.c_str(), &img), Element(120030, reading),
                      Element(120030, "Cannot open file '" + path + "'"));
         EXPECT_FALSE(img.holds_arrays());
     }
-    for (const std::string &path : {folder.string(), "/dev/null"s, "/proc/self/mem"s})
-        EXPECT_CHAIN(kestu_img_read_tiff(path.c_str(), &img), Element(120031, reading),
-                     Element(120031, ""));
+    for (const std::string &path : {folder, "/dev/null"s, "/proc/self/mem"s})
+        EXPECT_CHAIN(kestu_img_read_tiff(path.c_str(), &img), Element(120031, reading), too_short);
     const int end = open(fifo.c_str(), O_RDWR | O_CLOEXEC);
     const std::string bytes = Tiff::tiny().bytes();
     ASSERT_EQ(write(end, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
@@ -216,23 +227,16 @@ TEST(TiffRefusal, PathsThatLeadToNoFile) {
 
 TEST(TiffRefusal, WithoutMemoryNothingIsLeftBehind) {
     Tiff tiff = Tiff::gray(2, 3, 16, std::string(12, '\1'));
-    tiff.set({305, ascii, 5, tiff.put("text")});
-    tiff.set({273, longs, 2, tiff.put(u32({8, 14}))});
-    tiff.set({279, shorts, 2, tiff.put(u16({6, 6}))});
+    tiff.set({305, ascii, 5, tiff.put("text")}).set_strips({{0, 6}, {6, 6}}, longs);
     const MemoryFile file(tiff.bytes());
     const long blocks = live_blocks();
-    size_t failures = 0;
-    fail_each_allocation([&](size_t) {
+    const size_t failures = fail_each_allocation([&](size_t) {
         Image img;
-        if (kestu_error_t *err = kestu_img_read(file.path(), &img)) {
-            ++failures;
-            EXPECT_FALSE(img.holds_arrays());
-            const int code = err->code;
-            kestu_error_clear(err);
-            EXPECT_THAT(code, AnyOf(120012, 120030));
-        } else {
-            EXPECT_EQ(img.data16[2][1], 257);
-        }
+        kestu_error_t *err = kestu_img_read(file.path(), &img);
+        EXPECT_EQ(img.holds_arrays(), err == nullptr);
+        const int code = err ? err->code : 120012;
+        kestu_error_clear(err);
+        EXPECT_TRUE(code == 120012 || code == 120030);
     });
     EXPECT_GE(failures, 10u);
     EXPECT_EQ(live_blocks(), blocks);
