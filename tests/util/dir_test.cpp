@@ -4,6 +4,7 @@
 
 #include "support/alloc_failure.hpp"
 #include "support/chain.hpp"
+#include "support/small_stack.hpp"
 
 #include <algorithm>
 #include <cerrno>
@@ -17,7 +18,6 @@
 
 #include <dirent.h>
 #include <dlfcn.h>
-#include <pthread.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -54,6 +54,12 @@ namespace {
 
 const Element cannot(0, "Cannot traverse directories.");
 
+using Action = std::function<kestu_error_t *(const char *path, apr_pool_t *pool)>;
+
+kestu_error_t *act(const char *path, void *action, apr_pool_t *pool) {
+    return (*static_cast<Action *>(action))(path, pool);
+}
+
 class Dir : public testing::Test {
   protected:
     Dir() {
@@ -68,49 +74,49 @@ class Dir : public testing::Test {
             ADD_FAILURE() << root << " stays";
     }
 
-    void file(const std::string &name) {
-        fs::create_directories(fs::path(root + "/" + name).parent_path());
-        std::ofstream(root + "/" + name) << name;
-    }
-
-    // The paths below the root that a traversal with `flags` visits.
-    std::vector<std::string> visited(int flags, const char *include = nullptr,
-                                     const char *exclude = nullptr) {
-        seen.clear();
-        kestu_dir_traverse_t options = {.flags = flags,
-                                        .exclude = nullptr,
-                                        .include = nullptr,
-                                        .callback = collect,
-                                        .user_data = this};
-        EXPECT_OK(kestu_dir_traverse(root.c_str(), include, exclude, &options, pool));
-        return seen;
+    void make_files(const std::vector<std::string> &names) {
+        for (const std::string &name : names) {
+            fs::create_directories(fs::path(root + "/" + name).parent_path());
+            std::ofstream(root + "/" + name) << name;
+        }
     }
 
     // Traverses with a callback that does what `action` says.
-    kestu_error_t *traverse(int flags, std::function<kestu_error_t *(const char *)> action) {
-        kestu_dir_traverse_t options = {.flags = flags,
-                                        .exclude = nullptr,
-                                        .include = nullptr,
-                                        .callback = act,
-                                        .user_data = &action};
-        return kestu_dir_traverse(root.c_str(), nullptr, nullptr, &options, pool);
+    kestu_error_t *traverse(int flags, Action action, const char *include = nullptr,
+                            const char *exclude = nullptr) {
+        options.flags = flags;
+        options.callback = act;
+        options.user_data = &action;
+        return kestu_dir_traverse(root.c_str(), include, exclude, &options, pool);
+    }
+
+    // The paths below the root that a traversal with new options visits.
+    std::vector<std::string> visited(int flags, const char *include = nullptr,
+                                     const char *exclude = nullptr) {
+        std::vector<std::string> seen;
+        const auto collect = [&](const char *path, apr_pool_t *) -> kestu_error_t * {
+            EXPECT_EQ(std::string(path).substr(0, root.size() + 1), root + "/");
+            seen.emplace_back(path + root.size() + 1);
+            return nullptr;
+        };
+        options = {};
+        EXPECT_OK(traverse(flags, collect, include, exclude));
+        return seen;
     }
 
     std::string root;
-    std::vector<std::string> seen;
     apr_pool_t *pool = nullptr;
+    kestu_dir_traverse_t options = {};
+    int calls = 0;
 
-  private:
-    static kestu_error_t *collect(const char *path, void *user_data, apr_pool_t *pool) {
-        auto &test = *static_cast<Dir *>(user_data);
-        EXPECT_NE(apr_palloc(pool, 100000), nullptr);
-        EXPECT_EQ(std::string(path).substr(0, test.root.size() + 1), test.root + "/");
-        test.seen.emplace_back(path + test.root.size() + 1);
+    const Action count = [this](const char *, apr_pool_t *) {
+        ++calls;
         return nullptr;
-    }
-    static kestu_error_t *act(const char *path, void *user_data, apr_pool_t *) {
-        return (*static_cast<std::function<kestu_error_t *(const char *)> *>(user_data))(path);
-    }
+    };
+    const Action fail = [this](const char *, apr_pool_t *) {
+        ++calls;
+        return kestu_error_create(0, 7, nullptr, "mine");
+    };
 };
 
 size_t open_files() {
@@ -124,7 +130,7 @@ void list_in_order(const std::string &dir, const std::string &prefix,
     std::vector<std::string> folders;
     for (const auto &entry : fs::directory_iterator(dir)) {
         const std::string name = entry.path().filename();
-        if (entry.symlink_status().type() == fs::file_type::directory)
+        if (entry.is_directory() && !entry.is_symlink())
             folders.push_back(name);
         else
             paths.push_back(prefix + name);
@@ -136,50 +142,39 @@ void list_in_order(const std::string &dir, const std::string &prefix,
 } // namespace
 
 TEST_F(Dir, FilesOfAFolderComeBeforeItsSubfoldersAndEachOfThoseAsAWhole) {
-    for (const char *folder :
-         {"", "x/", "y/", "z/", "y/b/", "y/a/", "y/a/deep/", "z/only/folders/"})
-        for (const char *name : {"3", "1", "2"})
-            if (*folder != 'z' || name[0] == '1')
-                file(std::string(folder) + name);
+    for (const std::string folder : {"", "x/", "y/", "y/b/", "y/a/", "y/a/deep/"})
+        make_files({folder + "3", folder + "1", folder + "2"});
+    make_files({"z/1", "z/only/folders/1"});
     std::vector<std::string> expected;
     list_in_order(root, "", expected);
     EXPECT_EQ(visited(KESTU_DIR_RECURSE), expected);
-    types_are_told = false;
-    EXPECT_EQ(visited(KESTU_DIR_RECURSE), expected);
     EXPECT_THAT(visited(0), UnorderedElementsAre("1", "2", "3"));
-    types_are_told = true;
 }
 
 TEST_F(Dir, OnlyFilesAndLinksAreReportedAndLinksAreNotFollowed) {
-    file("file");
-    file("sub/inner");
+    make_files({"file", "sub/inner"});
     fs::create_directory_symlink(".", root + "/loop");
     fs::create_symlink("nowhere", root + "/dangling");
     ASSERT_EQ(mkfifo((root + "/pipe").c_str(), 0600), 0);
-    for (const bool told : {true, false}) {
+    for (const bool told : {false, true}) {
         types_are_told = told;
         EXPECT_THAT(visited(KESTU_DIR_RECURSE),
                     UnorderedElementsAre("file", "loop", "dangling", "sub/inner"));
         EXPECT_THAT(visited(0), UnorderedElementsAre("file", "loop", "dangling"));
     }
-    types_are_told = true;
 }
 
 TEST_F(Dir, NamesOfAnyBytesAndOfFullLengthAreVisited) {
     std::string every_byte;
     for (int byte = 1; byte < 256; ++byte)
         every_byte += byte == '/' ? 'x' : static_cast<char>(byte);
-    ASSERT_EQ(every_byte.size(), 255u);
-    const std::string longest(255, 'n');
-    file(every_byte + "/" + longest);
-    file("...");
-    EXPECT_THAT(visited(KESTU_DIR_RECURSE),
-                UnorderedElementsAre("...", every_byte + "/" + longest));
+    const std::string path = every_byte + "/" + std::string(255, 'n');
+    make_files({path, "..."});
+    EXPECT_THAT(visited(KESTU_DIR_RECURSE), UnorderedElementsAre("...", path));
 }
 
 TEST_F(Dir, ListsFilterTheWholePath) {
-    for (const char *name : {"a.c", "b.h", "c.o", "sub/d.c", "sub/.e.c", "F.C"})
-        file(name);
+    make_files({"a.c", "b.h", "c.o", "sub/d.c", "sub/.e.c", "F.C"});
     constexpr int deep = KESTU_DIR_RECURSE;
     EXPECT_THAT(visited(deep, "*.c;*.h"),
                 UnorderedElementsAre("a.c", "b.h", "sub/d.c", "sub/.e.c"));
@@ -197,78 +192,65 @@ TEST_F(Dir, ListsFilterTheWholePath) {
 }
 
 TEST_F(Dir, ListsThatAreThereStayWithoutATextForThem) {
-    file("a.c");
-    file("b.h");
-    seen.clear();
-    int calls = 0;
-    kestu_dir_traverse_t options = {};
-    options.user_data = &calls;
-    options.callback = [](const char *, void *user_data, apr_pool_t *) -> kestu_error_t * {
-        ++*static_cast<int *>(user_data);
-        return nullptr;
-    };
+    make_files({"a.c", "b.h"});
     compilePattern("*.c", &options.include, pool);
     apr_array_header_t *const compiled = options.include;
-    EXPECT_OK(kestu_dir_traverse(root.c_str(), nullptr, nullptr, &options, pool));
+    EXPECT_OK(traverse(0, count));
     EXPECT_EQ(calls, 1);
     EXPECT_EQ(options.include, compiled);
-    EXPECT_OK(kestu_dir_traverse(root.c_str(), "*", "*.h;*.c", &options, pool));
+    EXPECT_OK(traverse(0, count, "*", "*.h;*.c"));
     EXPECT_EQ(calls, 1);
     EXPECT_EQ(options.exclude->nelts, 2);
 }
 
 TEST_F(Dir, PatternsAreThePiecesBetweenSemicolons) {
     apr_array_header_t *array = nullptr;
-    const kestu_dir_traverse_t flags = {.flags = KESTU_DIR_CASE_BLIND | KESTU_DIR_RECURSE,
-                                        .exclude = nullptr,
-                                        .include = nullptr,
-                                        .callback = nullptr,
-                                        .user_data = nullptr};
+    options.flags = KESTU_DIR_CASE_BLIND | KESTU_DIR_RECURSE;
+    const auto matches = [&](const char *path) {
+        return matchToCompositePattern(path, array, &options);
+    };
     compilePattern(nullptr, &array, pool);
     EXPECT_EQ(array, nullptr);
-    EXPECT_EQ(matchToCompositePattern("x", array, &flags), 1);
-    EXPECT_EQ(matchToCompositePattern(nullptr, array, &flags), 1);
+    EXPECT_EQ(matches("x"), 1);
+    EXPECT_EQ(matches(nullptr), 1);
     compilePattern(";; a ;b?;;[c-e]*;", &array, pool);
     ASSERT_EQ(array->nelts, 3);
     EXPECT_STREQ(reinterpret_cast<char **>(array->elts)[0], " a ");
     for (const char *path : {" a ", "bx", "B\xff", "eeee", "D"})
-        EXPECT_EQ(matchToCompositePattern(path, array, &flags), 1) << path;
+        EXPECT_EQ(matches(path), 1) << path;
     for (const char *path : {"a", "b", "", "f"})
-        EXPECT_EQ(matchToCompositePattern(path, array, &flags), 0) << path;
-    EXPECT_EQ(matchToCompositePattern(nullptr, array, &flags), 0);
-    char added[] = "f";
-    *static_cast<char **>(apr_array_push(array)) = added; // users extend lists
-    EXPECT_EQ(matchToCompositePattern("f", array, &flags), 1);
+        EXPECT_EQ(matches(path), 0) << path;
+    EXPECT_EQ(matches(nullptr), 0);
     compilePattern("", &array, pool);
     EXPECT_EQ(array->nelts, 0);
-    EXPECT_EQ(matchToCompositePattern("", array, &flags), 0);
-    *static_cast<char **>(apr_array_push(array)) = added;
-    EXPECT_EQ(matchToCompositePattern("F", array, &flags), 1);
+    EXPECT_EQ(matches(""), 0);
+    char added[] = "f";
+    *static_cast<char **>(apr_array_push(array)) = added; // users extend lists
+    EXPECT_EQ(matches("F"), 1);
 }
 
 TEST_F(Dir, AFolderThatCannotBeOpenedEndsTheTraversal) {
     const size_t open_before = open_files();
-    kestu_dir_traverse_t options = {};
     EXPECT_CHAIN(kestu_dir_traverse((root + "/none").c_str(), "*", nullptr, &options, pool), cannot,
                  Element(0, "(" + root + "/none): No such file or directory"));
-    file("a/1");
-    file("b/1");
+    make_files({"a/1", "b/1"});
     std::string gone;
-    kestu_error_t *err = traverse(KESTU_DIR_RECURSE, [&](const std::string &path) {
-        EXPECT_EQ(gone, "");
-        gone = root + (path == root + "/a/1" ? "/b" : "/a");
-        fs::remove_all(gone);
-        return nullptr;
-    });
+    kestu_error_t *err = traverse(
+        KESTU_DIR_RECURSE,
+        [&](const char *path, apr_pool_t *) {
+            EXPECT_EQ(gone, "");
+            gone = root + (path == root + "/a/1" ? "/b" : "/a");
+            fs::remove_all(gone);
+            return nullptr;
+        },
+        "*");
     EXPECT_CHAIN(err, cannot, Element(0, "(" + gone + "): No such file or directory"));
     EXPECT_EQ(open_files(), open_before);
 }
 
 TEST_F(Dir, FilesThatVanishOrCannotBeLookedUpArePassedOver) {
-    for (const char *name : {"1", "2", "3", "4"})
-        file(name);
-    int calls = 0;
-    EXPECT_OK(traverse(0, [&](const std::string &path) {
+    make_files({"1", "2", "3", "4"});
+    EXPECT_OK(traverse(0, [&](const char *path, apr_pool_t *) {
         ++calls;
         for (const auto &entry : fs::directory_iterator(root))
             if (entry.path() != path)
@@ -277,7 +259,7 @@ TEST_F(Dir, FilesThatVanishOrCannotBeLookedUpArePassedOver) {
     }));
     EXPECT_EQ(calls, 1);
 
-    file("locked/file");
+    make_files({"locked/file"});
     ASSERT_EQ(chmod((root + "/locked").c_str(), 0444), 0);
     const bool was_root = geteuid() == 0;
     if (was_root && seteuid(65534) != 0)
@@ -288,66 +270,55 @@ TEST_F(Dir, FilesThatVanishOrCannotBeLookedUpArePassedOver) {
     EXPECT_EQ(with_folder_locked.size(), 1u);
 }
 
+// The folder in which the error of the callback ends it belongs to the pool.
 TEST_F(Dir, ErrorsOfTheCallbackArePrintedOrEndTheTraversal) {
-    file("1");
-    file("2");
-    int calls = 0;
-    const auto fails = [&](const char *) {
-        ++calls;
-        return kestu_error_create(0, 7, nullptr, "mine");
-    };
+    make_files({"1", "2"});
+    const size_t open_before = open_files();
     testing::internal::CaptureStderr();
-    EXPECT_OK(traverse(0, fails));
+    EXPECT_OK(traverse(0, fail));
     const std::string printed = testing::internal::GetCapturedStderr();
     EXPECT_EQ(calls, 2);
     EXPECT_EQ(std::count(printed.begin(), printed.end(), '\n'), 2);
     EXPECT_EQ(printed.substr(0, 14), "Error(7): mine");
-    EXPECT_CHAIN(traverse(KESTU_DIR_STOP, fails), Element(7, cannot.second), Element(7, "mine"));
+    EXPECT_EQ(open_files(), open_before);
+    EXPECT_CHAIN(traverse(KESTU_DIR_STOP, fail), Element(7, cannot.second), Element(7, "mine"));
     EXPECT_EQ(calls, 3);
-}
-
-// The folder belongs to the pool then.
-TEST_F(Dir, TheFolderOfAnErrorStaysOpenUntilThePoolIsCleared) {
-    file("1");
-    const size_t open_before = open_files();
-    kestu_error_clear(traverse(
-        KESTU_DIR_STOP, [](const char *) { return kestu_error_create(0, 7, nullptr, "mine"); }));
     EXPECT_EQ(open_files(), open_before + 1);
     apr_pool_clear(pool);
     EXPECT_EQ(open_files(), open_before);
 }
 
 TEST_F(Dir, TheSentinelEndsTheTraversalWithoutAFailure) {
-    file("a/1");
-    file("b/1");
+    make_files({"a/1", "b/1"});
     const size_t open_before = open_files();
-    for (const int flags : {int{KESTU_DIR_RECURSE}, KESTU_DIR_RECURSE | KESTU_DIR_STOP}) {
-        int calls = 0;
-        EXPECT_OK(traverse(flags, [&](const char *) {
-            ++calls;
-            return KestuDLlistStopWalking;
-        }));
-        EXPECT_EQ(calls, 1);
-    }
+    const auto stop = [&](const char *, apr_pool_t *) {
+        ++calls;
+        return KestuDLlistStopWalking;
+    };
+    EXPECT_OK(traverse(KESTU_DIR_RECURSE, stop));
+    EXPECT_OK(traverse(KESTU_DIR_RECURSE | KESTU_DIR_STOP, stop));
+    EXPECT_EQ(calls, 2);
     EXPECT_STREQ(KestuDLlistStopWalking->message, "KestuDLlistStopWalking");
     EXPECT_EQ(open_files(), open_before);
 }
 
-TEST_F(Dir, ReadsThatFailAreRepeatedButNotForEver) {
-    file("1");
-    file("2");
+TEST_F(Dir, ReadsThatFailInARowAreRepeatedButNotForEver) {
+    make_files({"1", "2"});
     testing::internal::CaptureStdout();
     reads_to_fail = 15;
-    const auto seen_after_failures = visited(0);
+    EXPECT_OK(traverse(0, [&](const char *, apr_pool_t *) {
+        reads_to_fail = ++calls == 1 ? 15 : 0;
+        return nullptr;
+    }));
     fflush(stdout);
     const std::string printed = testing::internal::GetCapturedStdout();
-    EXPECT_THAT(seen_after_failures, UnorderedElementsAre("1", "2"));
-    EXPECT_EQ(std::count(printed.begin(), printed.end(), '\n'), 15);
+    EXPECT_EQ(calls, 2);
+    EXPECT_EQ(std::count(printed.begin(), printed.end(), '\n'), 30);
     EXPECT_EQ(printed.substr(0, 28), "Warning: info.name is NULL \n");
 
     testing::internal::CaptureStdout();
     reads_to_fail = INT_MAX;
-    kestu_error_t *err = traverse(0, [](const char *) { return nullptr; });
+    kestu_error_t *err = traverse(0, count);
     EXPECT_EQ(reads_to_fail, INT_MAX - 16);
     reads_to_fail = 0;
     fflush(stdout);
@@ -356,29 +327,17 @@ TEST_F(Dir, ReadsThatFailAreRepeatedButNotForEver) {
 }
 
 TEST_F(Dir, DeepTreesNeedNeitherStackNorDescriptors) {
-    constexpr int depth = 200;
     std::string deepest;
-    for (int i = 0; i < depth; ++i)
+    for (int i = 0; i < 500; ++i)
         deepest += "d/";
-    file(deepest + "f");
+    make_files({deepest + "f"});
     rlimit old;
     ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &old), 0);
     const rlimit few = {.rlim_cur = open_files() + 3, .rlim_max = old.rlim_max};
     ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &few), 0);
-    pthread_attr_t small;
-    pthread_attr_init(&small);
-    pthread_attr_setstacksize(&small, 128 * 1024);
-    const auto body = [](void *test) -> void * {
-        static_cast<Dir_DeepTreesNeedNeitherStackNorDescriptors_Test *>(test)->visited(
-            KESTU_DIR_RECURSE);
-        return nullptr;
-    };
-    pthread_t thread;
-    ASSERT_EQ(pthread_create(&thread, &small, body, this), 0);
-    pthread_join(thread, nullptr);
-    pthread_attr_destroy(&small);
+    run_on_small_stack(
+        [&] { EXPECT_THAT(visited(KESTU_DIR_RECURSE), ElementsAre(deepest + "f")); });
     EXPECT_EQ(setrlimit(RLIMIT_NOFILE, &old), 0);
-    EXPECT_THAT(seen, ElementsAre(deepest + "f"));
 }
 
 TEST_F(Dir, PathsBeyondTheBoundOfTheSystemEndTheTraversal) {
@@ -388,20 +347,20 @@ TEST_F(Dir, PathsBeyondTheBoundOfTheSystemEndTheTraversal) {
     for (int i = 0; i < PATH_MAX / 256 + 1; ++i)
         ASSERT_TRUE(mkdir(name.c_str(), 0755) == 0 && chdir(name.c_str()) == 0);
     ASSERT_EQ(chdir(top.c_str()), 0);
-    EXPECT_CHAIN(traverse(KESTU_DIR_RECURSE, [](const char *) { return nullptr; }), cannot,
-                 Element(0, "File name too long"));
+    EXPECT_CHAIN(traverse(KESTU_DIR_RECURSE, count), cannot, Element(0, "File name too long"));
 }
 
-// From the first file on no allocation succeeds.
+// From the first file on no allocation succeeds. What the callback takes from its pool is given
+// back before the next file.
 TEST_F(Dir, AFolderOfAnySizeNeedsTheMemoryOfOneEntry) {
-    file("first");
+    make_files({"first"});
     for (int i = 0; i < 500; ++i)
         fs::create_symlink("nowhere", root + "/a-link-of-some-length-" + std::to_string(i));
-    int calls = 0;
     std::optional<AllocFailure> failure;
-    kestu_error_t *err = traverse(KESTU_DIR_RECURSE, [&](const char *) {
+    kestu_error_t *err = traverse(KESTU_DIR_RECURSE, [&](const char *, apr_pool_t *entry_pool) {
         if (++calls == 1)
             failure.emplace(1, all_after | pools_too);
+        EXPECT_TRUE(apr_palloc(entry_pool, 2000));
         return nullptr;
     });
     const bool asked_for_memory = failure->happened();
@@ -412,30 +371,15 @@ TEST_F(Dir, AFolderOfAnySizeNeedsTheMemoryOfOneEntry) {
 }
 
 TEST_F(Dir, AnAllocationThatFailsEndsTheTraversalAndLeavesNothing) {
-    for (const char *name : {"1", "a/1", "a/b/1", "c/1"})
-        file(name);
-    int calls = 0;
-    const auto count = [&](const char *) {
-        ++calls;
-        return nullptr;
-    };
+    make_files({"1", "a/1", "a/b/1", "c/1"});
     EXPECT_OK(traverse(KESTU_DIR_RECURSE, count)); // what the C library keeps from its first use
-    size_t n = 1;
-    for (bool failed = true; failed; ++n) {
+    const long before = live_blocks();
+    const size_t failures = fail_each_allocation([&](size_t) {
         calls = 0;
-        const long before = live_blocks();
-        kestu_error_t *err;
-        {
-            AllocFailure failure(n);
-            err = traverse(KESTU_DIR_RECURSE, count);
-            failed = failure.happened();
-        }
+        kestu_error_t *err = traverse(KESTU_DIR_RECURSE, count);
+        EXPECT_TRUE(err ? err->message == cannot.second : calls == 4);
+        kestu_error_clear(err);
         EXPECT_EQ(live_blocks(), before);
-        if (failed)
-            EXPECT_EQ(take_chain(err).at(0).second, cannot.second);
-        else
-            EXPECT_OK(err);
-    }
-    EXPECT_EQ(calls, 4);
-    EXPECT_GE(n, 4u + 3u); // folders opened, and those kept for later
+    });
+    EXPECT_GE(failures, 4u + 3u - 1); // folders opened, and those kept for later
 }
