@@ -110,7 +110,7 @@ TEST(Histogram, OneLevelAndTwoLevels) {
 TEST(Histogram, MorePixelsOfALevelThan32BitsCount) {
     Picture<uint8_t> row(std::vector(1, std::vector<uint8_t>(1 << 16, 9)));
     row.samples[0][100] = 8;
-    row.rows.resize((1 << 16) + 2, row.rows[0]);
+    row.rows.resize((1 << 16) + 100, row.rows[0]);
     row.img.data8 = row.rows.data();
     row.img.height = static_cast<int32_t>(row.rows.size());
     EXPECT_EQ(histogram(row.img)[9], row.rows.size() * ((1 << 16) - 1));

@@ -234,9 +234,9 @@ TEST(Shapes, PixelsThatAnIntCannotNameAreLeftOut) {
 
 // Huge curves are straight where they begin.
 TEST(Shapes, NothingOverflowsAtTheEndsOfInt) {
-    const auto begin = [](const Draw &draw) {
+    const auto begin = [](const Draw &draw, size_t pixels = 300) {
         Canvas canvas;
-        canvas.fails_at = 300;
+        canvas.fails_at = pixels;
         kestu_error_clear(draw(canvas));
         return canvas;
     };
@@ -251,6 +251,8 @@ TEST(Shapes, NothingOverflowsAtTheEndsOfInt) {
         for (const auto &[x, y] : canvas.plotted)
             EXPECT_TRUE(std::max(std::abs(x + 0.5), std::abs(y + 0.5)) > INT_MAX - 9) << x << y;
     }
+    const auto [x, y] = begin(shape(ellipse, 0, 0, 3000000, 2000000), 40000).plotted.back();
+    EXPECT_NEAR(std::hypot(x / 3e6, y / 2e6), 1, 5e-7);
     EXPECT_EQ(begin(shape(circle_waa, 0, 0, 5, inf)).plotted.size(), 300u);
     for (const Draw &draw : every_shape(INT_MIN, INT_MIN))
         EXPECT_LE(begin(draw).plotted.size(), 300u);
