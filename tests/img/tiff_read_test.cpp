@@ -13,7 +13,7 @@ using testing::ElementsAre;
 using testing::ElementsAreArray;
 
 TEST(TiffRead, FillsTheRecord) {
-    Tiff tiff = Tiff::gray(3, 2, 8, "abcdef");
+    Tiff tiff(3, 2, 8, "abcdef");
     tiff.set(259, 5).set(284, 2).set(296, 2).set({305, ascii, 4, tiff.put("test!")});
     tiff.set_ratio(282, 300, 2).set_ratio(283, 4294967295, 1).set(65000, 7);
     const MemoryFile file(tiff.bytes());
@@ -54,7 +54,7 @@ TEST(TiffRead, WhatTheFileDoesNotSayHasDefaults) {
 
 TEST(TiffRead, ResolutionsBecomePixelsPerInch) {
     for (const auto &[unit, xres] : {std::pair{0, 100.0}, {2, 100.0}, {3, 254.0}}) {
-        Tiff tiff = Tiff::tiny().set_ratio(282, 100, 1).set_ratio(283, 50, 1);
+        Tiff tiff = Tiff().set_ratio(282, 100, 1).set_ratio(283, 50, 1);
         if (unit)
             tiff.set({296, shorts, 1, static_cast<uint32_t>(unit)});
         const MemoryFile file(tiff.bytes());
@@ -78,7 +78,7 @@ TEST(TiffRead, BitsPerSampleStandInTheEntryOrBehindIt) {
                  {2, false, {16, 33, 0}},
                  {3, false, {16, 33, 65535}}};
     for (const auto &c : cases) {
-        Tiff tiff = Tiff::gray(1, 1, 16, u16({513}) + std::string(24, '\0'));
+        Tiff tiff(1, 1, 16, u16({513}) + std::string(24, '\0'));
         const uint32_t behind = tiff.put(u16({16, 33, 65535}));
         ASSERT_GT(behind, 32u);
         const MemoryFile file(tiff.set({258, shorts, c.count, c.inside ? 32 : behind}).bytes());
@@ -91,8 +91,7 @@ TEST(TiffRead, BitsPerSampleStandInTheEntryOrBehindIt) {
 
 TEST(TiffRead, OtherDepthsGiveNoPixelsAndLeaveStripsAlone) {
     for (const uint32_t bits : {1, 4, 12})
-        EXPECT_EQ(pixels_of(Tiff::gray(4, 4, bits, "").set(279, 1 << 30).bytes()),
-                  std::vector<int>());
+        EXPECT_EQ(pixels_of(Tiff(4, 4, bits, "").set(279, 1 << 30).bytes()), std::vector<int>());
 }
 
 TEST(TiffRead, StripsEndAnywhere) {
@@ -117,7 +116,7 @@ TEST(TiffRead, StripsEndAnywhere) {
     };
     for (const auto &c : cases)
         for (const uint16_t type : {shorts, longs}) {
-            Tiff tiff = Tiff::gray(c.width, c.height, c.bits, c.data);
+            Tiff tiff(c.width, c.height, c.bits, c.data);
             EXPECT_EQ(pixels_of(tiff.set_strips(c.strips, type).bytes()), c.pixels) << c.what;
         }
 }
@@ -134,14 +133,14 @@ TEST(TiffRead, ManyStripsAndRows) {
         std::vector<std::pair<unsigned, unsigned>> strips;
         for (unsigned at = 0; at < 5000; at += strip)
             strips.emplace_back(at, std::min(strip, 5000 - at));
-        Tiff tiff = Tiff::gray(width, 5000 / width, 8, samples);
+        Tiff tiff(width, 5000 / width, 8, samples);
         EXPECT_EQ(pixels_of(tiff.set_strips(strips, shorts).bytes()), expected)
             << width << " by strips of " << strip;
     }
 }
 
 TEST(TiffRead, LaterDirectoriesReplaceTagsAndLeaveNothingBehind) {
-    Tiff tiff = Tiff::gray(9, 1, 8, "abcdefgh");
+    Tiff tiff(9, 1, 8, "abcdefgh");
     tiff.set({305, ascii, 3, tiff.put("one")}).set(296, 77).set_strips({{0, 1}, {3, 2}}, longs);
     const uint32_t two = tiff.put("two");
     std::string bytes = tiff.bytes();
@@ -164,13 +163,13 @@ TEST(TiffRead, LaterDirectoriesReplaceTagsAndLeaveNothingBehind) {
 }
 
 TEST(TiffRead, OddFilesAreReadAsTheyAlwaysWere) {
-    std::string fourth_byte = Tiff::tiny().bytes();
+    std::string fourth_byte = Tiff().bytes();
     fourth_byte[3] = 7;
     EXPECT_EQ(pixels_of(fourth_byte), (std::vector{1, 2, 3, 4}));
     const MemoryFile negative(tiff_header(8) + u16({0xffff}) + u32({14}) + tiff_directory({}));
     Image img;
     EXPECT_OK(kestu_img_read_tiff_info(negative.path(), &img));
-    const MemoryFile no_text(Tiff::tiny().set({305, ascii, 0, 4000000000u}).bytes());
+    const MemoryFile no_text(Tiff().set({305, ascii, 0, 4000000000u}).bytes());
     ASSERT_OK(kestu_img_read_tiff_info(no_text.path(), &img));
     EXPECT_STREQ(img.software, "");
 }
@@ -186,7 +185,7 @@ TEST(TiffRead, FilesLargerThanOffsetsReachAreRead) {
                                               {273, longs, 2, 0xffffff10},
                                               {279, shorts, 2, 100}}));
     file.write_at(100, u16({2, 2}));
-    file.resize(5ull << 30);
+    file.write_at(5ull << 30, "end");
     Image img;
     ASSERT_OK(kestu_img_read_tiff(file.path(), &img));
     EXPECT_EQ(img.pixels(), (std::vector<int>{'a', 'b', 'c', 'd'}));

@@ -46,7 +46,6 @@ TEST(TiffRefusal, FilesThatHoldNoImage) {
     const Element loop(120152, "TIFF directories form a loop.");
     const auto empty = [](uint32_t next) { return tiff_directory({}, next); };
     MemoryFile shared(tiff_header(8));
-    shared.resize(1400);
     for (unsigned at = 8; at < 128; at += 6) {
         shared.write_at(at, u16({100}));
         shared.write_at(at + 2 + 100 * 12, u32({at + 6}));
@@ -71,15 +70,15 @@ TEST(TiffRefusal, FilesThatHoldNoImage) {
          loop},
         {"overlaps", shared.bytes(), {120152, "TIFF directories share bytes."}},
         {"strips without bytes",
-         Tiff::tiny().drop(279).bytes(),
+         Tiff().drop(279).bytes(),
          {120152, "Inconsistent number of strips [1 vs. 0]"}},
-        {"levels without a meaning", Tiff::tiny().drop(262).bytes(), no_meaning},
+        {"levels without a meaning", Tiff().drop(262).bytes(), no_meaning},
     };
     for (const auto &[what, bytes, root] : cases) {
         SCOPED_TRACE(what);
         expect_refused(bytes, root);
     }
-    const MemoryFile both(Tiff::tiny().drop(262).drop(279).bytes());
+    const MemoryFile both(Tiff().drop(262).drop(279).bytes());
     Image img;
     EXPECT_CHAIN(kestu_img_read_tiff(both.path(), &img), Element(120152, reading), no_meaning);
 }
@@ -118,13 +117,13 @@ TEST(TiffRefusal, TagsThatBreakTheirRulesOrReachPastTheEndOfTheFile) {
     for (const auto &[field, root] : cases) {
         SCOPED_TRACE(testing::Message() << field.tag << ": " << field.count << ", " << field.value);
         const std::string pixels_and_ratio = "\1\2\3\4\1\0\0\0\0\0\0\0"s;
-        expect_refused(Tiff::gray(2, 2, 8, pixels_and_ratio).set(field).bytes(), root);
+        expect_refused(Tiff(2, 2, 8, pixels_and_ratio).set(field).bytes(), root);
     }
 }
 
 TEST(TiffRefusal, MoreNumbersThanAnIntCounts) {
-    MemoryFile file(Tiff::tiny().set({305, ascii, 1u << 31, 8}).bytes());
-    file.resize(3ull << 30);
+    MemoryFile file(Tiff().set({305, ascii, 1u << 31, 8}).bytes());
+    file.write_at(3ull << 30, "end");
     Image img;
     EXPECT_CHAIN(kestu_img_read_tiff(file.path(), &img), Element(120151, reading),
                  Element(120151, "Invalid TIFF tag [name=305 type=2 length=-2147483648 offset=8]"));
@@ -139,29 +138,22 @@ TEST(TiffRefusal, ImagesThatClaimMoreThanTheFileHolds) {
                  {1024, 1025, 8},    {(1 << 19) + 3, 1, 16},       {65536, 65536, 16}};
     for (const auto &[width, height, bits] : cases) {
         SCOPED_TRACE(testing::Message() << width << " x " << height);
-        expect_refused(Tiff::gray(width, height, bits, "abcd").bytes(), not_complete);
+        expect_refused(Tiff(width, height, bits, "abcd").bytes(), not_complete);
     }
-    EXPECT_EQ(pixels_of(Tiff::gray((1 << 19) + 2, 1, 16, "a\0b\0"s).bytes())[1], 'b');
-    Tiff shared = Tiff::gray(4096, 4096, 8, std::string(60000, 'a'));
+    EXPECT_EQ(pixels_of(Tiff((1 << 19) + 2, 1, 16, "a\0b\0"s).bytes())[1], 'b');
+    Tiff shared(4096, 4096, 8, std::string(60000, 'a'));
     shared.set_strips(std::vector(1000, std::pair(0u, 60000u)), shorts);
     expect_refused(shared.bytes(), not_complete);
     EXPECT_EQ(pixels_of(shared.set(257, 256).bytes()), std::vector<int>(1 << 20, 'a'));
 }
 
-TEST(TiffRefusal, MatricesWithoutRowsOrColumnsAreTheAllocatorsErrors) {
-    const auto read = [](const Tiff &tiff) {
-        const MemoryFile file(tiff.bytes());
-        Image img;
-        kestu_error_t *err = kestu_img_read_tiff(file.path(), &img);
-        EXPECT_FALSE(img.holds_arrays());
-        return err;
-    };
-    EXPECT_CHAIN(read(Tiff::tiny().set(256, 0)), Element(120010, reading),
+TEST(TiffRefusal, AMatrixWithoutColumnsIsTheAllocatorsError) {
+    const MemoryFile file(Tiff().set(256, 0).bytes());
+    Image img;
+    EXPECT_CHAIN(kestu_img_read_tiff(file.path(), &img), Element(120010, reading),
                  Element(120010, "Cannot allocate matrix."),
                  Element(120010, "Cannot allocate memory for 0 elements."));
-    EXPECT_CHAIN(read(Tiff::tiny().set(257, 0).set(256, 1u << 31)), Element(120014, reading),
-                 Element(120014, "Cannot allocate matrix."),
-                 Element(120014, "Cannot allocate memory of size 0 bytes."));
+    EXPECT_FALSE(img.holds_arrays());
 }
 
 TEST(TiffRefusal, AFileCutAnywhereLeavesNothingBehind) {
@@ -190,41 +182,37 @@ TEST(TiffRefusal, TheDispatcherWrapsAndForgetsWhatIsNotTiff) {
     const MemoryFile short_file("II*");
     EXPECT_CHAIN(kestu_img_read(short_file.path(), &img), Element(120031, "Cannot read image."),
                  Element(120031, reading_info), too_short);
-    const MemoryFile silent(Tiff::tiny().drop(262).bytes());
+    const MemoryFile silent(Tiff().drop(262).bytes());
     EXPECT_CHAIN(kestu_img_read(silent.path(), &img), Element(120152, "Cannot read image."),
                  Element(120152, reading), no_meaning);
     EXPECT_FALSE(img.holds_arrays());
 }
 
 TEST(TiffRefusal, PathsThatLeadToNoFile) {
-    namespace fs = std::filesystem;
-    const std::string folder =
-        fs::temp_directory_path() / ("kestu-img-" + std::to_string(getpid()));
-    const std::string loop = folder + "/loop";
-    const std::string fifo = folder + "/fifo";
-    fs::create_directory(folder);
-    fs::create_symlink(loop, loop);
+    const TemporaryFolder folder;
+    const std::string loop = folder / "loop";
+    const std::string fifo = folder / "fifo";
+    std::filesystem::create_symlink(loop, loop);
     ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
     Image img;
-    for (const std::string &path : {folder + "/missing", loop, loop + "/a"}) {
+    for (const std::string &path : {folder / "missing", loop, loop + "/a"}) {
         std::fill_n(reinterpret_cast<char *>(&img), sizeof(kestu_img_t), '\xff');
         EXPECT_CHAIN(kestu_img_read_tiff(path.c_str(), &img), Element(120030, reading),
                      Element(120030, "Cannot open file '" + path + "'"));
         EXPECT_FALSE(img.holds_arrays());
     }
-    for (const std::string &path : {folder, "/dev/null"s, "/proc/self/mem"s})
+    for (const std::string &path : {folder.path, "/dev/null"s, "/proc/self/mem"s})
         EXPECT_CHAIN(kestu_img_read_tiff(path.c_str(), &img), Element(120031, reading), too_short);
     const int end = open(fifo.c_str(), O_RDWR | O_CLOEXEC);
-    const std::string bytes = Tiff::tiny().bytes();
+    const std::string bytes = Tiff().bytes();
     ASSERT_EQ(write(end, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
     EXPECT_CHAIN(kestu_img_read_tiff(fifo.c_str(), &img), Element(120033, reading),
                  Element(120033, ""));
     close(end);
-    fs::remove_all(folder);
 }
 
 TEST(TiffRefusal, WithoutMemoryNothingIsLeftBehind) {
-    Tiff tiff = Tiff::gray(2, 3, 16, std::string(12, '\1'));
+    Tiff tiff(2, 3, 16, std::string(12, '\1'));
     tiff.set({305, ascii, 5, tiff.put("text")}).set_strips({{0, 6}, {6, 6}}, longs);
     const MemoryFile file(tiff.bytes());
     const long blocks = live_blocks();
