@@ -4,13 +4,13 @@
 
 #include "support/alloc_failure.hpp"
 #include "support/chain.hpp"
+#include "support/process.hpp"
 #include "support/small_stack.hpp"
 
 #include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <optional>
 #include <string>
@@ -63,21 +63,15 @@ kestu_error_t *act(const char *path, void *action, apr_pool_t *pool) {
 class Dir : public testing::Test {
   protected:
     Dir() {
-        char name[] = "/tmp/kestu-dir-XXXXXX";
-        root = mkdtemp(name);
         chmod(root.c_str(), 0755);
         apr_pool_create_ex(&pool, kestu_pool, nullptr, nullptr);
     }
-    ~Dir() override {
-        apr_pool_destroy(pool);
-        if (std::system(("rm -rf " + root).c_str()) != 0)
-            ADD_FAILURE() << root << " stays";
-    }
+    ~Dir() override { apr_pool_destroy(pool); }
 
     void make_files(const std::vector<std::string> &names) {
         for (const std::string &name : names) {
-            fs::create_directories(fs::path(root + "/" + name).parent_path());
-            std::ofstream(root + "/" + name) << name;
+            fs::create_directories(fs::path(folder / name).parent_path());
+            folder.write(name, name);
         }
     }
 
@@ -104,7 +98,8 @@ class Dir : public testing::Test {
         return seen;
     }
 
-    std::string root;
+    const TemporaryFolder folder;
+    const std::string &root = folder.path;
     apr_pool_t *pool = nullptr;
     kestu_dir_traverse_t options = {};
     int calls = 0;
@@ -130,7 +125,7 @@ void list_in_order(const std::string &dir, const std::string &prefix,
     std::vector<std::string> folders;
     for (const auto &entry : fs::directory_iterator(dir)) {
         const std::string name = entry.path().filename();
-        if (entry.is_directory() && !entry.is_symlink())
+        if (entry.is_directory())
             folders.push_back(name);
         else
             paths.push_back(prefix + name);
@@ -142,8 +137,8 @@ void list_in_order(const std::string &dir, const std::string &prefix,
 } // namespace
 
 TEST_F(Dir, FilesOfAFolderComeBeforeItsSubfoldersAndEachOfThoseAsAWhole) {
-    for (const std::string folder : {"", "x/", "y/", "y/b/", "y/a/", "y/a/deep/"})
-        make_files({folder + "3", folder + "1", folder + "2"});
+    for (const std::string sub : {"", "x/", "y/", "y/b/", "y/a/", "y/a/deep/"})
+        make_files({sub + "3", sub + "1", sub + "2"});
     make_files({"z/1", "z/only/folders/1"});
     std::vector<std::string> expected;
     list_in_order(root, "", expected);
@@ -153,9 +148,9 @@ TEST_F(Dir, FilesOfAFolderComeBeforeItsSubfoldersAndEachOfThoseAsAWhole) {
 
 TEST_F(Dir, OnlyFilesAndLinksAreReportedAndLinksAreNotFollowed) {
     make_files({"file", "sub/inner"});
-    fs::create_directory_symlink(".", root + "/loop");
-    fs::create_symlink("nowhere", root + "/dangling");
-    ASSERT_EQ(mkfifo((root + "/pipe").c_str(), 0600), 0);
+    fs::create_directory_symlink(".", folder / "loop");
+    fs::create_symlink("nowhere", folder / "dangling");
+    ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
     for (const bool told : {false, true}) {
         types_are_told = told;
         EXPECT_THAT(visited(KESTU_DIR_RECURSE),
@@ -231,8 +226,8 @@ TEST_F(Dir, PatternsAreThePiecesBetweenSemicolons) {
 
 TEST_F(Dir, AFolderThatCannotBeOpenedEndsTheTraversal) {
     const size_t open_before = open_files();
-    EXPECT_CHAIN(kestu_dir_traverse((root + "/none").c_str(), "*", nullptr, &options, pool), cannot,
-                 Element(0, "(" + root + "/none): No such file or directory"));
+    EXPECT_CHAIN(kestu_dir_traverse((folder / "none").c_str(), "*", nullptr, &options, pool),
+                 cannot, Element(0, "(" + root + "/none): No such file or directory"));
     make_files({"a/1", "b/1"});
     std::string gone;
     kestu_error_t *err = traverse(
@@ -260,13 +255,13 @@ TEST_F(Dir, FilesThatVanishOrCannotBeLookedUpArePassedOver) {
     EXPECT_EQ(calls, 1);
 
     make_files({"locked/file"});
-    ASSERT_EQ(chmod((root + "/locked").c_str(), 0444), 0);
+    ASSERT_EQ(chmod((folder / "locked").c_str(), 0444), 0);
     const bool was_root = geteuid() == 0;
     if (was_root && seteuid(65534) != 0)
         GTEST_SKIP() << "cannot become a user without rights";
     const auto with_folder_locked = visited(KESTU_DIR_RECURSE);
     ASSERT_TRUE(!was_root || seteuid(0) == 0);
-    chmod((root + "/locked").c_str(), 0755);
+    chmod((folder / "locked").c_str(), 0755);
     EXPECT_EQ(with_folder_locked.size(), 1u);
 }
 
@@ -355,7 +350,7 @@ TEST_F(Dir, PathsBeyondTheBoundOfTheSystemEndTheTraversal) {
 TEST_F(Dir, AFolderOfAnySizeNeedsTheMemoryOfOneEntry) {
     make_files({"first"});
     for (int i = 0; i < 500; ++i)
-        fs::create_symlink("nowhere", root + "/a-link-of-some-length-" + std::to_string(i));
+        fs::create_symlink("nowhere", folder / ("a-link-of-some-length-" + std::to_string(i)));
     std::optional<AllocFailure> failure;
     kestu_error_t *err = traverse(KESTU_DIR_RECURSE, [&](const char *, apr_pool_t *entry_pool) {
         if (++calls == 1)
