@@ -212,18 +212,20 @@ TEST(TiffRefusal, PathsThatLeadToNoFile) {
 }
 
 TEST(TiffRefusal, WithoutMemoryNothingIsLeftBehind) {
-    Tiff tiff(2, 3, 16, std::string(12, '\1'));
-    tiff.set({305, ascii, 5, tiff.put("text")}).set_strips({{0, 6}, {6, 6}}, longs);
-    const MemoryFile file(tiff.bytes());
-    const long blocks = live_blocks();
-    const size_t failures = fail_each_allocation([&](size_t) {
-        Image img;
-        kestu_error_t *err = kestu_img_read(file.path(), &img);
-        EXPECT_EQ(img.holds_arrays(), err == nullptr);
-        const int code = err ? err->code : 120012;
-        kestu_error_clear(err);
-        EXPECT_TRUE(code == 120012 || code == 120030);
-    });
-    EXPECT_GE(failures, 10u);
-    EXPECT_EQ(live_blocks(), blocks);
+    for (const uint32_t bits : {8, 16}) {
+        Tiff tiff(2, 3, bits, std::string(12, '\1'));
+        tiff.set({305, ascii, 5, tiff.put("text")}).set_strips({{0, 6}, {6, 6}}, longs);
+        const MemoryFile file(tiff.bytes());
+        const long blocks = live_blocks();
+        const size_t failures = fail_each_allocation([&](size_t) {
+            Image img;
+            kestu_error_t *err = kestu_img_read(file.path(), &img);
+            EXPECT_EQ(img.holds_arrays(), err == nullptr);
+            const int code = err ? err->code : 120012;
+            kestu_error_clear(err);
+            EXPECT_TRUE(code == 120012 || code == 120030);
+        });
+        EXPECT_GE(failures, 10u);
+        EXPECT_EQ(live_blocks(), blocks);
+    }
 }
