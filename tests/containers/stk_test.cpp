@@ -3,11 +3,11 @@
 
 #include "support/chain.hpp"
 #include "support/pool.hpp"
-
-#include <vector>
+#include "trace.hpp"
 
 using namespace kestu::test;
 using testing::ElementsAre;
+using testing::Pair;
 
 namespace {
 
@@ -17,22 +17,13 @@ class Stack : public testing::Test {
 
     void push(uint32_t last) {
         for (uint32_t tag = 1; tag <= last; ++tag)
-            EXPECT_OK(kestu_stk_push(stack, tag, &objects[tag], pool));
+            EXPECT_OK(kestu_stk_push(stack, tag, &objects[tag % 8], pool));
     }
 
     Pool pool;
     kestu_stk_t *stack = nullptr;
     char objects[8] = {};
 };
-
-std::vector<uint32_t> tags_of(kestu_stk_t *stack) {
-    std::vector<uint32_t> tags;
-    const auto collect = [](uint32_t tag, void *, void *baton) {
-        static_cast<std::vector<uint32_t> *>(baton)->push_back(tag);
-    };
-    kestu_stk_walk(stack, collect, &tags);
-    return tags;
-}
 
 } // namespace
 
@@ -48,73 +39,77 @@ TEST_F(Stack, HeaderExample) {
     EXPECT_OK(example());
 }
 
-TEST_F(Stack, TheLastInIsTheFirstOut) {
-    push(3);
-    EXPECT_THAT(tags_of(stack), ElementsAre(3, 2, 1));
-    uint32_t tag = 0;
-    EXPECT_EQ(kestu_stk_get_data(stack, &tag), &objects[3]);
-    EXPECT_EQ(tag, 3u);
-    for (size_t left : {2, 1, 0}) {
-        EXPECT_EQ(kestu_stk_pop(stack), &objects[left + 1]);
-        EXPECT_EQ(kestu_stk_count(stack), left);
-    }
-    EXPECT_EQ(kestu_stk_pop(stack), nullptr);
-    EXPECT_EQ(kestu_stk_count(stack), 0u);
-    EXPECT_EQ(kestu_stk_get_data(stack, &tag), nullptr);
-    EXPECT_EQ(tag, 3u);
-}
-
-TEST_F(Stack, CopiesHaveTheSameOrderAndLiveOnTheirOwn) {
+TEST_F(Stack, TheLastInIsTheFirstOutOfACopyToo) {
     kestu_stk_t *copy = nullptr;
     push(3);
     EXPECT_OK(kestu_stk_copy(stack, &copy, pool));
     kestu_stk_destroy(stack);
     EXPECT_EQ(kestu_stk_count(stack), 0u);
-    EXPECT_EQ(stack->top, nullptr);
-    EXPECT_EQ(kestu_stk_count(copy), 3u);
-    EXPECT_THAT(tags_of(copy), ElementsAre(3, 2, 1));
-    EXPECT_EQ(kestu_stk_get_data(copy, nullptr), &objects[3]);
-    EXPECT_OK(kestu_stk_copy(stack, &copy, pool));
-    EXPECT_EQ(kestu_stk_count(copy), 0u);
+    EXPECT_EQ(kestu_stk_pop(stack), nullptr);
+    push(3);
+    uint32_t tag = 0;
+    for (kestu_stk_t *any : {stack, copy}) {
+        for (const size_t left : {2, 1, 0}) {
+            EXPECT_EQ(kestu_stk_get_data(any, &tag), &objects[left + 1]);
+            EXPECT_EQ(tag, left + 1);
+            EXPECT_EQ(kestu_stk_pop(any), &objects[left + 1]);
+            EXPECT_EQ(kestu_stk_count(any), left);
+        }
+        EXPECT_EQ(kestu_stk_pop(any), nullptr);
+        EXPECT_EQ(kestu_stk_count(any), 0u);
+        EXPECT_EQ(kestu_stk_get_data(any, &tag), nullptr);
+        EXPECT_EQ(tag, 1u);
+    }
 }
 
 TEST_F(Stack, WalksGoDownAndStopAtTheirKindOfResult) {
     push(4);
-    const auto pointer = [](uint32_t tag, void *data, void *) { return tag == 3 ? data : nullptr; };
-    const auto sentinel = [](uint32_t tag, void *, void *) {
-        return tag == 2 ? KestuDLlistStopWalking : nullptr;
-    };
-    EXPECT_EQ(kestu_stk_walk_ptr_first(stack, pointer, nullptr), &objects[3]);
-    EXPECT_EQ(kestu_stk_walk_err_first(stack, sentinel, nullptr), KestuDLlistStopWalking);
+    EXPECT_THAT(seen_by(kestu_stk_walk, stack), ElementsAre(4, 3, 2, 1));
+    EXPECT_THAT(ended(kestu_stk_walk_ptr_first, stack, see_ptr, 3),
+                Pair(&objects[3], ElementsAre(4, 3)));
+    EXPECT_THAT(ended(kestu_stk_walk_err_first, stack, see_err, 2),
+                Pair(KestuDLlistStopWalking, ElementsAre(4, 3, 2)));
 }
 
 TEST_F(Stack, ANullStackIsEmptyAndTakesNothing) {
-    kestu_stk_t *copy = nullptr;
-    EXPECT_CHAIN(kestu_stk_push(nullptr, 1, nullptr, pool),
+    kestu_stk_t *none = nullptr, *copy = nullptr;
+    EXPECT_CHAIN(kestu_stk_push(none, 1, nullptr, pool),
                  Element(120051, "Can't push object to stack."), Element(120051, ""));
-    EXPECT_EQ(kestu_stk_pop(nullptr), nullptr);
-    EXPECT_EQ(kestu_stk_get_data(nullptr, nullptr), nullptr);
-    EXPECT_EQ(kestu_stk_count(nullptr), 0u);
-    kestu_stk_destroy(nullptr);
-    kestu_stk_walk(nullptr, nullptr, nullptr);
-    EXPECT_EQ(kestu_stk_walk_ptr_first(nullptr, nullptr, nullptr), nullptr);
-    EXPECT_OK(kestu_stk_walk_err_first(nullptr, nullptr, nullptr));
-    EXPECT_OK(kestu_stk_copy(nullptr, &copy, pool));
+    EXPECT_EQ(kestu_stk_pop(none), nullptr);
+    EXPECT_EQ(kestu_stk_get_data(none, nullptr), nullptr);
+    EXPECT_EQ(kestu_stk_count(none), 0u);
+    kestu_stk_destroy(none);
+    EXPECT_THAT(seen_by(kestu_stk_walk, none), ElementsAre());
+    EXPECT_EQ(ended(kestu_stk_walk_ptr_first, none, see_ptr, 0).first, nullptr);
+    EXPECT_OK(ended(kestu_stk_walk_err_first, none, see_err, 0).first);
+    EXPECT_OK(kestu_stk_copy(none, &copy, pool));
     EXPECT_EQ(kestu_stk_count(copy), 0u);
 }
 
-TEST_F(Stack, PoolsWithoutMemoryAreReportedWithNothingPushed) {
-    push(1);
+// A copy may fail at its first request, or when the pool's first block is full.
+TEST_F(Stack, PoolsWithoutMemoryAreReportedWithNothingPushedOrCopied) {
+    const Element push_failed(120012, "Can't push object to stack."),
+        copy_failed(120012, "Can't copy stack."),
+        no_node(120012, "Failed to allocate 24 bytes of memory."),
+        no_stack(120012, "Failed to allocate 16 bytes of memory.");
+    push(1000);
     kestu_stk_t *copy = stack;
     EXPECT_CHAIN(pool.without_memory([&] { return kestu_stk_push(stack, 2, nullptr, pool); }),
-                 Element(120012, "Can't push object to stack."),
-                 Element(120012, "Failed to allocate 24 bytes of memory."));
-    EXPECT_EQ(kestu_stk_count(stack), 1u);
-    EXPECT_THAT(tags_of(stack), ElementsAre(1));
+                 push_failed, no_node);
+    EXPECT_EQ(kestu_stk_count(stack), 1000u);
+    EXPECT_EQ(stack->top->tag, 1000u);
     EXPECT_CHAIN(pool.without_memory([&] { return kestu_stk_copy(stack, &copy, pool); }),
-                 Element(120012, "Can't copy stack."),
-                 Element(120012, "Failed to allocate 16 bytes of memory."));
+                 copy_failed, no_stack);
     EXPECT_EQ(copy, nullptr);
-    EXPECT_EQ(pool.without_memory([&] { return kestu_stk_create(&stack, pool); }), nullptr);
+    copy = stack;
+    Pool small;
+    kestu_error_t *err = nullptr;
+    {
+        AllocFailure failure(1, pools_too);
+        err = kestu_stk_copy(stack, &copy, small);
+    }
+    EXPECT_CHAIN(err, copy_failed, no_node);
+    EXPECT_EQ(copy, nullptr);
+    EXPECT_OK(pool.without_memory([&] { return kestu_stk_create(&stack, pool); }));
     EXPECT_EQ(stack, nullptr);
 }
