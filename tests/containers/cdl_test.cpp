@@ -4,41 +4,16 @@
 #include "list_checks.hpp"
 #include "support/chain.hpp"
 #include "support/pool.hpp"
+#include "trace.hpp"
 
 #include <algorithm>
 #include <random>
 
 using namespace kestu::test;
 using testing::ElementsAre;
-using testing::IsEmpty;
+using testing::Pair;
 
 namespace {
-
-struct Seen {
-    std::vector<uint32_t> tags;
-    uint32_t stop_at = 0;
-    kestu_error_t *err = nullptr;
-};
-
-void collect(uint32_t tag, void *, void *baton) {
-    static_cast<Seen *>(baton)->tags.push_back(tag);
-}
-
-int number(uint32_t tag, void *, void *baton) {
-    collect(tag, nullptr, baton);
-    return tag == static_cast<Seen *>(baton)->stop_at ? -5 : 0;
-}
-
-kestu_error_t *error(uint32_t tag, void *, void *baton) {
-    return number(tag, nullptr, baton) ? static_cast<Seen *>(baton)->err : nullptr;
-}
-
-kestu_error_t *error_or_pointer(uint32_t tag, void *data, void *baton, void **result) {
-    kestu_error_t *err = error(tag, data, baton);
-    if (!err && tag == static_cast<Seen *>(baton)->stop_at)
-        *result = data;
-    return err;
-}
 
 class CdlList : public testing::Test {
   protected:
@@ -47,18 +22,6 @@ class CdlList : public testing::Test {
         for (uint32_t tag = 1; tag <= 5; ++tag)
             EXPECT_OK(kestu_cdl_append(&list, tag, &objects[tag], &nodes[tag], pool));
         kestu_cdl_set_free(nodes[4]);
-    }
-
-    std::vector<uint32_t> outward(uint32_t from) {
-        Seen seen;
-        kestu_cdl_walk(nodes[from], collect, &seen);
-        return seen.tags;
-    }
-
-    std::vector<uint32_t> in_order(uint32_t from) {
-        Seen seen;
-        kestu_cdl_flwalk(nodes[from], collect, &seen);
-        return seen.tags;
     }
 
     Pool pool;
@@ -81,93 +44,74 @@ TEST_F(CdlList, HeaderExample) {
             return err;
         return nullptr;
     };
-    EXPECT_OK(example());
-    EXPECT_OK(example());
+    for (int i = 0; i < 2; ++i)
+        EXPECT_OK(example());
     EXPECT_THAT(checked_tags(list), ElementsAre(1, 2, 3, 9, 5, 9));
     EXPECT_EQ(kestu_cdl_get_data(nodes[4]), &item);
 }
 
-TEST_F(CdlList, WalksSkipFreeNodesAndGoOutwardOrFromFirstToLast) {
-    EXPECT_THAT(outward(3), ElementsAre(3, 2, 1, 5));
-    EXPECT_THAT(outward(4), ElementsAre(3, 2, 1, 5));
-    EXPECT_THAT(in_order(4), ElementsAre(1, 2, 3, 5));
-    kestu_cdl_set_occupied(nodes[4]);
-    EXPECT_THAT(outward(3), ElementsAre(3, 2, 1, 4, 5));
-    EXPECT_THAT(outward(1), ElementsAre(1, 2, 3, 4, 5));
-    EXPECT_THAT(outward(5), ElementsAre(5, 4, 3, 2, 1));
-    EXPECT_THAT(in_order(3), ElementsAre(1, 2, 3, 4, 5));
-}
-
-TEST_F(CdlList, FreeNodesAreFoundOutwardAndHandedOutAsTheyAre) {
-    kestu_cdl_set_free(nodes[1]);
-    nodes[1]->flags = 0xF0;
-    EXPECT_EQ(kestu_cdl_get_free(nodes[2]), nodes[1]);
-    EXPECT_EQ(kestu_cdl_get_free(nodes[4]), nodes[4]);
-    EXPECT_EQ(kestu_cdl_get_ready(nodes[2]), nodes[1]);
-    EXPECT_EQ(nodes[1]->flags, 0xF1u);
-    EXPECT_EQ(kestu_cdl_get_tag(nodes[1]), 1u);
-    EXPECT_EQ(kestu_cdl_get_data(nodes[1]), &objects[1]);
+TEST_F(CdlList, NodesAreHandedOutAsTheyAreWithTheFlagsOfTheCaller) {
+    nodes[4]->flags = 0xF0;
+    EXPECT_EQ(kestu_cdl_get_free(nodes[2]), nodes[4]);
     EXPECT_EQ(kestu_cdl_get_ready(nodes[2]), nodes[4]);
+    EXPECT_EQ(nodes[4]->flags, 0xF1u);
+    EXPECT_EQ(kestu_cdl_get_tag(nodes[4]), 4u);
+    EXPECT_EQ(kestu_cdl_get_data(nodes[4]), &objects[4]);
     EXPECT_EQ(kestu_cdl_get_ready(nodes[2]), nullptr);
-    EXPECT_EQ(kestu_cdl_get_free(nodes[2]), nullptr);
-    kestu_cdl_set_free(nodes[1]);
-    EXPECT_EQ(nodes[1]->flags, 0xF0u);
+    kestu_cdl_set_free(nodes[4]);
+    EXPECT_EQ(nodes[4]->flags, 0xF0u);
 }
 
 TEST_F(CdlList, FreeingByDatumTakesTheFirstOccupiedNodeOutward) {
-    for (uint32_t i : {1, 2, 4, 5})
+    for (uint32_t i : {1, 2, 4})
         nodes[i]->data = &objects[0];
-    kestu_cdl_set_free_obj(nodes[3], nullptr);
-    kestu_cdl_set_free_obj(nodes[3], this);
+    nodes[5]->data = nullptr;
+    for (void *data : {static_cast<void *>(nullptr), static_cast<void *>(this)})
+        kestu_cdl_set_free_obj(nodes[3], data);
     EXPECT_EQ(kestu_cdl_count(list), 4u);
-    kestu_cdl_set_free_obj(nodes[3], &objects[0]);
-    EXPECT_THAT(in_order(1), ElementsAre(1, 3, 5));
     kestu_cdl_set_free_obj(nodes[4], &objects[0]);
-    kestu_cdl_set_free_obj(nodes[4], &objects[0]);
-    EXPECT_THAT(in_order(1), ElementsAre(3));
+    EXPECT_THAT(seen_by(kestu_cdl_flwalk, list), ElementsAre(1, 3, 5));
     kestu_cdl_set_allfree(nodes[3]);
     EXPECT_EQ(kestu_cdl_count(list), 0u);
-    EXPECT_THAT(checked_tags(list), ElementsAre(1, 2, 3, 4, 5));
 }
 
-// Each walk from node 3, ended at node 2 (outward) or at node 2 of the list order.
-TEST_F(CdlList, WalksStopAtTheirKindOfResult) {
-    Seen seen{{}, 2, KestuDLlistStopWalking};
-    void *result = nullptr;
-    EXPECT_EQ(kestu_cdl_walk_int_first(nodes[3], number, &seen), -5);
-    EXPECT_EQ(kestu_cdl_walk_node_first(nodes[3], number, &seen), nodes[2]);
-    EXPECT_EQ(kestu_cdl_walk_err_first(nodes[3], error, &seen), KestuDLlistStopWalking);
-    EXPECT_EQ(kestu_cdl_walk_err_or_ptr_first(nodes[3], error_or_pointer, &seen, &result),
-              KestuDLlistStopWalking);
-    EXPECT_EQ(result, nullptr);
-    EXPECT_THAT(seen.tags, ElementsAre(3, 2, 3, 2, 3, 2, 3, 2));
-    seen.tags.clear();
-    EXPECT_EQ(kestu_cdl_flwalk_err_first(nodes[3], error, &seen), KestuDLlistStopWalking);
-    EXPECT_EQ(kestu_cdl_flwalk_err_or_ptr_first(nodes[3], error_or_pointer, &seen, &result),
-              KestuDLlistStopWalking);
-    EXPECT_THAT(seen.tags, ElementsAre(1, 2, 1, 2));
-    seen = {{}, 5, nullptr};
-    EXPECT_OK(kestu_cdl_walk_err_or_ptr_first(nodes[3], error_or_pointer, &seen, &result));
-    EXPECT_EQ(result, &objects[5]);
-    EXPECT_OK(kestu_cdl_walk_err_or_ptr_first(nodes[3], error_or_pointer, &seen, &result));
-    EXPECT_OK(kestu_cdl_flwalk_err_or_ptr_first(nodes[3], error_or_pointer, &seen, &result));
-    EXPECT_THAT(seen.tags, ElementsAre(3, 2, 1, 5, 3, 1));
-    const auto pointer = [](uint32_t tag, void *data, void *) { return tag > 3 ? data : nullptr; };
-    EXPECT_EQ(kestu_cdl_walk_ptr_first(nodes[3], pointer, nullptr), &objects[5]);
-    seen = {{}, 4, nullptr}; // a free node stops nothing
-    EXPECT_EQ(kestu_cdl_walk_int_first(nodes[3], number, &seen), 0);
-    EXPECT_EQ(kestu_cdl_walk_node_first(nodes[3], number, &seen), nullptr);
-}
-
-TEST_F(CdlList, AFreeingWalkGoesOn) {
+// Each walk from node 3, some ended at a node. The free node is neither shown nor ends a walk.
+TEST_F(CdlList, WalksGoOutwardOrFromFirstToLastAndStopAtTheirKindOfResult) {
+    kestu_cdl_t *const from = nodes[3];
+    EXPECT_THAT(seen_by(kestu_cdl_walk, from), ElementsAre(3, 2, 1, 5));
+    EXPECT_THAT(seen_by(kestu_cdl_walk, nodes[4]), ElementsAre(3, 2, 1, 5));
+    EXPECT_THAT(seen_by(kestu_cdl_flwalk, from), ElementsAre(1, 2, 3, 5));
+    EXPECT_THAT(ended(kestu_cdl_walk_int_first, from, see_int, 2), Pair(2, ElementsAre(3, 2)));
+    EXPECT_THAT(ended(kestu_cdl_walk_int_first, from, see_int, 4),
+                Pair(0, ElementsAre(3, 2, 1, 5)));
+    EXPECT_THAT(ended(kestu_cdl_walk_node_first, from, see_int, 2),
+                Pair(nodes[2], ElementsAre(3, 2)));
+    EXPECT_EQ(ended(kestu_cdl_walk_node_first, from, see_int, 4).first, nullptr);
+    EXPECT_THAT(ended(kestu_cdl_walk_ptr_first, from, see_ptr, 5),
+                Pair(&objects[5], ElementsAre(3, 2, 1, 5)));
+    EXPECT_THAT(ended(kestu_cdl_walk_err_first, from, see_err, 2),
+                Pair(KestuDLlistStopWalking, ElementsAre(3, 2)));
+    EXPECT_THAT(ended(kestu_cdl_flwalk_err_first, from, see_err, 2),
+                Pair(KestuDLlistStopWalking, ElementsAre(1, 2)));
+    for (auto walk : {kestu_cdl_walk_err_or_ptr_first, kestu_cdl_flwalk_err_or_ptr_first}) {
+        Trace errors{2}, pointers{5, nullptr};
+        void *result = nullptr; // not cleared by a walk
+        EXPECT_EQ(walk(from, see_err_or_ptr, &errors, &result), KestuDLlistStopWalking);
+        for (int i = 0; i < 2; ++i) {
+            EXPECT_OK(walk(from, see_err_or_ptr, &pointers, &result));
+            EXPECT_EQ(result, &objects[5]);
+        }
+        const bool is_outward = walk == kestu_cdl_walk_err_or_ptr_first;
+        EXPECT_EQ(pointers.seen, is_outward ? Tags({3, 2, 1, 5, 3}) : Tags({1, 2, 3, 5, 1}));
+    }
     const auto is_odd = [](uint32_t tag, void *, void *) { return static_cast<int>(tag % 2); };
-    kestu_cdl_walk_free(nodes[3], is_odd, nullptr);
-    EXPECT_THAT(in_order(3), ElementsAre(2));
+    kestu_cdl_walk_free(from, is_odd, nullptr); // goes on
+    EXPECT_THAT(seen_by(kestu_cdl_walk, from), ElementsAre(2));
 }
 
 TEST_F(CdlList, NullNodesAreEmptyLists) {
     kestu_cdl_t *none = nullptr;
-    Seen seen;
+    Trace trace;
     void *result = nullptr;
     for (auto get :
          {kestu_cdl_get_first, kestu_cdl_get_last, kestu_cdl_get_free, kestu_cdl_get_ready})
@@ -176,25 +120,21 @@ TEST_F(CdlList, NullNodesAreEmptyLists) {
     EXPECT_EQ(kestu_cdl_count(none), 0u);
     EXPECT_EQ(kestu_cdl_get_data(none), nullptr);
     EXPECT_EQ(kestu_cdl_get_tag(none), 0u);
-    kestu_cdl_set_data(none, objects);
-    kestu_cdl_set_tag(none, 1);
     kestu_cdl_set_data_tag(none, objects, 1);
-    kestu_cdl_set_free(none);
-    kestu_cdl_set_occupied(none);
+    for (auto set : {kestu_cdl_set_free, kestu_cdl_set_occupied, kestu_cdl_set_allfree})
+        set(none);
     kestu_cdl_set_free_obj(none, objects);
-    kestu_cdl_set_allfree(none);
-    kestu_cdl_destroy(&none);
-    kestu_cdl_walk(none, collect, &seen);
-    kestu_cdl_flwalk(none, collect, &seen);
-    kestu_cdl_walk_free(none, number, &seen);
-    EXPECT_EQ(kestu_cdl_walk_node_first(none, number, &seen), nullptr);
-    EXPECT_EQ(kestu_cdl_walk_int_first(none, number, &seen), 0);
-    EXPECT_EQ(kestu_cdl_walk_ptr_first(none, nullptr, &seen), nullptr);
-    EXPECT_OK(kestu_cdl_walk_err_first(none, error, &seen));
-    EXPECT_OK(kestu_cdl_flwalk_err_first(none, error, &seen));
-    EXPECT_OK(kestu_cdl_walk_err_or_ptr_first(none, error_or_pointer, &seen, &result));
-    EXPECT_OK(kestu_cdl_flwalk_err_or_ptr_first(none, error_or_pointer, &seen, &result));
-    EXPECT_THAT(seen.tags, IsEmpty());
+    for (auto walk : {kestu_cdl_walk, kestu_cdl_flwalk})
+        walk(none, see, &trace);
+    kestu_cdl_walk_free(none, see_int, &trace);
+    EXPECT_EQ(kestu_cdl_walk_node_first(none, see_int, &trace), nullptr);
+    EXPECT_EQ(kestu_cdl_walk_int_first(none, see_int, &trace), 0);
+    EXPECT_EQ(kestu_cdl_walk_ptr_first(none, see_ptr, &trace), nullptr);
+    for (auto walk : {kestu_cdl_walk_err_first, kestu_cdl_flwalk_err_first})
+        EXPECT_OK(walk(none, see_err, &trace));
+    for (auto walk : {kestu_cdl_walk_err_or_ptr_first, kestu_cdl_flwalk_err_or_ptr_first})
+        EXPECT_OK(walk(none, see_err_or_ptr, &trace, &result));
+    EXPECT_THAT(trace.seen, ElementsAre());
     EXPECT_CHAIN(kestu_cdl_insert_before(none, list), Element(120051, ""));
     EXPECT_CHAIN(kestu_cdl_insert_after(list, none), Element(120051, ""));
     kestu_cdl_destroy(&list);
@@ -208,15 +148,13 @@ TEST_F(CdlList, APoolWithoutMemoryIsReportedWithNothingChanged) {
     } cases[] = {{kestu_cdl_append, "Unable to append DL object."},
                  {kestu_cdl_prepend, "Unable to prepend DL object."},
                  {kestu_cdl_add, "Unable to add DL object."}};
-    for (const auto &c : cases) {
-        kestu_cdl_t *handle = nodes[3], *out = nullptr;
-        kestu_error_t *err =
-            pool.without_memory([&] { return c.add(&handle, 9, nullptr, &out, pool); });
-        EXPECT_CHAIN(err, Element(120012, c.message),
+    kestu_cdl_t *out = nullptr;
+    for (const auto &c : cases)
+        EXPECT_CHAIN(pool.without_memory([&] { return c.add(&list, 9, nullptr, &out, pool); }),
+                     Element(120012, c.message),
                      Element(120012, "Failed to allocate 32 bytes of memory."));
-        EXPECT_EQ(handle, nodes[3]);
-        EXPECT_EQ(out, nullptr);
-    }
+    EXPECT_EQ(list, nodes[1]);
+    EXPECT_EQ(out, nullptr);
     EXPECT_THAT(checked_tags(list), ElementsAre(1, 2, 3, 4, 5));
 }
 
@@ -227,15 +165,17 @@ struct Slot {
     bool occupied;
 };
 
-// The model's occupied tags in outward order from the slot `from`.
-std::vector<uint32_t> outward_model(const std::vector<Slot> &slots, size_t from) {
-    std::vector<uint32_t> tags;
+// The tags, free or occupied, in outward order from the slot `from`.
+Tags outward(const std::vector<Slot> &slots, size_t from, bool occupied) {
+    Tags tags;
+    const auto add = [&](const Slot &slot) {
+        if (slot.occupied == occupied)
+            tags.push_back(static_cast<int>(slot.tag));
+    };
     for (size_t i = from + 1; i-- > 0;)
-        if (slots[i].occupied)
-            tags.push_back(slots[i].tag);
+        add(slots[i]);
     for (size_t i = from + 1; i < slots.size(); ++i)
-        if (slots[i].occupied)
-            tags.push_back(slots[i].tag);
+        add(slots[i]);
     return tags;
 }
 
@@ -248,49 +188,55 @@ TEST(CdlModel, RandomStepsKeepOrderLinksAndOccupation) {
     kestu_cdl_t *handle = nullptr;
     ASSERT_OK(kestu_cdl_append(&handle, 0, nullptr, nullptr, pool));
     for (uint32_t step = 1; step <= 2000; ++step) {
-        const auto nodes = checked_nodes(handle);
         const size_t n = model.size(), i = random() % n;
-        const auto at = [&](size_t k) { return model.begin() + static_cast<ptrdiff_t>(k); };
-        handle = nodes[i];
-        const uint32_t grow = n < 60 ? random() % 6 : 3 + random() % 3;
-        if (grow == 0) {
-            ASSERT_OK(kestu_cdl_append(&handle, step, nullptr, nullptr, pool));
-            model.push_back({step, true});
-        } else if (grow == 1) {
-            ASSERT_OK(kestu_cdl_prepend(&handle, step, nullptr, nullptr, pool));
-            model.insert(model.begin(), {step, true});
-        } else if (grow == 2) {
-            ASSERT_OK(kestu_cdl_add(&handle, step, nullptr, nullptr, pool));
-            model.insert(at(i + 1), {step, true});
-        } else if (grow == 3) {
+        kestu_cdl_t *const held = handle = checked_nodes(handle)[i], *lone = nullptr;
+        const auto added = [&](kestu_error_t *err, size_t place) {
+            EXPECT_OK(err);
+            model.insert(model.begin() + static_cast<ptrdiff_t>(place), {step, true});
+        };
+        switch (n < 60 ? random() % 8 : 5 + random() % 3) {
+        case 0:
+            added(kestu_cdl_append(&handle, step, nullptr, nullptr, pool), n);
+            break;
+        case 1:
+            added(kestu_cdl_prepend(&handle, step, nullptr, nullptr, pool), 0);
+            break;
+        case 2:
+            added(kestu_cdl_add(&handle, step, nullptr, nullptr, pool), i + 1);
+            break;
+        case 3:
+            ASSERT_OK(kestu_cdl_append(&lone, step, nullptr, nullptr, pool));
+            added(kestu_cdl_insert_before(handle, lone), i);
+            break;
+        case 4:
+            ASSERT_OK(kestu_cdl_append(&lone, step, nullptr, nullptr, pool));
+            added(kestu_cdl_insert_after(handle, lone), i + 1);
+            break;
+        case 5:
             kestu_cdl_set_free(handle);
             model[i].occupied = false;
-        } else if (kestu_cdl_t *ready = kestu_cdl_get_ready(handle)) {
-            // Free and occupied exchanged, the first in outward order is the one that was ready.
-            auto inverse = model;
-            for (Slot &slot : inverse)
-                slot.occupied = !slot.occupied;
-            const uint32_t tag = outward_model(inverse, i)[0];
-            ASSERT_EQ(ready->tag, tag);
-            std::find_if(model.begin(), model.end(), [=](const Slot &s) {
-                return s.tag == tag;
-            })->occupied = true;
+            break;
+        default: {
+            const kestu_cdl_t *ready = kestu_cdl_get_ready(handle);
+            const Tags free = outward(model, i, false);
+            ASSERT_EQ(ready ? Tags{static_cast<int>(ready->tag)} : Tags(),
+                      Tags(free.begin(), free.begin() + !free.empty()));
+            for (Slot &slot : model)
+                slot.occupied |= ready && slot.tag == ready->tag;
         }
-        std::vector<uint32_t> all, occupied;
-        for (const Slot &slot : model) {
+        }
+        ASSERT_EQ(handle, held);
+        std::vector<uint32_t> all;
+        for (const Slot &slot : model)
             all.push_back(slot.tag);
-            if (slot.occupied)
-                occupied.push_back(slot.tag);
-        }
         ASSERT_EQ(checked_tags(handle), all) << "step " << step;
-        Seen seen;
-        kestu_cdl_walk(nodes[i], collect, &seen);
-        const auto now = checked_nodes(handle);
-        const auto place = std::find(now.begin(), now.end(), nodes[i]) - now.begin();
-        ASSERT_EQ(seen.tags, outward_model(model, static_cast<size_t>(place)));
+        const auto place = std::find(all.begin(), all.end(), handle->tag) - all.begin();
+        ASSERT_EQ(seen_by(kestu_cdl_walk, handle),
+                  outward(model, static_cast<size_t>(place), true));
+        const Tags occupied = outward(model, 0, true);
         ASSERT_EQ(kestu_cdl_count(handle), occupied.size());
         const size_t k = random() % (occupied.size() + 1);
         const kestu_cdl_t *nth = kestu_cdl_get_n(handle, k);
-        ASSERT_EQ(nth ? nth->tag : ~0u, k < occupied.size() ? occupied[k] : ~0u);
+        ASSERT_EQ(nth ? static_cast<int>(nth->tag) : -1, k < occupied.size() ? occupied[k] : -1);
     }
 }
