@@ -167,6 +167,10 @@ TEST(TiffRefusal, AFileCutAnywhereLeavesNothingBehind) {
     ASSERT_EQ(tags.size(), 140u);
     const std::string file = tags + pixels;
     EXPECT_EQ(pixels_of(file), std::vector<int>(pixels.begin(), pixels.end()));
+    {
+        SCOPED_TRACE("what is kept from the first error on");
+        expect_refused("", too_short);
+    }
     const long blocks = live_blocks();
     for (size_t size = 0; size < file.size(); ++size) {
         SCOPED_TRACE(size);
