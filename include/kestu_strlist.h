@@ -44,7 +44,10 @@ KESTU_API KESTU_MUST_USE kestu_error_t *kestu_strlist_addfirst(kestu_strlist_t *
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_strlist_addlast(kestu_strlist_t *list,
                                                               const char *str, apr_pool_t *pool);
 
-/* String number `n` of `list`, from 0; null when there is none. */
+/*
+ * String number `n` of `list`, from 0; null when there is none. It is counted from the first: who
+ * wants all strings walks `head` by kestu_dl_walk.
+ */
 KESTU_API const char *kestu_strlist_getn(kestu_strlist_t *list, int n);
 
 /* 1 when `list` holds a string equal to `str`, else 0. */
