@@ -66,8 +66,9 @@ typedef struct kestu_img_t {
  *     120151  "Invalid TIFF tag [name=%d type=%d length=%d offset=%d]"
  *     120152  the structure of the image: its strips, resolution unit, photometric interpretation,
  *             or directories that form a loop or share bytes
- *     120153  strips that reach past the end of the file; or an image that claims more than 1 MiB
- * of samples, or a million rows, beyond what the file holds 0       "No image data were found."
+ *     120153  strips that reach past the end of the file; or an image that claims more samples than
+ *             the file holds by 1 MiB, or by a million rows
+ *     0       "No image data were found."
  *
  * and those of kestu_mem_matrix_alloc, all under "Cannot read TIFF image." or "Cannot read TIFF
  * information from file.".

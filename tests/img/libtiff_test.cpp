@@ -39,12 +39,12 @@ void write_directory(TIFF *tiff, const Picture<Sample> &picture, const Layout &l
 } // namespace
 
 template <typename Sample>
-class ForeignTiff : public testing::Test {};
+class LibtiffExchange : public testing::Test {};
 using Depths = testing::Types<uint8_t, uint16_t>;
-TYPED_TEST_SUITE(ForeignTiff, Depths);
+TYPED_TEST_SUITE(LibtiffExchange, Depths, );
 
 // Strips of one row to all rows. Two strips are left out: libtiff keeps their sizes in the entry.
-TYPED_TEST(ForeignTiff, FilesOfLibtiffAreRead) {
+TYPED_TEST(LibtiffExchange, ItsFilesAreRead) {
     const Picture<TypeParam> picture(47, 61);
     for (const uint32_t rows_per_strip : {1, 2, 7, 16, 47})
         for (const uint16_t unit : {0, 2, 3}) {
@@ -68,7 +68,7 @@ TYPED_TEST(ForeignTiff, FilesOfLibtiffAreRead) {
         }
 }
 
-TYPED_TEST(ForeignTiff, TheLastOfSeveralDirectoriesHolds) {
+TYPED_TEST(LibtiffExchange, TheLastOfSeveralDirectoriesHolds) {
     const MemoryFile file;
     TIFF *tiff = TIFFOpen(file.path(), "wl");
     ASSERT_NE(tiff, nullptr);
@@ -85,7 +85,7 @@ TYPED_TEST(ForeignTiff, TheLastOfSeveralDirectoriesHolds) {
 }
 
 // Some images have more rows than one system call takes.
-TYPED_TEST(ForeignTiff, LibtiffReadsWhatIsWritten) {
+TYPED_TEST(LibtiffExchange, ItReadsWhatIsWritten) {
     for (const auto &[height, width] : {std::pair{1, 1}, {61, 47}, {600, 3}, {2, 700}}) {
         const Picture<TypeParam> picture(height, width);
         const MemoryFile file;
