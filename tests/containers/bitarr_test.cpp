@@ -4,6 +4,7 @@
 #include "containers/bitarr_count.hpp"
 #include "support/alloc_failure.hpp"
 #include "support/chain.hpp"
+#include "support/on_path.hpp"
 
 #include <algorithm>
 #include <random>
@@ -259,17 +260,9 @@ TEST(BitArray, SizesThatNoMachineHasFail) {
     EXPECT_EQ(out, nullptr);
 }
 
-class CountOnPath : public testing::TestWithParam<CountPath> {
-  protected:
-    void SetUp() override {
-        const bool CpuFeatures::*needed = GetParam().needs;
-        if (needed && !(kestu::cpu_features().*needed))
-            GTEST_SKIP() << "this processor has no path " << GetParam().name;
-    }
-};
-
+class CountOnPath : public kestu::test::OnPath<CountPath, count_dispatch> {};
 INSTANTIATE_TEST_SUITE_P(Paths, CountOnPath, testing::ValuesIn(count_dispatch.all()),
-                         [](const auto &path) { return path.param.name; });
+                         kestu::test::name_of_path);
 
 // Each run of words ends where its block does, so that a sanitizer sees what is read beyond it.
 TEST_P(CountOnPath, AgreesWithCountingBitByBit) {

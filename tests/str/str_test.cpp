@@ -4,6 +4,7 @@
 #include "str/compare.hpp"
 #include "support/alloc_failure.hpp"
 #include "support/chain.hpp"
+#include "support/on_path.hpp"
 #include "support/pool.hpp"
 
 #include <sys/mman.h>
@@ -14,10 +15,9 @@
 #include <cstring>
 #include <random>
 #include <string>
-#include <vector>
 
 using namespace kestu::test;
-using kestu::ComparePath;
+using kestu::compare_dispatch;
 
 namespace {
 
@@ -165,25 +165,17 @@ TEST(StrBounded, AppendingLooksNoFurtherThanTheSize) {
     EXPECT_EQ(kestu_str_strlcat(target, "xyz", 0), 3u);
 }
 
-// The public function, and every path that this processor has.
-class StrComparison : public testing::TestWithParam<ComparePath> {
+class StrComparison : public OnPath<kestu::ComparePath, compare_dispatch> {
   protected:
-    void SetUp() override {
-        if (GetParam().needs && !(kestu::cpu_features().*GetParam().needs))
-            GTEST_SKIP() << "this processor has no path " << GetParam().name;
+    // Short texts never come to the path by the public function.
+    static int compare(const char *s1, const char *s2) {
+        const int result = GetParam().compare(s1, s2);
+        EXPECT_EQ(kestu_str_stricmp(s1, s2), result);
+        return result;
     }
-    static int compare(const char *s1, const char *s2) { return GetParam().compare(s1, s2); }
 };
-
-std::vector<ComparePath> comparisons() {
-    const auto paths = kestu::compare_dispatch.all();
-    std::vector<ComparePath> all(paths.begin(), paths.end());
-    all.push_back({"chosen", nullptr, kestu_str_stricmp});
-    return all;
-}
-
-INSTANTIATE_TEST_SUITE_P(Paths, StrComparison, testing::ValuesIn(comparisons()),
-                         [](const auto &path) { return path.param.name; });
+INSTANTIATE_TEST_SUITE_P(Paths, StrComparison, testing::ValuesIn(compare_dispatch.all()),
+                         name_of_path);
 
 TEST_P(StrComparison, BytesAreFoldedAndSigned) {
     EXPECT_EQ(compare("ABC", "abd"), -1);

@@ -2,6 +2,7 @@
 #include "util/crc_path.hpp"
 
 #include "kestu_sum.h"
+#include "support/on_path.hpp"
 
 #include <gmock/gmock.h>
 
@@ -43,14 +44,6 @@ Word divide(Word crc, const Bytes &data, Word polynomial) {
 
 } // namespace
 
-namespace kestu {
-
-void PrintTo(const CrcPath &path, std::ostream *out) {
-    *out << path.name;
-}
-
-} // namespace kestu
-
 TEST(Crc, PublishedValues) {
     const std::string_view digits = "123456789";
     const std::string_view fox = "The quick brown fox jumps over the lazy dog";
@@ -83,19 +76,9 @@ TEST(Crc, ACrcCanBeContinued) {
     }
 }
 
-class CrcOnPath : public testing::TestWithParam<CrcPath> {
-  protected:
-    void SetUp() override {
-        const bool CpuFeatures::*needed = GetParam().needs;
-        if (needed && !(cpu_features().*needed))
-            GTEST_SKIP() << "this processor has no path " << GetParam().name;
-        crc_dispatch.force(GetParam());
-    }
-    void TearDown() override { crc_dispatch.forget(); }
-};
-
+class CrcOnPath : public kestu::test::OnPath<CrcPath, crc_dispatch> {};
 INSTANTIATE_TEST_SUITE_P(Paths, CrcOnPath, testing::ValuesIn(crc_dispatch.all()),
-                         [](const auto &path) { return path.param.name; });
+                         kestu::test::name_of_path);
 
 TEST_P(CrcOnPath, AgreesWithDivisionBitByBit) {
     for (const size_t size : {1, 15, 16, 17, 63, 64, 200, 1024, 4099}) {

@@ -2,6 +2,7 @@
 #include "util/sha1_path.hpp"
 
 #include "kestu_sum.h"
+#include "support/on_path.hpp"
 
 #include <gmock/gmock.h>
 
@@ -60,27 +61,9 @@ Bytes random_bytes(size_t size) {
 
 } // namespace
 
-namespace kestu {
-
-void PrintTo(const Sha1Path &path, std::ostream *out) {
-    *out << path.name;
-}
-
-} // namespace kestu
-
-class Sha1OnPath : public testing::TestWithParam<Sha1Path> {
-  protected:
-    void SetUp() override {
-        const bool CpuFeatures::*needed = GetParam().needs;
-        if (needed && !(cpu_features().*needed))
-            GTEST_SKIP() << "this processor has no path " << GetParam().name;
-        sha1_dispatch.force(GetParam());
-    }
-    void TearDown() override { sha1_dispatch.forget(); }
-};
-
+class Sha1OnPath : public kestu::test::OnPath<Sha1Path, sha1_dispatch> {};
 INSTANTIATE_TEST_SUITE_P(Paths, Sha1OnPath, testing::ValuesIn(sha1_dispatch.all()),
-                         [](const auto &path) { return path.param.name; });
+                         kestu::test::name_of_path);
 
 // From FIPS 180-1 and NIST's collection of examples.
 TEST_P(Sha1OnPath, GivesThePublishedDigests) {
