@@ -149,11 +149,16 @@ void Terminal::take(char c) {
 // Takes what the program has written, at least one byte; false at the end of its output. Bytes are
 // read one by one so that nothing behind a mark is shown before it is asked for.
 bool Terminal::follow() {
-    char c = 0;
-    const ssize_t count = read(master, &c, 1);
-    if (count == 1)
-        take(c);
-    return count == 1 || (count < 0 && errno == EINTR);
+    // The first read to fail may have looked for output just before the last of it came.
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        char c = 0;
+        const ssize_t count = read(master, &c, 1);
+        if (count == 1)
+            take(c);
+        if (count == 1 || (count < 0 && errno == EINTR))
+            return true;
+    }
+    return false;
 }
 
 void Terminal::wait_for_mark() {
