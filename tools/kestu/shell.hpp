@@ -1,4 +1,4 @@
-// An interactive session, or a script, of the program's commands.
+// The program's commands at a prompt, or in a script.
 #pragma once
 
 #include "shell_table.hpp"

@@ -140,8 +140,7 @@ void History::add(const std::string &line) {
 
 void History::give_up(const std::string &why) {
     const std::string name = path.empty() ? "" : printable(path.c_str()) + ": ";
-    std::fprintf(stderr, "kestu: %s%s; the history of this session is not kept\n", name.c_str(),
-                 why.c_str());
+    std::fprintf(stderr, "kestu: %s%s; the history is not kept\n", name.c_str(), why.c_str());
     folder.clear();
 }
 

@@ -1,4 +1,4 @@
-// The lines of earlier sessions, in a file of the user's.
+// The lines of earlier shells, in a file of the user's.
 #pragma once
 
 #include <string>
@@ -7,13 +7,13 @@
 namespace program {
 
 // The file is $XDG_STATE_HOME/kestu/history, or ~/.local/state/kestu/history. Lines are added one
-// by one as they are entered, so that a session that dies loses none, and several sessions may
-// share the file. What goes wrong is told once; the session then goes on without the file.
+// by one as they are entered, so that a shell that dies loses none, and several shells may share
+// the file. What goes wrong is told once; the shell then goes on without the file.
 class History {
   public:
     History();
 
-    // The last lines of earlier sessions, the oldest first. Brings the file down to them: it is
+    // The last lines of earlier shells, the oldest first. Brings the file down to them: it is
     // others' to write, and whatever is in it that nobody can have typed goes.
     std::vector<std::string> load();
 

@@ -104,7 +104,7 @@ void handle(int signal, void (*handler)(int), int flags, struct sigaction *befor
 
 // Signals wait while settings and handlers change together, but not the keys that end a program:
 // one that was meant for a command, and comes when it is over, still finds the handler that the
-// session has for it.
+// shell has for it.
 sigset_t signals_that_wait() {
     return all_but(SIGINT, SIGQUIT);
 }
