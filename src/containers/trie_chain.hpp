@@ -101,15 +101,13 @@ class ChainMaker {
 
     // What the block of the node at `depth` takes.
     size_t block_size(size_t depth) const {
-        const bool is_head = steps_ != 0 && depth == head_depth_;
-        return sizeof(Inner) + (is_head ? Chain::block_size(steps_) : 0);
+        return sizeof(Inner) + (is_head(depth) ? Chain::block_size(steps_) : 0);
     }
 
     // Takes note of the node at `depth`; they come in their order.
     void add(Inner *node, size_t depth) {
-        const bool is_head = steps_ != 0 && depth == head_depth_;
         HeadMark::clear(node);
-        if (is_head) {
+        if (is_head(depth)) {
             HeadMark::set(node);
             chain_ = reinterpret_cast<Chain *>(node + 1);
             chain_->steps = steps_;
@@ -122,6 +120,7 @@ class ChainMaker {
   private:
     static constexpr size_t fewest = 32;
 
+    bool is_head(size_t depth) const { return steps_ != 0 && depth == head_depth_; }
     static size_t even(size_t depth) { return depth / 2 * 2; }
     static size_t steps_between(size_t head, size_t last) {
         return last < head + fewest ? 0 : last - head;

@@ -57,7 +57,7 @@ Node *as_node(Record *record) {
 }
 
 // Has the memory before a node fetched beside it: the leaf that made an inner node necessary was
-// taken just before it, and every other way through such a node ends at that leaf.
+// taken just before it, and about half of the ways through such a node end at that leaf.
 inline void fetch_leaf_beside(const Node *node) {
     constexpr uintptr_t distance = 48; // the fields and a short key, in pools as in the heap
     __builtin_prefetch(
