@@ -2,8 +2,8 @@
 // OpenSSL's own SHA-1 functions are deprecated for its generic ones, but cost less.
 #define OPENSSL_SUPPRESS_DEPRECATED
 
+#include "base/crc_table.hpp"
 #include "kestu_sum.h"
-#include "util/crc_table.hpp"
 
 #include <benchmark/benchmark.h>
 #include <isa-l/crc.h>

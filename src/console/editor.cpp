@@ -1,8 +1,8 @@
 // What each key does to the line. A key costs at most time in proportion to the line.
 #include "console/editor.hpp"
 
-#include "containers/nodes.hpp"
-#include "frame/error.hpp"
+#include "error/error.hpp"
+#include "mem/nodes.hpp"
 
 #include <cstring>
 

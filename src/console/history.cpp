@@ -1,9 +1,9 @@
 // The line's buffer, and the earlier lines that are copied into it.
 #include "kestu_readline.h"
 
-#include "frame/error.hpp"
+#include "base/pool_text.hpp"
+#include "error/error.hpp"
 #include "kestu_str.h"
-#include "str/pool_text.hpp"
 
 #include <algorithm>
 #include <cstring>

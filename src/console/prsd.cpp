@@ -2,10 +2,10 @@
 // copied once, whatever its length.
 #include "kestu_prsd.h"
 
-#include "containers/nodes.hpp"
-#include "frame/error.hpp"
+#include "base/pool_text.hpp"
+#include "error/error.hpp"
 #include "kestu_str.h"
-#include "str/pool_text.hpp"
+#include "mem/nodes.hpp"
 
 #include <algorithm>
 #include <cctype>

@@ -1,11 +1,11 @@
 // Reading a line: the loop that joins keys, editor and terminal.
 #include "kestu_readline.h"
 
+#include "base/pool_text.hpp"
 #include "console/editor.hpp"
 #include "console/terminal.hpp"
-#include "containers/nodes.hpp"
-#include "frame/error.hpp"
-#include "str/pool_text.hpp"
+#include "error/error.hpp"
+#include "mem/nodes.hpp"
 
 #include <cerrno>
 #include <cstring>

@@ -1,7 +1,7 @@
 // The terminal is standard input for settings, and standard output for its size.
 #include "console/terminal.hpp"
 
-#include "frame/error.hpp"
+#include "error/error.hpp"
 
 #include <csignal>
 #include <cstdio>

@@ -2,7 +2,7 @@
 #include "kestu_bitarr.h"
 
 #include "containers/bitarr_count.hpp"
-#include "frame/error.hpp"
+#include "error/error.hpp"
 #include "kestu_mem.h"
 
 #include <algorithm>

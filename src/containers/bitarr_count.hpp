@@ -1,7 +1,7 @@
 // The ways to count the bits that are set in words. All give the same results.
 #pragma once
 
-#include "util/dispatch.hpp"
+#include "base/dispatch.hpp"
 
 #include <cstddef>
 #include <cstdint>

@@ -2,8 +2,8 @@
 #include "kestu_cdl.h"
 
 #include "containers/links.hpp"
-#include "containers/nodes.hpp"
 #include "containers/walks.hpp"
+#include "mem/nodes.hpp"
 
 using namespace kestu;
 

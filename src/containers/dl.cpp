@@ -2,9 +2,9 @@
 #include "kestu_dl.h"
 
 #include "containers/links.hpp"
-#include "containers/nodes.hpp"
 #include "containers/walks.hpp"
 #include "kestu_mem.h"
+#include "mem/nodes.hpp"
 
 #include <cstring>
 #include <utility>

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "containers/stride.hpp"
-#include "frame/error.hpp"
+#include "error/error.hpp"
 
 namespace kestu {
 

@@ -1,8 +1,8 @@
 // The stack.
 #include "kestu_stk.h"
 
-#include "containers/nodes.hpp"
 #include "containers/sl.hpp"
+#include "mem/nodes.hpp"
 
 using namespace kestu;
 

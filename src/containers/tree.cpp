@@ -2,8 +2,8 @@
 #include "kestu_tree.h"
 
 #include "containers/links.hpp"
-#include "containers/nodes.hpp"
 #include "containers/walks.hpp"
+#include "mem/nodes.hpp"
 
 #include <type_traits>
 

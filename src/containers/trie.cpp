@@ -1,8 +1,8 @@
 // The trie: lookup, insertion, deletion and release, each a loop along the way of a key.
 #include "kestu_trie.h"
 
-#include "containers/nodes.hpp"
 #include "containers/trie_chain.hpp"
+#include "mem/nodes.hpp"
 
 #include <utility>
 

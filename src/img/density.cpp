@@ -1,5 +1,5 @@
 // Conversions of every pixel by a function of its sample alone.
-#include "frame/error.hpp"
+#include "error/error.hpp"
 #include "img/grayscale.hpp"
 #include "img/rows.hpp"
 #include "kestu_img_measure.h"

@@ -1,5 +1,5 @@
 // Matrices of doubles as 16-bit images.
-#include "frame/error.hpp"
+#include "error/error.hpp"
 #include "img/rows.hpp"
 #include "img/tiff_write.hpp"
 

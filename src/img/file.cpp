@@ -1,6 +1,6 @@
 #include "img/file.hpp"
 
-#include "frame/error.hpp"
+#include "error/error.hpp"
 
 #include <cerrno>
 

@@ -1,6 +1,6 @@
 #include "img/grayscale.hpp"
 
-#include "frame/error.hpp"
+#include "error/error.hpp"
 #include "img/rows.hpp"
 
 namespace kestu {

@@ -1,4 +1,4 @@
-#include "frame/error.hpp"
+#include "error/error.hpp"
 #include "img/grayscale.hpp"
 #include "img/level_counts.hpp"
 #include "kestu_img_measure.h"

@@ -2,7 +2,7 @@
 // as if they were one piece.
 #pragma once
 
-#include "frame/error.hpp"
+#include "error/error.hpp"
 #include "kestu_img.h"
 #include "kestu_mem.h"
 

@@ -1,6 +1,6 @@
 #include "img/tiff_directory.hpp"
 
-#include "frame/error.hpp"
+#include "error/error.hpp"
 #include "img/tiff_format.hpp"
 #include "kestu_mem.h"
 

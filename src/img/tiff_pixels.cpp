@@ -2,7 +2,7 @@
 // read together, scattered over many rows a call.
 #include "img/tiff_pixels.hpp"
 
-#include "frame/error.hpp"
+#include "error/error.hpp"
 #include "img/rows.hpp"
 
 #include <algorithm>

@@ -1,5 +1,5 @@
 // The readers. They differ in what they do once the directories are read.
-#include "frame/error.hpp"
+#include "error/error.hpp"
 #include "img/file.hpp"
 #include "img/tiff_directory.hpp"
 #include "img/tiff_pixels.hpp"

@@ -1,7 +1,7 @@
 // One pass from front to back: a fixed head that names its own length, then the rows.
 #include "img/tiff_write.hpp"
 
-#include "frame/error.hpp"
+#include "error/error.hpp"
 #include "img/rows.hpp"
 #include "img/tiff_format.hpp"
 #include "kestu_lib.h"

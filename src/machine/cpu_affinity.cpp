@@ -1,5 +1,5 @@
 // Affinity masks of any size.
-#include "frame/error.hpp"
+#include "error/error.hpp"
 
 #include "kestu_cpu.h"
 

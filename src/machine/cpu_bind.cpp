@@ -1,5 +1,5 @@
 // Binding to one processor. It stands alone so that a program may put its own in its place.
-#include "frame/error.hpp"
+#include "error/error.hpp"
 
 #include "kestu_cpu.h"
 

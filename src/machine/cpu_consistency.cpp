@@ -1,6 +1,6 @@
 // The check that the process may run everywhere. It stands alone so that a program may put its own
 // in its place.
-#include "frame/error.hpp"
+#include "error/error.hpp"
 
 #include "kestu_cpu.h"
 

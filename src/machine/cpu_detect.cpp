@@ -1,5 +1,5 @@
 // Detection: the vendor, then the vendor's rules on every processor.
-#include "frame/error.hpp"
+#include "error/error.hpp"
 
 #include "kestu_cpu.h"
 #include "kestu_str.h"

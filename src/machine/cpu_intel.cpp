@@ -4,7 +4,7 @@
 #include "machine/cpu_flags.hpp"
 #include "machine/cpu_intel_names.hpp"
 
-#include "frame/error.hpp"
+#include "error/error.hpp"
 
 #include "kestu_str.h"
 

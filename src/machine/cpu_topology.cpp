@@ -1,7 +1,7 @@
 // Visiting every logical processor.
 #include "machine/cpu_count.hpp"
 
-#include "frame/error.hpp"
+#include "error/error.hpp"
 
 #include "kestu_mach.h"
 

@@ -1,7 +1,7 @@
 // The checked wrappers around the system's allocator.
 #include "kestu_mem.h"
 
-#include "frame/error.hpp"
+#include "error/error.hpp"
 
 #include <cstdlib>
 #include <cstring>

@@ -3,7 +3,7 @@
 // are.
 #include "kestu_array.h"
 
-#include "frame/error.hpp"
+#include "error/error.hpp"
 #include "kestu_mem.h"
 
 #include <cstring>

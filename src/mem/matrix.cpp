@@ -1,7 +1,7 @@
 // Vectors and matrices with bounds of the caller's own.
 #include "kestu_mem.h"
 
-#include "frame/error.hpp"
+#include "error/error.hpp"
 
 using namespace kestu;
 

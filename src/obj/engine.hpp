@@ -2,7 +2,7 @@
 // kestu_obj_engine_terminate.
 #pragma once
 
-#include "frame/error.hpp"
+#include "error/error.hpp"
 #include "kestu_cdl.h"
 #include "kestu_dl.h"
 

@@ -1,9 +1,9 @@
 // Objects: from creation to destruction.
 #include "obj/object.hpp"
 
+#include "base/pool_text.hpp"
 #include "kestu_objsig.h"
 #include "obj/signals.hpp"
-#include "str/pool_text.hpp"
 
 #include <new>
 

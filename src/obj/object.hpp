@@ -2,7 +2,7 @@
 // other.
 #pragma once
 
-#include "frame/error.hpp"
+#include "error/error.hpp"
 #include "kestu_obj.h"
 
 namespace kestu {

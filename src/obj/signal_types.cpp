@@ -1,8 +1,8 @@
 // The registry of signal types.
 #include "kestu_objsig.h"
 
+#include "base/pool_text.hpp"
 #include "obj/engine.hpp"
-#include "str/pool_text.hpp"
 
 #include <cstring>
 

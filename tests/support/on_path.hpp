@@ -1,7 +1,7 @@
 // Tests that run on every path that this processor has, where one result has several.
 #pragma once
 
-#include "util/dispatch.hpp"
+#include "base/dispatch.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,0 +1,15 @@
+// The C edge of the CRCs.
+#include "kestu_sum.h"
+
+#include "base/crc_path.hpp"
+
+using namespace kestu;
+
+// An empty buffer keeps the CRC while a missing one gives 0: callers tell the two apart.
+uint32_t kestu_util_crc32(uint32_t crc, const unsigned char *buf, size_t len) {
+    return buf ? ~crc_dispatch.current().crc32(~crc, buf, len) : 0;
+}
+
+uint16_t kestu_util_crc16(uint32_t crc, const unsigned char *buf, size_t len) {
+    return buf ? crc_dispatch.current().crc16(static_cast<uint16_t>(crc), buf, len) : 0;
+}

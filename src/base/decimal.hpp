@@ -1,0 +1,54 @@
+// Exact decimal digits of doubles: rounded to the nearest, ties to the even digit, judged on the
+// binary value as it is.
+#pragma once
+
+#include "base/digits.hpp"
+#include "base/natural.hpp"
+
+#include <cstdint>
+#include <optional>
+
+namespace kestu {
+
+// The most decimal places that are given: 10^19 is the largest power of ten below 2^64.
+constexpr int max_places = 19;
+
+// A finite double without its sign: `mantissa` * 2^`exponent`.
+struct Binary {
+    uint64_t mantissa;
+    int exponent;
+};
+
+Binary to_binary(double value);
+
+// `integer` + `fraction` / 10^places, where the integer has at most 20 digits.
+struct Fixed {
+    Uint128 integer;
+    uint64_t fraction;
+};
+
+// Rounds to `places` decimal places, at most `max_places`. Nothing when the integer part reaches
+// 2^64.
+std::optional<Fixed> round_fixed(Binary value, int places);
+
+// `digits` * 10^(`exponent` - places): the digits are places + 1 in number.
+struct Scientific {
+    Uint128 digits;
+    int exponent;
+};
+
+// digits / 10^places in its two parts.
+Fixed split(Uint128 digits, int places);
+
+// Exponents below this one are not given: the digits of smaller values begin with zeros instead.
+constexpr int min_exponent = -308;
+
+// Rounds to one digit and `places` more, at most `max_places`, and finds the decimal exponent that
+// holds after rounding. Zero has the exponent 0.
+Scientific round_scientific(Binary value, int places);
+
+// Whether value * 10^`power` is above, on or below `floor` + 1/2. Slow and always right;
+// round_scientific falls back on it when 128 bits cannot tell.
+std::strong_ordering compare_with_half(Binary value, int power, Uint128 floor);
+
+} // namespace kestu

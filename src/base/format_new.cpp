@@ -1,0 +1,35 @@
+// Formatting with a plain argument list, and into new strings.
+#include "kestu_format.h"
+
+#include "base/draft.hpp"
+
+#include <cstdlib>
+
+using namespace kestu;
+
+int rpl_snprintf(char *str, size_t size, const char *format, ...) {
+    va_list args;
+    va_start(args, format);
+    const int length = rpl_vsnprintf(str, size, format, args);
+    va_end(args);
+    return length;
+}
+
+int rpl_vasprintf(char **ret, const char *format, va_list args) {
+    Draft draft(format, args);
+    if (draft.length() < 0)
+        return -1;
+    *ret = static_cast<char *>(std::malloc(static_cast<size_t>(draft.length()) + 1));
+    if (!*ret)
+        return -1;
+    draft.write(*ret);
+    return draft.length();
+}
+
+int rpl_asprintf(char **ret, const char *format, ...) {
+    va_list args;
+    va_start(args, format);
+    const int length = rpl_vasprintf(ret, format, args);
+    va_end(args);
+    return length;
+}

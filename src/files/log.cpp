@@ -1,0 +1,102 @@
+// Log files that only grow.
+#include "kestu_log.h"
+
+#include "base/pool_text.hpp"
+#include "error/error.hpp"
+#include "kestu_format.h"
+
+#include <apr_time.h>
+
+#include <cerrno>
+#include <cstdarg>
+
+using namespace kestu;
+
+namespace {
+
+// Room for a text, terminator included; what is longer is cut.
+constexpr size_t text_size = 1000;
+
+// Room for the date and ": ".
+constexpr size_t date_size = APR_CTIME_LEN + 2;
+
+void report_write(apr_status_t status) {
+    if (status != APR_SUCCESS)
+        report(wrap(fail_apr(status), "Cannot write to log."));
+}
+
+// One write, which the file's append mode puts behind what others wrote. errno stays the caller's.
+void write_text(const kestu_log_t *log, const char *text) {
+    const int callers_errno = errno;
+    report_write(log->file ? apr_file_puts(text, log->file) : APR_EBADF);
+    errno = callers_errno;
+}
+
+// Fills `text` and tells whether there is anything.
+bool format_text(char *text, const char *format, va_list args) {
+    text[0] = '\0';
+    return rpl_vsnprintf(text, text_size, format, args) > 0;
+}
+
+kestu_error_t *fill_log(kestu_log_t &log, const char *name) {
+    log.name = pool_copy(log.pool, name);
+    if (!log.name)
+        return fail_apr(APR_ENOMEM);
+    constexpr apr_int32_t flags = APR_FOPEN_WRITE | APR_FOPEN_CREATE | APR_FOPEN_APPEND;
+    const apr_status_t status =
+        apr_file_open(&log.file, name, flags, APR_FPROT_OS_DEFAULT, log.pool);
+    if (status == APR_SUCCESS)
+        return nullptr;
+    log.file = nullptr;
+    return wrap_plain(fail_apr(status), "Can't open file '%s'", name);
+}
+
+kestu_error_t *make_log(kestu_log_t **out, const char *name, apr_pool_t *parent) {
+    apr_pool_t *pool = nullptr;
+    if (apr_status_t status = apr_pool_create_ex(&pool, parent, nullptr, nullptr))
+        return fail_apr(status);
+    auto *log = static_cast<kestu_log_t *>(apr_palloc(pool, sizeof(kestu_log_t)));
+    if (!log)
+        return fail_apr(APR_ENOMEM);
+    *log = {.pool = pool, .file = nullptr, .name = nullptr};
+    *out = log;
+    return fill_log(*log, name);
+}
+
+} // namespace
+
+kestu_error_t *kestu_log_create(kestu_log_t **log, const char *name, apr_pool_t *parent) {
+    return wrap(make_log(log, name, parent), "Cannot create log.");
+}
+
+void kestu_log_terminate(kestu_log_t *log) {
+    if (apr_status_t status = log->file ? apr_file_close(log->file) : APR_SUCCESS)
+        report(fail_apr(status));
+}
+
+void kestu_log_printf(kestu_log_t *log, const char *format, ...) {
+    char text[text_size];
+    va_list args;
+    va_start(args, format);
+    if (format_text(text, format, args))
+        write_text(log, text);
+    va_end(args);
+}
+
+void kestu_log_dtprintf(kestu_log_t *log, const char *format, ...) {
+    char date[APR_CTIME_LEN] = "";
+    report_write(apr_ctime(date, apr_time_now()));
+    char line[date_size + text_size];
+    const int length = rpl_snprintf(line, sizeof line, "%s: ", date);
+    va_list args;
+    va_start(args, format);
+    format_text(line + length, format, args);
+    va_end(args);
+    write_text(log, line);
+}
+
+// The cut keeps the newline, so that a long line does not swallow the next one.
+int kestu_log_errhandler(const char *line, void *log) {
+    kestu_log_printf(static_cast<kestu_log_t *>(log), "%.998s\n", line);
+    return 0;
+}

@@ -1,0 +1,254 @@
+// Walking a tree of folders. One folder is open at a time, and those still to be visited wait in a
+// list: neither the stack nor the file descriptors bound the depth of a tree.
+#include "kestu_dir.h"
+
+#include "error/error.hpp"
+#include "files/pattern.hpp"
+#include "kestu_mem.h"
+
+#include <apr_file_info.h>
+#include <apr_portable.h>
+
+#include <cstring>
+#include <utility>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace kestu;
+
+namespace {
+
+constexpr const char *action = "Cannot traverse directories.";
+
+// How often in a row the reading of one folder may fail before it is given up.
+constexpr int max_failed_reads = 16;
+
+// The path of a folder still to be visited; the text follows the record.
+struct Folder {
+    Folder *next;
+    const char *path() const { return reinterpret_cast<const char *>(this + 1); }
+};
+
+// Folders in the order in which they are to be visited.
+class FolderList {
+  public:
+    FolderList() = default;
+    FolderList(const FolderList &) = delete;
+    FolderList &operator=(const FolderList &) = delete;
+    ~FolderList() {
+        while (Folder *folder = take_first())
+            kestu_mem_free(folder);
+    }
+
+    kestu_error_t *append(const char *path) {
+        const size_t length = std::strlen(path) + 1;
+        Folder *folder = nullptr;
+        if (kestu_error_t *err = kestu_mem_malloc(sizeof(Folder) + length, &folder))
+            return err;
+        folder->next = nullptr;
+        std::memcpy(folder + 1, path, length);
+        *end = folder;
+        end = &folder->next;
+        return nullptr;
+    }
+
+    // Moves all of `other` to the front.
+    void prepend(FolderList &other) {
+        if (!other.first)
+            return;
+        *other.end = first;
+        end = first ? end : other.end;
+        first = std::exchange(other.first, nullptr);
+        other.end = &other.first;
+    }
+
+    // The caller releases it; null when there is none.
+    Folder *take_first() {
+        Folder *taken = first;
+        if (taken)
+            first = taken->next;
+        if (!first)
+            end = &first;
+        return taken;
+    }
+
+  private:
+    Folder *first = nullptr;
+    Folder **end = &first;
+};
+
+enum class Kind { folder, file, other };
+
+// Whether a file is still there and may be looked up. Asking costs less than reading its state.
+bool is_there(int folder, const char *name) {
+    return faccessat(folder, name, F_OK, AT_EACCESS | AT_SYMLINK_NOFOLLOW) == 0;
+}
+
+// What an entry is. The file system tells with its name, or else when it is looked up; a file or
+// link that cannot be looked up any more counts as something else.
+Kind kind_of(int folder, const apr_finfo_t &entry) {
+    switch (entry.filetype) {
+    case APR_DIR:
+        return Kind::folder;
+    case APR_REG:
+    case APR_LNK:
+        if (is_there(folder, entry.name))
+            return Kind::file;
+        break;
+    case APR_NOFILE:
+        break;
+    default:
+        return Kind::other;
+    }
+    struct stat now;
+    if (fstatat(folder, entry.name, &now, AT_SYMLINK_NOFOLLOW) != 0)
+        return Kind::other;
+    if (S_ISDIR(now.st_mode))
+        return Kind::folder;
+    return S_ISREG(now.st_mode) || S_ISLNK(now.st_mode) ? Kind::file : Kind::other;
+}
+
+bool is_dots(const char *name) {
+    return std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0;
+}
+
+void warn_of_nameless_entry() {
+    kestu_error_t *warning = kestu_error_create_i(KESTU_ERROR_WARNING, 0, 0, nullptr, nullptr,
+                                                  nullptr, "info.name is NULL");
+    kestu_error_clear(kestu_error_handle(warning, kestu_error_stdhandler, stdout));
+}
+
+class Traversal {
+  public:
+    explicit Traversal(const kestu_dir_traverse_t &given) : options(given) {}
+
+    kestu_error_t *run(const char *dir, apr_pool_t *pool);
+
+  private:
+    kestu_error_t *visit_folder(const char *path);
+    kestu_error_t *visit_entries(const char *folder, DIR *stream);
+    kestu_error_t *visit_entry(const char *folder, int fd, const apr_finfo_t &entry);
+    kestu_error_t *visit_file(const char *path);
+    apr_status_t read_entry(DIR *stream, apr_finfo_t &entry);
+
+    const kestu_dir_traverse_t &options;
+    apr_pool_t *folder_pool = nullptr; // holds the folder at hand, which is open
+    apr_pool_t *entry_pool = nullptr;  // cleared before each entry
+    FolderList found;                  // in the folder at hand
+    FolderList waiting;
+    bool stopped_by_error = false;
+};
+
+// The folder in which an error of the callback ends the traversal stays open as long as the
+// caller's pool: callers know it so.
+kestu_error_t *Traversal::run(const char *dir, apr_pool_t *pool) {
+    if (apr_status_t status = apr_pool_create_ex(&folder_pool, pool, nullptr, nullptr))
+        return fail_apr(status);
+    apr_status_t status = apr_pool_create_ex(&entry_pool, pool, nullptr, nullptr);
+    kestu_error_t *err = status ? fail_apr(status) : visit_folder(dir);
+    for (Folder *folder; !err && (folder = waiting.take_first());) {
+        err = visit_folder(folder->path());
+        kestu_mem_free(folder);
+    }
+    if (!stopped_by_error) {
+        if (entry_pool)
+            apr_pool_destroy(entry_pool);
+        apr_pool_destroy(folder_pool);
+    }
+    return err;
+}
+
+kestu_error_t *Traversal::visit_folder(const char *path) {
+    apr_pool_clear(folder_pool);
+    apr_dir_t *dir = nullptr;
+    if (apr_status_t status = apr_dir_open(&dir, path, folder_pool))
+        return kestu_error_aprwrapf_i(status, 0, nullptr, nullptr, "(%s)", path);
+    DIR *stream = nullptr;
+    apr_os_dir_get(&stream, dir);
+    if (kestu_error_t *err = visit_entries(path, stream))
+        return err;
+    if (apr_status_t status = apr_dir_close(dir))
+        return fail_apr(status);
+    waiting.prepend(found);
+    return nullptr;
+}
+
+kestu_error_t *Traversal::visit_entries(const char *folder, DIR *stream) {
+    const int fd = dirfd(stream);
+    int failed_reads = 0;
+    for (;;) {
+        apr_finfo_t entry = {};
+        const apr_status_t status = read_entry(stream, entry);
+        if (APR_STATUS_IS_ENOENT(status))
+            return nullptr;
+        if (entry.name) {
+            failed_reads = 0;
+            if (kestu_error_t *err = visit_entry(folder, fd, entry))
+                return err;
+        } else if (++failed_reads == max_failed_reads) {
+            return fail_apr(status);
+        } else {
+            warn_of_nameless_entry();
+        }
+    }
+}
+
+// APR copies a name into the pool of the handle that it reads through. A handle for this read alone
+// keeps folders of any size in the one block that a pool has from the start, so that neither name
+// nor path of an entry can lack memory. Files are looked up by kind_of, which needs no whole path.
+apr_status_t Traversal::read_entry(DIR *stream, apr_finfo_t &entry) {
+    apr_pool_clear(entry_pool);
+    apr_dir_t *handle = nullptr;
+    apr_os_dir_put(&handle, stream, entry_pool);
+    return apr_dir_read(&entry, APR_FINFO_NAME, handle);
+}
+
+kestu_error_t *Traversal::visit_entry(const char *folder, int fd, const apr_finfo_t &entry) {
+    const Kind kind = kind_of(fd, entry);
+    if (kind == Kind::other)
+        return nullptr;
+    if (kind == Kind::folder && (!(options.flags & KESTU_DIR_RECURSE) || is_dots(entry.name)))
+        return nullptr;
+    char *path = nullptr;
+    if (apr_status_t status =
+            apr_filepath_merge(&path, folder, entry.name, APR_FILEPATH_NATIVE, entry_pool))
+        return fail_apr(status);
+    return kind == Kind::folder ? found.append(path) : visit_file(path);
+}
+
+kestu_error_t *Traversal::visit_file(const char *path) {
+    const bool excluded =
+        options.exclude && matchToCompositePattern(path, options.exclude, &options);
+    if (excluded || !matchToCompositePattern(path, options.include, &options))
+        return nullptr;
+    kestu_error_t *err = options.callback(path, options.user_data, entry_pool);
+    if (!err || err == KestuDLlistStopWalking)
+        return err;
+    if (options.flags & KESTU_DIR_STOP) {
+        stopped_by_error = true;
+        return err;
+    }
+    report(err);
+    return nullptr;
+}
+
+// A null text leaves the list that is there.
+bool compile_into(apr_array_header_t *&list, const char *text, apr_pool_t *pool) {
+    if (text)
+        list = compile_patterns(text, pool);
+    return !text || list;
+}
+
+} // namespace
+
+kestu_error_t *kestu_dir_traverse(const char *dir, const char *include, const char *exclude,
+                                  kestu_dir_traverse_t *options, apr_pool_t *pool) {
+    if (!compile_into(options->include, include, pool) ||
+        !compile_into(options->exclude, exclude, pool))
+        return wrap(fail_apr(APR_ENOMEM), action);
+    kestu_error_t *err = Traversal(*options).run(dir, pool);
+    return err == KestuDLlistStopWalking ? nullptr : wrap(err, action);
+}

@@ -1,0 +1,382 @@
+// The formatting engine: exact texts where it settles or departs from C99, and the C library's own
+// output everywhere else.
+#include "kestu_format.h"
+#include "kestu_str.h"
+
+#include "base/decimal.hpp"
+#include "support/alloc_failure.hpp"
+
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <cerrno>
+#include <climits>
+#include <cmath>
+#include <cstdarg>
+#include <cstdint>
+#include <cwchar>
+#include <limits>
+#include <random>
+#include <string>
+#include <vector>
+
+using namespace kestu;
+using namespace kestu::test;
+
+namespace {
+
+// What a call printed and returned, "-1 <errno> <text>" when it failed. Formats are not checked by
+// the compiler, so that the tests can use what it does not know.
+std::string printed(const char *format, ...) {
+    char text[1000];
+    va_list args;
+    va_start(args, format);
+    errno = 0;
+    const int length = rpl_vsnprintf(text, sizeof text, format, args);
+    va_end(args);
+    if (length < 0)
+        return "-1 " + std::string(errno == EOVERFLOW ? "EOVERFLOW " : "ERANGE ") + text;
+    EXPECT_EQ(errno, 0);
+    EXPECT_EQ(static_cast<size_t>(length), std::string(text).size());
+    return text;
+}
+
+// What a call without a buffer returns.
+int measured(const char *format, ...) {
+    va_list args;
+    va_start(args, format);
+    const int length = rpl_vsnprintf(nullptr, 0, format, args);
+    va_end(args);
+    return length;
+}
+
+// Expects that the library prints what the C library prints.
+template <typename... Args>
+void expect_as_c_library(const std::string &format, Args... args) {
+    char ours[500];
+    char theirs[500];
+    const int our_length = rpl_snprintf(ours, sizeof ours, format.c_str(), args...);
+    const int their_length = std::snprintf(theirs, sizeof theirs, format.c_str(), args...);
+    EXPECT_EQ(std::string(ours), theirs) << format;
+    EXPECT_EQ(our_length, their_length) << format;
+}
+
+// Every set of the five flags.
+std::vector<std::string> flag_sets() {
+    std::vector<std::string> sets;
+    for (unsigned set = 0; set < 32; ++set) {
+        std::string flags;
+        for (unsigned flag = 0; flag < 5; ++flag)
+            if (set >> flag & 1)
+                flags += "-+ #0"[flag];
+        sets.push_back(flags);
+    }
+    return sets;
+}
+
+double double_of(uint64_t bits) {
+    return std::bit_cast<double>(bits);
+}
+
+} // namespace
+
+TEST(Format, StringsAndCharacters) {
+    const char *none = nullptr;
+    EXPECT_EQ(
+        printed("%s|%5s|%-5s|%05s|%.2s|%5.1s|%.s", "abc", "abc", "abc", "abc", "abc", "abc", "x"),
+        "abc|  abc|abc  |  abc|ab|    a|");
+    EXPECT_EQ(printed("%s|%8s|%-8s|%.3s|%ls", none, none, none, none, none),
+              "(null)|  (null)|(null)  |(nu|(null)");
+    EXPECT_EQ(printed("%c|%5c|%-5c|%05c|%.0c", 'x', 'x', 'x', 'x', 'x'), "x|x|x|x|x");
+    EXPECT_EQ(printed("%%|%5%|%-5%|%"), "%|%|%|");
+    const char unterminated[] = {'a', 'b', 'c'};
+    EXPECT_EQ(printed("%.3s|%.*s", unterminated, 2, unterminated), "abc|ab");
+    char text[4] = "???";
+    EXPECT_EQ(rpl_snprintf(text, sizeof text, "a%cb", '\0'), 3);
+    EXPECT_EQ(std::string(text, 4), std::string("a\0b\0", 4));
+}
+
+TEST(Format, WideStringsComeOutInUtf8) {
+    EXPECT_EQ(printed("%ls|%lc|%5ls|%-3lc|", L"aé€😀", L'é', L"é", L'€'), "aé€😀|é|   é|€|");
+    EXPECT_EQ(printed("%.1ls|%.2ls|%.4ls|%.5ls|%4.3ls|", L"é€", L"é€", L"é€", L"é€", L"é€"),
+              "|é|é|é€|  é|");
+    EXPECT_EQ(printed("%lc|%lc", static_cast<wint_t>(0xD800), static_cast<wint_t>(0x110000)),
+              "\uFFFD|\uFFFD");
+    const wchar_t unterminated[] = {L'a', L'é'};
+    EXPECT_EQ(printed("%.3ls", unterminated), "aé");
+}
+
+TEST(Format, Pointers) {
+    const auto *some = reinterpret_cast<const void *>(0x1234);
+    const void *none = nullptr;
+    EXPECT_EQ(printed("%p|%10p|%-10p|%010p|%+p|%.6p", some, some, some, some, some, some),
+              "0x1234|    0x1234|0x1234    |0x00001234|0x1234|0x001234");
+    EXPECT_EQ(printed("%p|%8p|%-8p|%08p|%.2p", none, none, none, none, none),
+              "(nil)|   (nil)|(nil)   |   (nil)|(nil)");
+}
+
+TEST(Format, UnknownConversionsPrintNothingAndTakeNoArgument) {
+    EXPECT_EQ(printed("a%yb%d", 7), "ab7");
+    EXPECT_EQ(printed("%-08.3lkx|%qd|%I64d|%hy|%\x80|%d", 7), "x|d|64d|||7");
+    EXPECT_EQ(printed("%*y%d", 5, 7), "7");
+    EXPECT_EQ(printed("%.-5d%d", 7), "5d7");
+}
+
+TEST(Format, AFormatThatEndsInASpecificationEndsThere) {
+    for (const char *cut :
+         {"abc%", "abc%-", "abc%5", "abc%5.", "abc%.3", "abc%l", "abc%hh", "abc%L"})
+        EXPECT_EQ(printed(cut), "abc") << cut;
+    EXPECT_EQ(printed("abc%*", 5), "abc");
+    EXPECT_EQ(printed(""), "");
+}
+
+TEST(Format, WidthAndPrecisionFromArguments) {
+    EXPECT_EQ(printed("%*d|%-*d|%*d|%0*d", 4, 7, 4, 7, -4, 7, 4, 7), "   7|7   |7   |0007");
+    EXPECT_EQ(printed("%.*d|%.*d|%.*s|%.*f", 3, 7, -3, 7, -1, "abc", INT_MIN, 1.5),
+              "007|7|abc|1.500000");
+    EXPECT_EQ(printed("%0*d|", -4, 7), "7   |");
+}
+
+TEST(Format, IntegersPrintAsInTheCLibrary) {
+    const int64_t values[] = {0,         1,         -1,        7,         8,
+                              -128,      255,       65535,     -32768,    INT_MAX,
+                              INT_MIN,   UINT_MAX,  99999999,  100000000, 1000000,
+                              INT64_MAX, INT64_MIN, 123456789, 1ll << 53, 9999999999999999};
+    for (const std::string &flags : flag_sets())
+        for (const char *layout : {"", "1", "12", ".", ".0", ".3", "12.5", "5.12", "25.23"})
+            for (const char conversion : {'d', 'i', 'o', 'u', 'x', 'X'})
+                for (const int64_t value : values) {
+                    const std::string head = "<%" + flags + layout;
+                    for (const char *size : {"", "h", "hh"})
+                        expect_as_c_library(head + size + conversion + ">",
+                                            static_cast<int>(value));
+                    for (const char *size : {"l", "ll", "j", "t", "z"})
+                        expect_as_c_library(head + size + conversion + ">", value);
+                }
+}
+
+TEST(Format, LongDoubleModifierMeansNothing) {
+    EXPECT_EQ(printed("%Ld|%Lu|%La|%LF|%Lg", -5, 5u, 1.5, 1.5, 1.5), "-5|5|1.500000|1.500000|1.5");
+}
+
+TEST(Format, GroupsOfThreeDigits) {
+    EXPECT_EQ(printed("%'d|%'d|%'d|%'d|%'d", 0, 999, 1000, -1234567, INT_MIN),
+              "0|999|1,000|-1,234,567|-2,147,483,648");
+    EXPECT_EQ(printed("%'lu|%'x|%'#X|%'#o", UINT64_MAX, 0x12345u, 0xABCDEFu, 01234567u),
+              "18,446,744,073,709,551,615|12,345|0XABC,DEF|01,234,567");
+    EXPECT_EQ(printed("%'12d|%-'12d|%'012d|%'+012d", 1234567, 1234567, 1234567, 1234567),
+              "   1,234,567|1,234,567   |0001,234,567|+001,234,567");
+    EXPECT_EQ(printed("%'.5d|%'.6d|%'12.7d|%'.0d|", 12, 1234, -12, 0),
+              "00,012|001,234|  -0,000,012||");
+    EXPECT_EQ(
+        printed("%'.2f|%'014.2f|%'g|%'.9g|%'e", 1234567.891, 1234567.891, 123456.0, 1234567.0, 1e9),
+        "1,234,567.89|001,234,567.89|123,456|1,234,567|1.000000e+09");
+    EXPECT_EQ(printed("%'.0f|%'.20g", 18446744073709549568.0, 5e19),
+              "18,446,744,073,709,549,568|50,000,000,000,000,000,000");
+    EXPECT_EQ(printed("%'s|%'c", "1234", '1'), "1234|1");
+}
+
+TEST(Format, InfinityAndNotANumberArePaddedAsText) {
+    const double inf = INFINITY;
+    EXPECT_EQ(printed("%f|%F|%e|%E|%g|%G|%a|%A", inf, inf, inf, inf, inf, inf, inf, inf),
+              "inf|INF|inf|INF|inf|INF|inf|INF");
+    EXPECT_EQ(printed("%e|%E|%+f|% f|%+F|%f", NAN, NAN, NAN, NAN, inf, -inf),
+              "nan|NAN|+nan| nan|+INF|-inf");
+    EXPECT_EQ(printed("%06f|%-6f|%+06.1f|%f", inf, inf, inf, -NAN), "   inf|inf   |  +inf|-nan");
+}
+
+TEST(Format, FloatsDepartFromC99WhereTheyShould) {
+    EXPECT_EQ(printed("%a|%A|%.1a", 1.5, 1.5, 1.5), "1.500000|1.500000|1.5");
+    EXPECT_EQ(printed("%.25f|%.25e", 0.5, 0.5), "0.5000000000000000000|5.0000000000000000000e-01");
+    EXPECT_EQ(printed("%.19f", 0.1), "0.1000000000000000056");
+    EXPECT_EQ(printed("%.99g|%.20g", 1.1, 1.1), "1.1000000000000000888|1.1000000000000000888");
+    EXPECT_EQ(printed("%.17g|%.30g|%.30g", 0.00012345678901234567, 0.1, 1e22),
+              "0.0001234567890123457|0.1000000000000000056|1e+22");
+    EXPECT_EQ(printed("%.20g|%#.20g", 5e19, 0.125), "50000000000000000000|0.1250000000000000000");
+    // Below 1e-308 the exponent stays and the digits begin with zeros.
+    EXPECT_EQ(
+        printed("%e|%.19e|%g|%.0e|%g", 1e-310, 4.9406564584124654e-324, 1e-310, 9e-309, 5e-324),
+        "0.010000e-308|0.0000000000000004941e-308|0.01e-308|1e-308|0e-308");
+}
+
+TEST(Format, TheUsualTextsOfFloats) {
+    EXPECT_EQ(printed("%f|%f|%.0f|%.0f|%.0f|%.1f", 0.0, -0.0, 0.5, 1.5, 2.5, 0.25),
+              "0.000000|-0.000000|0|2|2|0.2");
+    EXPECT_EQ(printed("%g|%g|%g|%g|%g|%g", 0.0, 100000.0, 1e6, 0.0001, 0.00001, 123456789.0),
+              "0|100000|1e+06|0.0001|1e-05|1.23457e+08");
+    EXPECT_EQ(printed("%#g|%#.0g|%#.0f|%#.0e|%.0g|%.0e", 1.0, 1.0, 1.0, 1.0, 1.5, 2.5),
+              "1.00000|1.|1.|1.e+00|2|2e+00");
+    // Rounding comes before the choice of notation.
+    EXPECT_EQ(printed("%g|%g|%#g|%.3g|%.2g", 999999.5, 0.000099999995, 999999.5, 999.5, 9.95),
+              "1e+06|0.0001|1.00000e+06|1e+03|9.9");
+    EXPECT_EQ(printed("%.3f|%e|%.0f", 9.9996, 9999999.5, 9007199254740993.0),
+              "10.000|1.000000e+07|9007199254740992");
+}
+
+TEST(Format, FloatsOfEverySizePrintAsInTheCLibrary) {
+    std::mt19937_64 random(1);
+    const std::vector<std::string> flags = flag_sets();
+    for (int round = 0; round < 60000; ++round) {
+        // Half of the values have moderate exponents, where all conversions apply.
+        uint64_t bits = random();
+        if (round % 2 == 0)
+            bits = (bits & ~(uint64_t{0x7FF} << 52)) | (1023 - 30 + random() % 90) << 52;
+        const double value = double_of(bits);
+        if (!std::isfinite(value) || std::abs(value) < 1e-308)
+            continue;
+        const std::string head = "%" + flags[random() % 32] + (random() % 2 ? "24" : "") + "." +
+                                 std::to_string(random() % 20);
+        expect_as_c_library(head + "e", value);
+        if (std::abs(value) < 0x1p64)
+            expect_as_c_library(head + "f", value);
+        if (std::abs(value) < 1e-4 || std::abs(value) >= 1)
+            expect_as_c_library(head + "g", value);
+    }
+}
+
+TEST(Format, ShortDecimalsAndTiesPrintAsInTheCLibrary) {
+    std::mt19937_64 random(2);
+    for (int round = 0; round < 40000; ++round) {
+        const auto number = static_cast<double>(random() % (uint64_t{1} << random() % 54));
+        for (const double value : {std::ldexp(number, static_cast<int>(random() % 80) - 50),
+                                   number / std::pow(10, static_cast<double>(random() % 23)),
+                                   number * std::pow(10, static_cast<double>(random() % 23))}) {
+            const std::string precision = "%." + std::to_string(random() % 18);
+            expect_as_c_library(precision + "e", value);
+            expect_as_c_library("%." + std::to_string(random() % 15) + "g", value);
+            if (value < 0x1p64)
+                expect_as_c_library(precision + "f", value);
+        }
+    }
+}
+
+// All bits are compared here, so that values that 128 bits cannot tell from a tie are checked too.
+TEST(Format, RoundedDigitsAreTheNearest) {
+    std::mt19937_64 random(3);
+    for (int round = 0; round < 20000; ++round) {
+        const double value = double_of(random() >> 1);
+        if (!std::isfinite(value))
+            continue;
+        const int places = static_cast<int>(random() % (max_places + 1));
+        const Binary binary = to_binary(value);
+        const auto [digits, exponent] = round_scientific(binary, places);
+        const auto above = compare_with_half(binary, places - exponent, digits);
+        const auto below = digits > 0 ? compare_with_half(binary, places - exponent, digits - 1)
+                                      : std::strong_ordering::greater;
+        ASSERT_TRUE(above <= 0 && below >= 0) << value;
+        ASSERT_TRUE((above != 0 && below != 0) || digits % 2 == 0) << value;
+        ASSERT_LT(digits, Uint128{10} * powers_of_ten[static_cast<size_t>(places)]) << value;
+        if (exponent > min_exponent) {
+            ASSERT_GE(digits, powers_of_ten[static_cast<size_t>(places)]) << value;
+        }
+    }
+}
+
+TEST(Format, LengthsAreStoredInTheWidthAskedFor) {
+    signed char in_char[2] = {0, 77};
+    short in_short[2] = {0, 77};
+    int in_int[2] = {0, 77};
+    int64_t in_64 = -1;
+    EXPECT_EQ(printed("%300s%hhn%hn%n", "", in_char, in_short, in_int).size(), 300u);
+    EXPECT_EQ(in_char[0], 300 - 256);
+    EXPECT_EQ(in_short[0], 300);
+    EXPECT_EQ(in_int[0], 300);
+    EXPECT_EQ(in_char[1] + in_short[1] + in_int[1], 3 * 77);
+    for (const char *format : {"abcd%ln", "abcd%lln", "abcd%jn", "abcd%tn", "abcd%zn"}) {
+        in_64 = -1;
+        EXPECT_EQ(printed(format, &in_64), "abcd");
+        EXPECT_EQ(in_64, 4) << format;
+    }
+    EXPECT_EQ(printed("ab%Ln", in_int), "ab");
+    EXPECT_EQ(in_int[0], 2);
+    // What is cut off counts too.
+    char text[3];
+    EXPECT_EQ(rpl_snprintf(text, sizeof text, "hello%n", in_int), 5);
+    EXPECT_EQ(in_int[0], 5);
+}
+
+TEST(Format, TheTextIsCutAtTheBufferAndNothingBehindIsTouched) {
+    const std::string whole = "plain text, 1,234,567 <  +1.50>        0x00ff (null) 1.5e+300 é";
+    for (size_t size = 0; size <= whole.size() + 2; ++size) {
+        std::string buffer(100, '#');
+        const int length =
+            rpl_snprintf(buffer.data(), size, "plain text, %'d <%+7.2f>%*s0x%04x %s %g %ls",
+                         1234567, 1.5, 8, "", 255u, static_cast<char *>(nullptr), 1.5e300, L"é");
+        EXPECT_EQ(static_cast<size_t>(length), whole.size());
+        const size_t stored = size > 0 ? std::min(size - 1, whole.size()) : 0;
+        std::string expected = whole.substr(0, stored) + (size > 0 ? std::string(1, '\0') : "");
+        expected.resize(buffer.size(), '#');
+        EXPECT_EQ(buffer, expected) << size;
+    }
+    EXPECT_EQ(measured("%s", "hello"), 5);
+    char text[20];
+    EXPECT_EQ(rpl_snprintf(text, SIZE_MAX, "%s, %d", "hello", 5), 8);
+    EXPECT_STREQ(text, "hello, 5");
+}
+
+TEST(Format, NumbersThatAreTooLargeEndTheText) {
+    EXPECT_EQ(printed("ab%fcd", 1e20), "-1 EOVERFLOW ab");
+    EXPECT_EQ(printed("ab%.0fcd", 0x1p64), "-1 EOVERFLOW ab");
+    EXPECT_EQ(printed("%a%s", -1e300, "x"), "-1 EOVERFLOW ");
+    EXPECT_EQ(printed("%.0f", std::nextafter(0x1p64, 0)), "18446744073709549568");
+    EXPECT_EQ(printed("ab%99999999999dcd", 1), "-1 EOVERFLOW ab");
+    EXPECT_EQ(printed("ab%2147483648y", 1), "-1 EOVERFLOW ab");
+    EXPECT_EQ(printed("ab%.2147483648s", "x"), "-1 EOVERFLOW ab");
+    EXPECT_EQ(printed("ab%18446744073709551617d", 1), "-1 EOVERFLOW ab");
+    EXPECT_EQ(printed("ab%*d", INT_MIN, 1), "-1 EOVERFLOW ab");
+    EXPECT_EQ(printed("%.2147483647s", "x"), "x");
+}
+
+TEST(Format, LengthsBeyondIntFail) {
+    char text[4];
+    errno = 0;
+    EXPECT_EQ(rpl_snprintf(text, sizeof text, "%2147483646dx", 1), -1);
+    EXPECT_EQ(errno, ERANGE);
+    EXPECT_STREQ(text, "   ");
+    EXPECT_EQ(measured("%2147483646d", 1), 2147483646);
+    EXPECT_EQ(measured("%-2147483647s", ""), -1);
+    EXPECT_EQ(measured("%.*d%.*d%.*d", INT_MAX, 1, INT_MAX, 1, INT_MAX, 1), -1);
+    // The mark of a number that is too large comes first.
+    errno = 0;
+    EXPECT_EQ(measured("%2147483647d%f", 1, 1e20), -1);
+    EXPECT_EQ(errno, EOVERFLOW);
+}
+
+TEST(Format, NothingIsAllocated) {
+    AllocFailure failure(1, all_after);
+    printed("");
+    char text[200];
+    const int length = rpl_snprintf(text, sizeof text, "%'050d %.19e %.19f %g %ls %p %100s", 1,
+                                    1e300, 0.1, 25.0, L"é", static_cast<void *>(text), "x");
+    EXPECT_GT(length, 150);
+    EXPECT_FALSE(failure.happened());
+}
+
+TEST(FormatToNewStrings, LengthsAroundTheBufferOfDrafts) {
+    for (const size_t length : {0u, 1u, 510u, 511u, 512u, 513u, 5000u}) {
+        const std::string text(length, 'x');
+        char *made = nullptr;
+        EXPECT_EQ(rpl_asprintf(&made, "%s", text.c_str()), static_cast<int>(length));
+        EXPECT_EQ(made, text);
+        free(made);
+        EXPECT_EQ(kestu_str_asprintf(&made, "%d%s", 7, text.c_str()), static_cast<int>(length) + 1);
+        EXPECT_EQ(made, "7" + text);
+        free(made);
+    }
+}
+
+TEST(FormatToNewStrings, FailuresAreTold) {
+    char untouched[] = "untouched";
+    char *made = untouched;
+    errno = 0;
+    EXPECT_EQ(rpl_asprintf(&made, "%f", 1e20), -1);
+    EXPECT_EQ(errno, EOVERFLOW);
+    EXPECT_EQ(made, untouched);
+    for (const char *format : {"%d", "%600d"}) {
+        AllocFailure failure(1);
+        made = untouched;
+        EXPECT_EQ(rpl_asprintf(&made, format, 1), -1);
+        EXPECT_EQ(errno, ENOMEM);
+        EXPECT_EQ(made, nullptr);
+    }
+}

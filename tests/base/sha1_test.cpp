@@ -1,0 +1,175 @@
+// SHA-1: published digests, messages in pieces, and that every path gives the same results.
+#include "base/sha1_path.hpp"
+
+#include "kestu_sum.h"
+#include "support/on_path.hpp"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <cstring>
+#include <random>
+#include <string>
+#include <sys/mman.h>
+#include <vector>
+
+using namespace kestu;
+using testing::ElementsAre;
+
+namespace {
+
+using Bytes = std::vector<unsigned char>;
+
+Bytes bytes(std::string_view text) {
+    return {text.begin(), text.end()};
+}
+
+std::string hex(const unsigned char *digest) {
+    std::string text;
+    for (int i = 0; i < KESTU_SHA1_SIZE; ++i) {
+        text += "0123456789abcdef"[digest[i] >> 4];
+        text += "0123456789abcdef"[digest[i] & 15];
+    }
+    return text;
+}
+
+std::string sha1(const Bytes &data) {
+    unsigned char digest[KESTU_SHA1_SIZE + 1];
+    kestu_sha1(digest, data.data(), static_cast<uint32_t>(data.size()));
+    return hex(digest);
+}
+
+// The digest of `data` added in pieces of `piece` bytes.
+std::string sha1_in_pieces(const Bytes &data, size_t piece) {
+    kestu_sha1_t context;
+    kestu_sha1_init(&context);
+    for (size_t at = 0; at < data.size(); at += piece)
+        kestu_sha1_update(data.data() + at,
+                          static_cast<uint32_t>(std::min(piece, data.size() - at)), &context);
+    unsigned char digest[KESTU_SHA1_SIZE];
+    kestu_sha1_final(digest, &context);
+    return hex(digest);
+}
+
+Bytes random_bytes(size_t size) {
+    std::mt19937 random(size);
+    Bytes data(size);
+    for (unsigned char &byte : data)
+        byte = static_cast<unsigned char>(random());
+    return data;
+}
+
+} // namespace
+
+class Sha1OnPath : public kestu::test::OnPath<Sha1Path, sha1_dispatch> {};
+INSTANTIATE_TEST_SUITE_P(Paths, Sha1OnPath, testing::ValuesIn(sha1_dispatch.all()),
+                         kestu::test::name_of_path);
+
+// From FIPS 180-1 and NIST's collection of examples.
+TEST_P(Sha1OnPath, GivesThePublishedDigests) {
+    EXPECT_EQ(sha1({}), "da39a3ee5e6b4b0d3255bfef95601890afd80709");
+    EXPECT_EQ(sha1(bytes("abc")), "a9993e364706816aba3e25717850c26c9cd0d89d");
+    EXPECT_EQ(sha1(bytes("abcdbcdecdefdefgefghfghighijhijkijkljklmklmnlmnomnopnopq")),
+              "84983e441c3bd26ebaae4aa1f95129e5e54670f1");
+    EXPECT_EQ(sha1(bytes("abcdefghbcdefghicdefghijdefghijkefghijklfghijklmghijklmn"
+                         "hijklmnoijklmnopjklmnopqklmnopqrlmnopqrsmnopqrstnopqrstu")),
+              "a49b2446a02c645bf419f995b67091253a04a259");
+    EXPECT_EQ(sha1(Bytes(1000000, 'a')), "34aa973cd4c4daa4f61eeb2bdbad27316534016f");
+}
+
+TEST_P(Sha1OnPath, PiecesOfAnySizeGiveTheDigestOfTheWhole) {
+    for (const size_t size : {0, 55, 56, 63, 64, 65, 119, 120, 128, 1000}) {
+        const Bytes data = random_bytes(size);
+        for (const size_t piece : {1, 3, 63, 64, 65, 127, 128, 200})
+            EXPECT_EQ(sha1_in_pieces(data, piece), sha1(data)) << size << " in " << piece;
+    }
+}
+
+// Each message ends where its block does, so that a sanitizer sees what is read beyond it.
+TEST_P(Sha1OnPath, AgreesWithThePlainRoundsForEveryLengthAndAlignment) {
+    const Bytes source = random_bytes(1000);
+    for (size_t size = 0; size <= source.size(); ++size) {
+        sha1_dispatch.force(sha1_dispatch.all().front());
+        const std::string plain = sha1({source.begin(), source.begin() + static_cast<long>(size)});
+        sha1_dispatch.force(GetParam());
+        for (size_t alignment = 0; alignment < 16; ++alignment) {
+            Bytes block(alignment + size);
+            std::copy_n(source.data(), size, block.data() + alignment);
+            unsigned char digest[KESTU_SHA1_SIZE + 1];
+            kestu_sha1(digest, block.data() + alignment, static_cast<uint32_t>(size));
+            ASSERT_EQ(hex(digest), plain) << size << " at " << alignment;
+        }
+    }
+}
+
+TEST_P(Sha1OnPath, OneCompressionTakesOneBlock) {
+    unsigned char block[KESTU_SHA1_BLOCK_SIZE] = {'a', 'b', 'c', 0x80};
+    block[63] = 24;
+    kestu_sha1_t context;
+    kestu_sha1_init(&context);
+    kestu_sha1_transform(context.state, block);
+    EXPECT_THAT(context.state,
+                ElementsAre(0xA9993E36, 0x4706816A, 0xBA3E2571, 0x7850C26C, 0x9CD0D89D));
+}
+
+TEST(Sha1, AZeroStandsBehindTheDigestOfTheOneCallOnly) {
+    unsigned char digest[KESTU_SHA1_SIZE + 2];
+    std::memset(digest, 0xEE, sizeof digest);
+    kestu_sha1(digest, nullptr, 0);
+    EXPECT_EQ(digest[19], 0x09);
+    EXPECT_EQ(digest[20], 0);
+    EXPECT_EQ(digest[21], 0xEE);
+    std::memset(digest, 0xEE, sizeof digest);
+    kestu_sha1_t context;
+    kestu_sha1_init(&context);
+    kestu_sha1_final(digest, &context);
+    EXPECT_EQ(digest[20], 0xEE);
+}
+
+TEST(Sha1, TheContextIsWipedAtTheEnd) {
+    kestu_sha1_t context;
+    std::memset(&context, 0xEE, sizeof context);
+    kestu_sha1_init(&context);
+    const Bytes secret = random_bytes(100);
+    kestu_sha1_update(secret.data(), 100, &context);
+    EXPECT_EQ(context.count[0], 800);
+    unsigned char digest[KESTU_SHA1_SIZE];
+    kestu_sha1_final(digest, &context);
+    const auto *left = reinterpret_cast<const unsigned char *>(&context);
+    EXPECT_TRUE(std::all_of(left, left + sizeof context, [](auto byte) { return byte == 0; }));
+}
+
+// Nothing is computed here, so that half a GiB costs no time and is never read.
+TEST(Sha1, TheBitCountCarriesIntoItsHighWord) {
+    static unsigned char last_block[KESTU_SHA1_BLOCK_SIZE];
+    const Sha1Path keep_block = {"keep_block", nullptr,
+                                 [](uint32_t *, const unsigned char *blocks, size_t count) {
+                                     if (count == 1)
+                                         std::copy_n(blocks, sizeof last_block, last_block);
+                                 }};
+    constexpr uint32_t half_gib = 1U << 29;
+    void *unread = mmap(nullptr, half_gib, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(unread, MAP_FAILED);
+    sha1_dispatch.force(keep_block);
+    kestu_sha1_t context;
+    kestu_sha1_init(&context);
+    context.count[0] = 0xFFFFFE00;
+    kestu_sha1_update(Bytes(64).data(), 64, &context);
+    EXPECT_THAT(context.count, ElementsAre(0, 1));
+    kestu_sha1_update(static_cast<unsigned char *>(unread), half_gib, &context);
+    EXPECT_THAT(context.count, ElementsAre(0, 2));
+    unsigned char digest[KESTU_SHA1_SIZE];
+    kestu_sha1_final(digest, &context);
+    EXPECT_EQ(last_block[0], 0x80);
+    EXPECT_THAT(Bytes(last_block + 56, last_block + 64), ElementsAre(0, 0, 0, 2, 0, 0, 0, 0));
+    sha1_dispatch.forget();
+    munmap(unread, half_gib);
+}
+
+TEST(Sha1Paths, TheInstructionsAreTakenWhereTheyAre) {
+    EXPECT_STREQ(sha1_dispatch.best({}).name, "plain");
+    EXPECT_STREQ(sha1_dispatch.best({.sha = true}).name, "instructions");
+    unsigned char digest[KESTU_SHA1_SIZE + 1];
+    kestu_sha1(digest, nullptr, 0);
+    EXPECT_EQ(&sha1_dispatch.current(), &sha1_dispatch.best(cpu_features()));
+}

@@ -1,0 +1,331 @@
+// Conversions, bounded copies, comparison, lengths, trimming, replacement and text in pools.
+#include "kestu_str.h"
+
+#include "support/alloc_failure.hpp"
+#include "support/chain.hpp"
+#include "support/on_path.hpp"
+#include "support/pool.hpp"
+#include "text/compare.hpp"
+
+#include <sys/mman.h>
+
+#include <cerrno>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <random>
+#include <string>
+
+using namespace kestu::test;
+using kestu::compare_dispatch;
+
+namespace {
+
+// A copy of a text whose terminator is the last byte before memory that must not be touched.
+class EdgeText {
+  public:
+    explicit EdgeText(const std::string &text, size_t behind = 0) {
+        constexpr size_t page = 4096;
+        size = (text.size() + behind + page) / page * page + page;
+        memory = static_cast<char *>(
+            mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+        mprotect(memory + size - page, page, PROT_NONE);
+        start = memory + size - page - behind - text.size() - 1;
+        memcpy(start, text.c_str(), text.size() + 1);
+    }
+    ~EdgeText() { munmap(memory, size); }
+    EdgeText(const EdgeText &) = delete;
+    EdgeText &operator=(const EdgeText &) = delete;
+    operator const char *() const { return start; }
+
+  private:
+    char *memory;
+    char *start;
+    size_t size;
+};
+
+std::string cut_message(const char *s, const char *word, const char *reason = "") {
+    return "Cannot convert string '" + std::string(s) + "' to " + word + reason;
+}
+
+std::string take_text(char *text) {
+    const std::string copy = text ? text : "(none)";
+    free(text);
+    return copy;
+}
+
+std::string trimmed(std::string text) {
+    EXPECT_EQ(kestu_str_trim(text.data()), text.data());
+    return text.c_str();
+}
+
+} // namespace
+
+TEST(StrConversion, WholeNumbers) {
+    int n = 0;
+    for (const auto &[text, value] : {std::pair{"42", 42},
+                                      {" \t\n42", 42},
+                                      {"+7", 7},
+                                      {"-0012", -12},
+                                      {"2147483648", INT32_MIN},
+                                      {"4294967296", 0},
+                                      {"9223372036854775807", -1}}) {
+        EXPECT_OK(kestu_str_to_integer(text, &n));
+        EXPECT_EQ(n, value) << text;
+    }
+    int64_t wide = 0;
+    EXPECT_OK(kestu_str_to_int64("-9223372036854775808", &wide));
+    EXPECT_EQ(wide, INT64_MIN);
+    double real = 0;
+    for (const auto &[text, value] :
+         {std::pair{"1.5", 1.5}, {" -2e3", -2000.0}, {"0x1p-3", 0.125}, {"-0", -0.0}}) {
+        EXPECT_OK(kestu_str_to_double(text, &real));
+        EXPECT_EQ(real, value) << text;
+    }
+    EXPECT_OK(kestu_str_to_double("inf", &real));
+    EXPECT_TRUE(std::isinf(real));
+    EXPECT_OK(kestu_str_to_double("nan", &real));
+    EXPECT_TRUE(std::isnan(real));
+}
+
+TEST(StrConversion, WhatIsNoNumberIsRefusedAndStoresNothing) {
+    int n = 77;
+    int64_t wide = 77;
+    double real = 77;
+    for (const char *text : {"", " ", "+", "42 ", "4 2", "0x10", "1.0", "ten"}) {
+        EXPECT_CHAIN(kestu_str_to_integer(text, &n), Element(120062, cut_message(text, "integer")));
+        EXPECT_CHAIN(kestu_str_to_int64(text, &wide), Element(120062, cut_message(text, "int64")));
+    }
+    for (const char *text : {"", " ", ".", "1.5 ", "1.5x", "e3"})
+        EXPECT_CHAIN(kestu_str_to_double(text, &real),
+                     Element(120063, cut_message(text, "double")));
+    const std::string reason = std::string(": ") + strerror(ERANGE);
+    // Out of range comes before what stands behind the number.
+    for (const char *text :
+         {"99999999999999999999", "-99999999999999999999", "99999999999999999999x"}) {
+        EXPECT_CHAIN(kestu_str_to_integer(text, &n),
+                     Element(120062, cut_message(text, "integer", reason.c_str())));
+        EXPECT_CHAIN(kestu_str_to_int64(text, &wide),
+                     Element(120062, cut_message(text, "int64", reason.c_str())));
+    }
+    for (const char *text : {"1e999", "-1e999", "1e-999", "1e-320"})
+        EXPECT_CHAIN(kestu_str_to_double(text, &real),
+                     Element(120063, cut_message(text, "double", reason.c_str())));
+    EXPECT_EQ(n, 77);
+    EXPECT_EQ(wide, 77);
+    EXPECT_EQ(real, 77);
+}
+
+TEST(StrConversion, FailuresHaveNoPlace) {
+    int n = 0;
+    kestu_error_t *err = kestu_str_to_integer("x", &n);
+    EXPECT_EQ(err->type, KESTU_ERROR_ERROR);
+    EXPECT_EQ(err->file, nullptr);
+    EXPECT_EQ(err->function, nullptr);
+    EXPECT_EQ(err->line, 0);
+    kestu_error_clear(err);
+}
+
+TEST(StrConversion, IntegersAreASignAndDigits) {
+    for (const char *text : {"0", "-0012", "+7", "123456789012345678901234567890"})
+        EXPECT_EQ(kestu_str_is_integer(text), 1) << text;
+    for (const char *text : {"", "+", "-", "+-1", "1.0", " 1", "1 ", "0x1", "1a", "\xB2"})
+        EXPECT_EQ(kestu_str_is_integer(text), 0) << text;
+}
+
+TEST(StrBounded, CopiesAndAppendsWithinEverySize) {
+    const std::string source = "abcdefgh";
+    for (size_t length = 0; length <= source.size(); ++length) {
+        const char *src = source.c_str() + source.size() - length;
+        for (size_t size = 0; size < 12; ++size) {
+            std::string target(16, '#');
+            EXPECT_EQ(kestu_str_strlcpy(target.data(), src, size), length);
+            std::string expected = size > 0 ? std::string(src).substr(0, size - 1) + '\0' : "";
+            expected.resize(16, '#');
+            EXPECT_EQ(target, expected);
+
+            for (const std::string head : {"", "xy", "uvwxyz"}) {
+                target = head + '\0';
+                target.resize(16, '#');
+                const bool ends = head.size() < size;
+                EXPECT_EQ(kestu_str_strlcat(target.data(), src, size),
+                          std::min(head.size(), size) + length);
+                expected = ends ? (head + src).substr(0, size - 1) + '\0' : head + '\0';
+                expected.resize(16, '#');
+                EXPECT_EQ(target, expected) << head << size;
+            }
+        }
+    }
+}
+
+TEST(StrBounded, AppendingLooksNoFurtherThanTheSize) {
+    char target[4] = {'a', 'b', 'c', 'd'};
+    EXPECT_EQ(kestu_str_strlcat(target, "xyz", 4), 7u);
+    EXPECT_EQ(std::string(target, 4), "abcd");
+    EXPECT_EQ(kestu_str_strlcat(target, "xyz", 0), 3u);
+}
+
+class StrComparison : public OnPath<kestu::ComparePath, compare_dispatch> {
+  protected:
+    // Short texts never come to the path by the public function.
+    static int compare(const char *s1, const char *s2) {
+        const int result = GetParam().compare(s1, s2);
+        EXPECT_EQ(kestu_str_stricmp(s1, s2), result);
+        return result;
+    }
+};
+INSTANTIATE_TEST_SUITE_P(Paths, StrComparison, testing::ValuesIn(compare_dispatch.all()),
+                         name_of_path);
+
+TEST_P(StrComparison, BytesAreFoldedAndSigned) {
+    EXPECT_EQ(compare("ABC", "abd"), -1);
+    EXPECT_EQ(compare("abc", "ab"), 99);
+    EXPECT_EQ(compare("\xE9", "a"), -23 - 97);
+    EXPECT_EQ(compare("", ""), 0);
+    const auto fold = [](int c) {
+        return static_cast<signed char>(c >= 'A' && c <= 'Z' ? c + 32 : c);
+    };
+    const std::string tail = " and a tail that is longer than a register";
+    // Alone, and behind so much that other registers were compared before.
+    for (const std::string &head : {std::string(), std::string(20, 'x'), std::string(60, 'x')})
+        for (int a = 0; a < 256; ++a)
+            for (int b = 0; b < 256; ++b) {
+                const std::string s1 = head + static_cast<char>(a) + (a ? tail : "");
+                const std::string s2 = head + static_cast<char>(b) + (b ? tail : "");
+                ASSERT_EQ(compare(s1.c_str(), s2.c_str()), fold(a) - fold(b)) << a << " " << b;
+            }
+}
+
+TEST_P(StrComparison, NothingBehindTheLastPageIsRead) {
+    for (size_t length = 0; length < 100; ++length) {
+        std::string upper(length, 'K');
+        const std::string lower(length, 'k');
+        const EdgeText edge(upper);
+        for (const size_t shift : {0, 1, 7, 15, 16, 31, 32, 40}) {
+            const EdgeText other(lower, shift);
+            ASSERT_EQ(compare(edge, other), 0);
+            ASSERT_EQ(compare(other, edge), 0);
+        }
+        for (size_t place = 0; place < length; ++place) {
+            upper[place] = 'm';
+            ASSERT_EQ(compare(EdgeText(upper), edge), 2);
+            upper[place] = 'K';
+        }
+    }
+}
+
+TEST_P(StrComparison, LongTextsThatMeetPagesAtDifferentPlaces) {
+    const std::string lower(20000, 'z');
+    const std::string upper(20000, 'Z');
+    for (const size_t shift : {0, 1, 7, 15, 16, 31, 33, 100}) {
+        const EdgeText a(lower);
+        const EdgeText b(upper, shift);
+        EXPECT_EQ(compare(a, b), 0) << shift;
+        EXPECT_EQ(compare(a, EdgeText(upper + "!", shift)), -'!') << shift;
+    }
+}
+
+TEST(StrLength, BytesAndCharacters) {
+    EXPECT_EQ(kestu_str_len(""), 0);
+    EXPECT_EQ(kestu_str_len("aé"), 3);
+    EXPECT_EQ(kestu_str_utf8_len(""), 0u);
+    EXPECT_EQ(kestu_str_utf8_len("é"), 1u);
+    EXPECT_EQ(kestu_str_utf8_len("a€😀z"), 4u);
+    EXPECT_EQ(kestu_str_utf8_len("\x80\xBF\xC0\xFF\x7F"), 3u);
+}
+
+TEST(StrLength, CharactersOfTextsOfAnyLengthAndBytes) {
+    std::mt19937_64 random(1);
+    std::string text;
+    for (const size_t length :
+         {1, 7, 8, 9, 15, 16, 17, 31, 33, 4079, 4080, 4081, 4096, 8160, 100000}) {
+        // Mostly bytes that begin characters, so that counts come near what a register's bytes
+        // hold.
+        text.resize(length);
+        size_t expected = 0;
+        for (char &c : text) {
+            c = static_cast<char>(random() % 8 ? random() % 127 + 1 : random() % 255 + 1);
+            expected += (c & 0xC0) != 0x80;
+        }
+        EXPECT_EQ(kestu_str_utf8_len(EdgeText(text)), expected) << length;
+    }
+    EXPECT_EQ(kestu_str_utf8_len(std::string(1 << 20, 'a').c_str()), 1u << 20);
+    EXPECT_EQ(kestu_str_utf8_len(std::string(1 << 20, '\x80').c_str()), 0u);
+}
+
+TEST(StrTrim, WhiteSpaceAtBothEndsGoes) {
+    EXPECT_EQ(kestu_str_trim(nullptr), nullptr);
+    EXPECT_EQ(trimmed("  a b  "), "a b");
+    EXPECT_EQ(trimmed("   "), "");
+    EXPECT_EQ(trimmed(""), "");
+    EXPECT_EQ(trimmed("x"), "x");
+    EXPECT_EQ(trimmed("\t\n\v\f\r x\xA0 \r\n"), "x\xA0");
+}
+
+TEST(StrReplace, AllOccurrencesOrTheFirst) {
+    struct Case {
+        const char *s, *from, *to, *all, *first;
+    };
+    for (const auto &[s, from, to, all, first] :
+         {Case{"aXbXc", "X", "YY", "aYYbYYc", "aYYbXc"}, Case{"aa", "a", "aa", "aaaa", "aaa"},
+          Case{"aaa", "aa", "b", "ba", "ba"}, Case{"XX", "X", "", "", "X"},
+          Case{"abc", "abc", "x", "x", "x"}, Case{"abc", "abcd", "x", "abc", "abc"},
+          Case{"", "a", "b", "", ""}, Case{"abc", "", "x", "abc", "xabc"}}) {
+        EXPECT_EQ(take_text(kestu_str_replace_all(s, from, to)), all) << s;
+        EXPECT_EQ(take_text(kestu_str_replace(s, from, to)), first) << s;
+    }
+    EXPECT_EQ(take_text(kestu_str_replace_all("abc", nullptr, "x")), "abc");
+    EXPECT_EQ(take_text(kestu_str_replace_all("abc", "a", nullptr)), "abc");
+}
+
+TEST(StrReplace, TextsOfNothingButOccurrences) {
+    const std::string text(10000, 'a');
+    const std::string made = take_text(kestu_str_replace_all(text.c_str(), "a", "bcd"));
+    EXPECT_EQ(made.size(), 30000u);
+    EXPECT_EQ(made.find_first_not_of("bcd"), std::string::npos);
+    EXPECT_EQ(made.substr(made.size() - 6), "bcdbcd");
+}
+
+TEST(StrReplace, NoMemoryYieldsNullAndLeavesNothing) {
+    for (const char *from : {"a", "zz"}) {
+        const long before = live_blocks();
+        EXPECT_EQ(fail_each_allocation(
+                      [&](size_t) { free(kestu_str_replace_all("banana", from, "xy")); }),
+                  1u);
+        EXPECT_EQ(
+            fail_each_allocation([&](size_t) { free(kestu_str_replace("banana", from, "xy")); }),
+            1u);
+        EXPECT_EQ(live_blocks(), before);
+        AllocFailure failure(1, all_after);
+        EXPECT_EQ(kestu_str_replace_all("banana", from, "xy"), nullptr);
+        EXPECT_EQ(kestu_str_replace("banana", from, "xy"), nullptr);
+    }
+}
+
+TEST(StrReplace, CharactersInPlace) {
+    std::string text = "banana";
+    EXPECT_EQ(kestu_str_replace_char(text.data(), 'a', '\xFF'), text.data());
+    EXPECT_EQ(text, "b\xFFn\xFFn\xFF");
+    EXPECT_STREQ(kestu_str_replace_char(text.data(), 'n', 'n'), text.c_str());
+    EXPECT_STREQ(kestu_str_replace_char(text.data(), '\0', 'x'), text.c_str());
+    EXPECT_EQ(std::string(kestu_str_replace_char(text.data(), 'n', '\0')), "b\xFF");
+}
+
+TEST(StrInPools, TextsOfAnyLength) {
+    Pool pool;
+    EXPECT_STREQ(kestu_str_psprintf(pool, "%d of %s", 3, "x"), "3 of x");
+    EXPECT_STREQ(kestu_str_psprintf(pool, "%s", ""), "");
+    for (const size_t length : {511u, 512u, 513u, 100000u}) {
+        const std::string text(length, 'x');
+        EXPECT_EQ(kestu_str_psprintf(pool, "%s!", text.c_str()), text + "!");
+    }
+}
+
+TEST(StrInPools, FailuresYieldNull) {
+    Pool pool;
+    errno = 0;
+    EXPECT_EQ(kestu_str_psprintf(pool, "%f", 1e20), nullptr);
+    EXPECT_EQ(errno, EOVERFLOW);
+    EXPECT_EQ(pool.without_memory([&] { return kestu_str_psprintf(pool, "%d", 5); }), nullptr);
+    EXPECT_EQ(pool.without_memory([&] { return kestu_str_psprintf(pool, "%5000d", 5); }), nullptr);
+}
