@@ -4,6 +4,8 @@ include(CMakePackageConfigHelpers)
 install(TARGETS kestu EXPORT kestu-targets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(TARGETS kestu_program RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/include/kestu_version.h
+  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 
 # The description finds its prefix from its own place, so that an installation may be moved.
 set(kestu_pc_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -12,6 +12,7 @@
 #include "kestu_dir.h"
 #include "kestu_dl.h"
 #include "kestu_error.h"
+#include "kestu_error_codes.h"
 #include "kestu_error_image.h"
 #include "kestu_escape.h"
 #include "kestu_format.h"
@@ -34,6 +35,7 @@
 #include "kestu_tree.h"
 #include "kestu_trie.h"
 #include "kestu_util.h"
+#include "kestu_version.h"
 #include "kestu_walk.h"
 
 #endif

@@ -17,6 +17,7 @@
 #define KESTU_ERROR_H
 
 #include "kestu_defs.h"
+#include "kestu_error_codes.h"
 
 #include <apr_errno.h>
 #include <apr_pools.h>
@@ -41,7 +42,7 @@ enum { KESTU_ERROR_FIRST_REGISTERED = 125000 };
 /* One element of a chain. Read its fields freely; change them through the functions below. */
 typedef struct kestu_error_t {
     int32_t type;                /* one of the kinds above */
-    int32_t code;                /* 0 for none, 120001-120190 the library's, 125000 up registered */
+    int32_t code;                /* 0 for none, one of kestu_error_codes.h, or a registered one */
     const char *message;         /* null: the text of the code is printed */
     const char *file;            /* base name of the source file, or null */
     int32_t line;                /* 0 when unknown */
@@ -77,9 +78,13 @@ KESTU_API extern kestu_error_t *KestuDLlistStopWalking;
  * never fails: when no memory is left for it, the malfunction handler is called, which by default
  * ends the process.
  *
+ * errno stays the caller's, here and in all other functions of the library that do not say
+ * otherwise.
+ *
  * `type` is one of the kinds above, `code` the error code, `child` the cause or null; with a cause
  * the new error lives in the cause's pool, otherwise in a new pool of its own. `message` is copied
- * and may be null; `format` and what follows it are formatted as by kestu_str_snprintf.
+ * and may be null; `format` and what follows it are formatted as by kestu_str_snprintf. Of a text
+ * that cannot be formatted, what was produced until then is kept.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_error_create_i(int type, int code, int line,
                                                              const char *file, const char *function,
@@ -122,7 +127,9 @@ KESTU_API KESTU_MUST_USE kestu_error_t *kestu_error_quick_wrap_i(int line, const
 /*
  * Appends copies of the chain `b` below the root cause of `a`, so that b's errors become the
  * deepest causes in their own order, and releases `b`, which must not be used afterwards. `a` must
- * not be null; a null `b` changes nothing.
+ * not be null. Nothing happens when `b` is null or shares elements with `a`; the stop sentinel and
+ * the error that a malfunction without memory leaves take nothing in, and `b` is only released. A
+ * sentinel that `a` ends in is replaced by a copy.
  */
 KESTU_API void kestu_error_compose(kestu_error_t *a, kestu_error_t *b);
 
@@ -133,7 +140,7 @@ KESTU_API KESTU_MUST_USE kestu_error_t *kestu_error_compose_create(kestu_error_t
 /* The last element of the chain `err`, or null for null. It stays part of the chain. */
 KESTU_API kestu_error_t *kestu_error_root_cause(kestu_error_t *err);
 
-/* Releases the whole chain that `err` belongs to. Null is allowed. */
+/* Releases the whole chain that `err` belongs to. Null and the stop sentinel are left alone. */
 KESTU_API void kestu_error_clear(kestu_error_t *err);
 
 /*
@@ -150,7 +157,10 @@ KESTU_API void kestu_error_walk(kestu_error_t *err, kestu_error_walk_func callba
 /* Sets the kind of `err` alone, which must not be null, to `type`. */
 KESTU_API void kestu_error_set_type(kestu_error_t *err, int type);
 
-/* Sets the kind of every element of the chain `err` to `type`. Null is allowed. */
+/*
+ * Sets the kind of every element of the chain `err` to `type`; a stop sentinel at its end keeps its
+ * own. Null is allowed.
+ */
 KESTU_API void kestu_error_set_type_all(kestu_error_t *err, int type);
 
 /*
@@ -172,8 +182,15 @@ KESTU_API int kestu_error_initialize(apr_pool_t *parent);
 KESTU_API void kestu_error_terminate(void);
 
 /*
+ * The text of `code`: a built-in one (kestu_error_codes.h) or one that is registered, null for a
+ * code that has none. It lives as long as the code.
+ */
+KESTU_API const char *kestu_error_text(int code);
+
+/*
  * Registers a copy of `text` and stores its new code, 125000 or above, through `code`; the lowest
- * code that is free is handed out. Always returns null. Safe to call from many threads.
+ * code that is free is handed out. Always returns null; without memory the malfunction handler is
+ * called, and if that returns, the code has no text. Safe to call from many threads.
  */
 KESTU_API kestu_error_t *kestu_error_register(int *code, const char *text);
 

@@ -14,6 +14,7 @@
 #define KESTU_LIB_H
 
 #include "kestu_defs.h"
+#include "kestu_version.h"
 
 #include <apr_pools.h>
 
@@ -42,12 +43,15 @@ KESTU_API extern apr_pool_t *kestu_pool;
 KESTU_API int kestu_initialize(void);
 
 /*
- * Takes one call of kestu_initialize back; the last one releases every error that is still alive,
- * the root pool with all its children, and APR.
+ * Takes one call of kestu_initialize back, a failed one too; the last one releases every error that
+ * is still alive, the root pool with all its children, and APR.
  */
 KESTU_API void kestu_terminate(void);
 
-/* The version of the library that is loaded: 1, 0, 0, and "1.0.0" in static storage. */
+/*
+ * The version of the library that is loaded, as three numbers and as a text like "1.0.0" in static
+ * storage. kestu_version.h has that of the headers.
+ */
 KESTU_API int kestu_version_major(void);
 KESTU_API int kestu_version_minor(void);
 KESTU_API int kestu_version_patch(void);

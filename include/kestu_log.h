@@ -40,13 +40,18 @@ KESTU_API KESTU_MUST_USE kestu_error_t *kestu_log_create(kestu_log_t **log, cons
 KESTU_API void kestu_log_terminate(kestu_log_t *log);
 
 /*
- * Appends to `log` the text of `format` and what follows it, formatted as by rpl_snprintf and cut
- * to 999 characters. No newline is added; an empty text writes nothing. The second form puts the
- * local date before it, as in "Sun Nov 16 10:03:59 2025: ", even before an empty text. Failures are
- * printed under "Cannot write to log.".
+ * Appends to `log` the text of `format` and what follows it, cut to 999 characters. No newline is
+ * added; an empty text writes nothing. The second form puts the local date before it, as in
+ * "Sun Nov 16 10:03:59 2025: ", even before an empty text. Failures are printed under "Cannot write
+ * to log.".
+ *
+ * The text is formatted by apr_vsnprintf, which knows d, i, u, o, x and X with h and l, and c, s,
+ * f, e, g and %, all with width and precision. It prints any other conversion as it stands and
+ * leaves its argument for the next one: %zu, %lld, %Lf, %a and the flag ' must not be used, so the
+ * compiler, which would accept them, is not asked to check the format.
  */
-KESTU_API void kestu_log_printf(kestu_log_t *log, const char *format, ...) KESTU_PRINTF(2, 3);
-KESTU_API void kestu_log_dtprintf(kestu_log_t *log, const char *format, ...) KESTU_PRINTF(2, 3);
+KESTU_API void kestu_log_printf(kestu_log_t *log, const char *format, ...);
+KESTU_API void kestu_log_dtprintf(kestu_log_t *log, const char *format, ...);
 
 /*
  * A handler for kestu_error_handle whose baton is the `log`: each `line` of an error, cut to 998

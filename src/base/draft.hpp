@@ -1,9 +1,9 @@
 // A text whose length must be known before there is memory for it.
 #pragma once
 
-#include "kestu_format.h"
+#include "base/format.hpp"
 
-#include <cstdarg>
+#include <cerrno>
 #include <cstring>
 
 namespace kestu {
@@ -12,31 +12,35 @@ namespace kestu {
 // when they are written.
 class Draft {
   public:
-    Draft(const char *text_format, va_list args) : format(text_format) {
-        va_copy(again, args);
-        size = rpl_vsnprintf(buffer, sizeof buffer, format, args);
+    Draft(const char *format, va_list args) : format_(format) {
+        va_copy(again_, args);
+        formatted_ = format_text(buffer_, sizeof buffer_, format, args);
     }
-    ~Draft() { va_end(again); }
+    ~Draft() { va_end(again_); }
     Draft(const Draft &) = delete;
     Draft &operator=(const Draft &) = delete;
 
-    // The length of the text, or -1 with errno set when it cannot be formatted.
-    int length() const { return size; }
+    // 0, or what errno says of a text that cannot be formatted.
+    int failure() const { return formatted_.failure; }
 
-    // Writes the text and a terminator. May be called once, when there is a length.
+    // The length of the text, or of what was produced of one that failed. Of one that is too long
+    // for an int only the beginning is kept.
+    size_t length() const { return failure() == ERANGE ? sizeof buffer_ - 1 : formatted_.length; }
+
+    // Writes the text and a terminator. May be called once.
     void write(char *text) {
-        const size_t bytes = static_cast<size_t>(size) + 1;
-        if (bytes <= sizeof buffer)
-            std::memcpy(text, buffer, bytes);
+        const size_t size = length() + 1;
+        if (size <= sizeof buffer_)
+            std::memcpy(text, buffer_, size);
         else
-            rpl_vsnprintf(text, bytes, format, again);
+            format_text(text, size, format_, again_);
     }
 
   private:
-    const char *format;
-    va_list again;
-    int size;
-    char buffer[512];
+    const char *format_;
+    va_list again_;
+    Formatted formatted_;
+    char buffer_[512];
 };
 
 } // namespace kestu

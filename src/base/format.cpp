@@ -1,18 +1,18 @@
 // The formatting engine: walks the format and hands each argument to what prints it.
-#include "kestu_format.h"
+#include "base/format.hpp"
 
 #include "base/digits.hpp"
 #include "base/fields.hpp"
 #include "base/format_spec.hpp"
 #include "base/sink.hpp"
 #include "base/utf8.hpp"
+#include "kestu_format.h"
 
 #include <cerrno>
 #include <climits>
 #include <cstring>
 
-using namespace kestu;
-
+namespace kestu {
 namespace {
 
 class Formatter {
@@ -20,7 +20,7 @@ class Formatter {
     Formatter(char *str, size_t size, const char *whole_format, va_list args)
         : sink(str, size), format(whole_format), arguments(args) {}
 
-    int run();
+    Formatted run();
 
   private:
     void put_plain_text();
@@ -39,7 +39,7 @@ class Formatter {
     bool overflow = false;
 };
 
-int Formatter::run() {
+Formatted Formatter::run() {
     bool more = true;
     while (more && *format != '\0') {
         if (*format == '%')
@@ -48,10 +48,8 @@ int Formatter::run() {
             put_plain_text();
     }
     sink.terminate();
-    if (!overflow && sink.length() < INT_MAX)
-        return static_cast<int>(sink.length());
-    errno = overflow ? EOVERFLOW : ERANGE;
-    return -1;
+    const int too_long = sink.length() < INT_MAX ? 0 : ERANGE;
+    return {sink.length(), overflow ? EOVERFLOW : too_long};
 }
 
 // Most texts between conversions are short and not worth the call that long ones need.
@@ -186,6 +184,16 @@ void Formatter::store_length(ArgumentSize size) {
 
 } // namespace
 
-int rpl_vsnprintf(char *str, size_t size, const char *format, va_list args) {
+Formatted format_text(char *str, size_t size, const char *format, va_list args) {
     return Formatter(str, size, format, args).run();
+}
+
+} // namespace kestu
+
+int rpl_vsnprintf(char *str, size_t size, const char *format, va_list args) {
+    const kestu::Formatted formatted = kestu::format_text(str, size, format, args);
+    if (formatted.failure == 0)
+        return static_cast<int>(formatted.length);
+    errno = formatted.failure;
+    return -1;
 }

@@ -3,6 +3,7 @@
 
 #include "base/draft.hpp"
 
+#include <cerrno>
 #include <cstdlib>
 
 using namespace kestu;
@@ -17,13 +18,15 @@ int rpl_snprintf(char *str, size_t size, const char *format, ...) {
 
 int rpl_vasprintf(char **ret, const char *format, va_list args) {
     Draft draft(format, args);
-    if (draft.length() < 0)
+    if (draft.failure() != 0) {
+        errno = draft.failure();
         return -1;
-    *ret = static_cast<char *>(std::malloc(static_cast<size_t>(draft.length()) + 1));
+    }
+    *ret = static_cast<char *>(std::malloc(draft.length() + 1));
     if (!*ret)
         return -1;
     draft.write(*ret);
-    return draft.length();
+    return static_cast<int>(draft.length());
 }
 
 int rpl_asprintf(char **ret, const char *format, ...) {

@@ -1,25 +1,19 @@
-// Texts in pools: copies and formatted text.
 #include "base/pool_text.hpp"
 
-#include "base/draft.hpp"
-
-#include <cerrno>
 #include <cstring>
 
 namespace kestu {
 namespace {
 
-char *pool_bytes(apr_pool_t *pool, size_t size) {
-    auto *bytes = static_cast<char *>(apr_palloc(pool, size));
-    if (!bytes)
-        errno = ENOMEM;
-    return bytes;
+// Room for the length of a text and its terminator.
+char *pool_bytes(apr_pool_t *pool, size_t length) {
+    return static_cast<char *>(apr_palloc(pool, length + 1));
 }
 
 } // namespace
 
 char *pool_copy(apr_pool_t *pool, std::string_view text) {
-    char *copy = pool_bytes(pool, text.size() + 1);
+    char *copy = pool_bytes(pool, text.size());
     if (copy) {
         std::memcpy(copy, text.data(), text.size());
         copy[text.size()] = '\0';
@@ -27,12 +21,9 @@ char *pool_copy(apr_pool_t *pool, std::string_view text) {
     return copy;
 }
 
-char *pool_vformat(apr_pool_t *pool, const char *format, va_list args, std::string_view suffix) {
-    Draft draft(format, args);
-    if (draft.length() < 0)
-        return nullptr;
-    const size_t length = static_cast<size_t>(draft.length());
-    char *text = pool_bytes(pool, length + suffix.size() + 1);
+char *pool_draft(apr_pool_t *pool, Draft &draft, std::string_view suffix) {
+    const size_t length = draft.length();
+    char *text = pool_bytes(pool, length + suffix.size());
     if (text) {
         draft.write(text);
         std::memcpy(text + length, suffix.data(), suffix.size());

@@ -1,6 +1,7 @@
 // Reading a line: the loop that joins keys, editor and terminal.
 #include "kestu_readline.h"
 
+#include "base/kept_errno.hpp"
 #include "base/pool_text.hpp"
 #include "console/editor.hpp"
 #include "console/terminal.hpp"
@@ -89,6 +90,7 @@ kestu_error_t *edit_line(kestu_ri_t &ctx, Editor &editor) {
 
 kestu_error_t *kestu_ri_readline_init(kestu_ri_t **ctx, const char *prompt, int echo,
                                       apr_pool_t *pool) {
+    const KeptErrno kept;
     apr_pool_t *own = nullptr;
     kestu_error_t *err = new_pool(&own, pool);
     if (!err) {
@@ -101,8 +103,10 @@ kestu_error_t *kestu_ri_readline_init(kestu_ri_t **ctx, const char *prompt, int 
     return wrap(err, "Can't initialize readline.");
 }
 
-// A failure in the middle of a line leaves the terminal raw: kept, programs restore it themselves.
+// Kept: a failure in the middle of a line leaves the terminal raw. Relied on by: programs, which
+// restore it themselves.
 kestu_error_t *kestu_ri_readline(char **line, kestu_ri_t *ctx) {
+    const KeptErrno kept;
     Editor editor(*ctx);
     kestu_error_t *err = editor.begin();
     if (!err)

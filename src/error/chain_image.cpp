@@ -2,8 +2,8 @@
 // checked from the first byte to the last before tpl sees it.
 #include "kestu_error_image.h"
 
-#include "error/error.hpp"
-#include "kestu_mem.h"
+#include "base/kept_errno.hpp"
+#include "kestu_error.h"
 #include "kestu_sum.h"
 
 #include <cstdlib>
@@ -50,35 +50,36 @@ void pack_reversed(tpl_node *node, Record &record, const kestu_error_t *const *e
     }
 }
 
-// The elements of a chain in an array, so that the last one can be packed first.
-kestu_error_t *list_elements(const kestu_error_t *err, const kestu_error_t ***list, size_t *count) {
-    *count = 0;
+// The elements of a chain in an array, so that the last one can be packed first. Null without
+// memory.
+const kestu_error_t **list_elements(const kestu_error_t *err, size_t &count) {
+    count = 0;
     for (const kestu_error_t *e = err; e; e = e->child)
-        ++*count;
-    if (kestu_error_t *failure = kestu_mem_malloc((*count + 1) * sizeof(void *), list))
-        return failure;
-    for (const kestu_error_t **next = *list; err; err = err->child)
-        *next++ = err;
-    return nullptr;
+        ++count;
+    auto **list = static_cast<const kestu_error_t **>(std::malloc((count + 1) * sizeof(void *)));
+    if (list)
+        for (const kestu_error_t **next = list; err; err = err->child)
+            *next++ = err;
+    return list;
 }
 
 // Reads an image without believing it.
 class Reader {
   public:
-    explicit Reader(std::string_view image) : rest(image) {}
+    explicit Reader(std::string_view image) : rest_(image) {}
 
     bool literal(std::string_view expected) {
-        const bool found = rest.starts_with(expected);
+        const bool found = rest_.starts_with(expected);
         if (found)
-            rest.remove_prefix(expected.size());
+            rest_.remove_prefix(expected.size());
         return found;
     }
 
     bool number(uint32_t &value) {
-        if (rest.size() < sizeof value)
+        if (rest_.size() < sizeof value)
             return false;
-        std::memcpy(&value, rest.data(), sizeof value);
-        rest.remove_prefix(sizeof value);
+        std::memcpy(&value, rest_.data(), sizeof value);
+        rest_.remove_prefix(sizeof value);
         return true;
     }
 
@@ -88,9 +89,9 @@ class Reader {
         if (!number(size))
             return false;
         const size_t length = size > 0 ? size - 1 : 0;
-        if (length > rest.size() || rest.substr(0, length).find('\0') != rest.npos)
+        if (length > rest_.size() || rest_.substr(0, length).find('\0') != rest_.npos)
             return false;
-        rest.remove_prefix(length);
+        rest_.remove_prefix(length);
         return true;
     }
 
@@ -102,10 +103,10 @@ class Reader {
         return true;
     }
 
-    bool at_end() const { return rest.empty(); }
+    bool at_end() const { return rest_.empty(); }
 
   private:
-    std::string_view rest;
+    std::string_view rest_;
 };
 
 // The mark of tpl, flags of 2 for texts that may be null, the size of the whole image, the map with
@@ -150,21 +151,21 @@ kestu_error_t *unpack(const void *image, size_t size) {
 void kestu_error_serialize(const kestu_error_t *err, void **image, size_t *size) {
     *image = nullptr;
     *size = 0;
-    const kestu_error_t **elements = nullptr;
+    const KeptErrno kept;
     size_t count = 0;
-    if (kestu_error_t *failure = list_elements(err, &elements, &count)) {
-        kestu_error_clear(failure);
+    const kestu_error_t **elements = list_elements(err, count);
+    if (!elements)
         return;
-    }
     Record record;
     tpl_node *node = map_record(record);
     pack_reversed(node, record, elements, count);
     tpl_dump(node, TPL_MEM, image, size);
     tpl_free(node);
-    kestu_mem_free(elements);
+    std::free(elements);
 }
 
 void kestu_error_deserialize(kestu_error_t **err, const void *image, size_t size) {
+    const KeptErrno kept;
     const bool usable = image && is_image({static_cast<const char *>(image), size});
     *err = usable ? unpack(image, size) : nullptr;
 }

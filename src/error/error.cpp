@@ -1,14 +1,14 @@
 // Making errors. Everything that makes one ends in `build`, which fills a record once.
 #include "error/error.hpp"
 
+#include "base/kept_errno.hpp"
 #include "base/path_view.hpp"
 #include "base/pool_text.hpp"
-#include "error/system.hpp"
+#include "error/elements.hpp"
+#include "error/state.hpp"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdarg>
-#include <cstring>
 
 namespace kestu {
 namespace {
@@ -19,7 +19,7 @@ constexpr size_t max_file_name = 4095;
 // Room for the text that APR has for a status, terminator included.
 constexpr size_t apr_text_size = 255;
 
-struct Place {
+struct Location {
     int line = 0;
     const char *file = nullptr;
     const char *function = nullptr;
@@ -40,29 +40,28 @@ bool copy_into(apr_pool_t *pool, std::string_view text, const char *&field) {
 
 bool set_message(kestu_error_t *err, const Message &message) {
     if (message.format) {
-        errno = 0;
-        err->message = pool_vformat(err->pool, message.format, *message.args, message.suffix);
-        return err->message || errno != ENOMEM;
+        Draft draft(message.format, *message.args);
+        err->message = pool_draft(err->pool, draft, message.suffix);
+        return err->message;
     }
     return !message.text || copy_into(err->pool, message.text, err->message);
 }
 
-bool set_place(kestu_error_t *err, const Place &place) {
-    err->line = place.line;
-    if (place.file) {
-        std::string_view name = last_component(place.file);
+bool set_location(kestu_error_t *err, const Location &location) {
+    err->line = location.line;
+    if (location.file) {
+        std::string_view name = last_component(location.file);
         name = {name.data(), std::min(name.size(), max_file_name)};
         if (!copy_into(err->pool, name, err->file))
             return false;
     }
-    return !place.function || copy_into(err->pool, place.function, err->function);
+    return !location.function || copy_into(err->pool, location.function, err->function);
 }
 
-kestu_error_t *build(int type, int code, const Place &place, kestu_error_t *child,
+kestu_error_t *build(int type, int code, const Location &location, kestu_error_t *child,
                      const Message &message) {
-    // Nothing is put into the sentinel's pool: who clears the new error must not clear the
-    // sentinel.
-    const bool shares_pool = child && child != KestuDLlistStopWalking;
+    const KeptErrno kept;
+    const bool shares_pool = child && !is_shared(*child);
     apr_pool_t *pool = shares_pool ? child->pool : nullptr;
     apr_status_t status = pool ? APR_SUCCESS : new_error_pool(&pool);
     if (status == APR_SUCCESS) {
@@ -77,7 +76,7 @@ kestu_error_t *build(int type, int code, const Place &place, kestu_error_t *chil
                     .data = nullptr,
                     .pool = pool,
                     .child = child};
-            if (set_place(err, place) && set_message(err, message))
+            if (set_location(err, location) && set_message(err, message))
                 return err;
         }
         if (!shares_pool)
@@ -89,8 +88,13 @@ kestu_error_t *build(int type, int code, const Place &place, kestu_error_t *chil
 
 } // namespace
 
+void give_up(apr_status_t status, const char *failed_action) {
+    kestu_error_t *cause = wrap(fail_apr(status), failed_action);
+    kestu_error_malfunction(build(KESTU_ERROR_MALFUNCTION, 0, {}, cause, {.text = final_message}));
+}
+
 apr_status_t new_error_pool(apr_pool_t **pool) {
-    return apr_pool_create_ex(pool, error_system.pool, nullptr, nullptr);
+    return apr_pool_create_ex(pool, error_state.pool, nullptr, nullptr);
 }
 
 kestu_error_t *fail(int code) {

@@ -2,27 +2,27 @@
 #pragma once
 
 #include "error/error.hpp"
-#include "error/system.hpp"
+#include "error/state.hpp"
 
 namespace kestu {
 
-class SystemLock {
+class StateLock {
   public:
-    // A mutex that cannot be locked or unlocked is a malfunction of `locked_action`.
-    explicit SystemLock(const char *locked_action) : action(locked_action) {
-        check(apr_thread_mutex_lock(error_system.mutex));
+    // A mutex that cannot be locked or unlocked is a malfunction of `action`.
+    explicit StateLock(const char *action) : action_(action) {
+        check(apr_thread_mutex_lock(error_state.mutex));
     }
-    ~SystemLock() { check(apr_thread_mutex_unlock(error_system.mutex)); }
-    SystemLock(const SystemLock &) = delete;
-    SystemLock &operator=(const SystemLock &) = delete;
+    ~StateLock() { check(apr_thread_mutex_unlock(error_state.mutex)); }
+    StateLock(const StateLock &) = delete;
+    StateLock &operator=(const StateLock &) = delete;
 
   private:
     void check(apr_status_t status) const {
         if (status != APR_SUCCESS)
-            give_up(status, action);
+            give_up(status, action_);
     }
 
-    const char *action;
+    const char *action_;
 };
 
 } // namespace kestu

@@ -1,33 +1,19 @@
-// What happens when the library cannot go on.
-#include "error/error.hpp"
+#include "error/malfunction.hpp"
 
-#include "error/lock.hpp"
-#include "error/system.hpp"
+#include "error/report.hpp"
+#include "error/state.hpp"
 
 #include <cstdlib>
 
-using namespace kestu;
-
+namespace kestu {
 namespace {
 
-constexpr const char *final_message = "Impossible to continue. Aborting...";
-
 kestu_error_t *print_and_abort(kestu_error_t *err) {
-    kestu_error_clear(kestu_error_handle(err, kestu_error_stdhandler, nullptr));
+    report(err);
     std::abort();
 }
 
 } // namespace
-
-namespace kestu {
-
-constinit ErrorSystem error_system = {nullptr, nullptr, nullptr, print_and_abort};
-
-void give_up(apr_status_t status, const char *failed_action) {
-    kestu_error_t *cause = wrap(fail_apr(status), failed_action);
-    kestu_error_malfunction(kestu_error_create_i(KESTU_ERROR_MALFUNCTION, 0, 0, nullptr, nullptr,
-                                                 cause, final_message));
-}
 
 kestu_error_t *give_up_without_memory(apr_status_t status, const char *failed_action) {
     thread_local char text[255];
@@ -46,18 +32,12 @@ kestu_error_t *give_up_without_memory(apr_status_t status, const char *failed_ac
 
 } // namespace kestu
 
-kestu_error_malfunction_func
-kestu_error_set_malfunction_handler(kestu_error_malfunction_func handler) {
-    kestu_error_malfunction_func previous = error_system.malfunction_handler;
-    SystemLock lock("Cannot set malfunction handler.");
-    error_system.malfunction_handler = handler;
-    return previous;
-}
+using namespace kestu;
 
 kestu_error_malfunction_func kestu_error_get_malfunction_handler(void) {
-    return error_system.malfunction_handler;
+    return error_state.malfunction_handler ? error_state.malfunction_handler : print_and_abort;
 }
 
 kestu_error_t *kestu_error_malfunction(kestu_error_t *err) {
-    return error_system.malfunction_handler(err);
+    return kestu_error_get_malfunction_handler()(err);
 }

@@ -1,14 +1,15 @@
 // Turning a chain into lines.
-#include "error/error.hpp"
+#include "error/report.hpp"
 
-#include "kestu_format.h"
+#include "base/format.hpp"
+#include "base/kept_errno.hpp"
+#include "error/repeats.hpp"
 
 #include <algorithm>
 #include <cstdarg>
 #include <cstring>
 
-using namespace kestu;
-
+namespace kestu {
 namespace {
 
 // A line, cut where it is full; so is each of the pieces it is put together from.
@@ -18,7 +19,7 @@ class Line {
         char piece[max_piece];
         va_list args;
         va_start(args, format);
-        rpl_vsnprintf(piece, sizeof piece, format, args);
+        format_text(piece, sizeof piece, format, args);
         va_end(args);
         const size_t added = std::min(std::strlen(piece), sizeof text_ - 1 - length_);
         std::memcpy(text_ + length_, piece, added);
@@ -50,13 +51,9 @@ const char *type_name(int type) {
 }
 
 void add_text(Line &line, const kestu_error_t &err) {
-    const char *text = err.message;
-    if (!text && err.code >= KESTU_ERROR_FIRST_REGISTERED) {
-        text = registered_text(err.code);
-        text = text ? text : "Unregistered error";
-    } else if (!text) {
-        text = code_text(err.code);
-    }
+    const char *text = err.message ? err.message : kestu_error_text(err.code);
+    if (!text && err.code >= KESTU_ERROR_FIRST_REGISTERED)
+        text = "Unregistered error";
     if (text)
         line.add("%s ", text);
     else
@@ -75,17 +72,7 @@ void compose_line(Line &line, const kestu_error_t &err) {
         line.add("[%s(%d), %s]", err.file, err.line, err.function);
 }
 
-// Looks back through the chain instead of keeping a list, so that printing needs no memory.
-bool was_printed(const kestu_error_t *head, const kestu_error_t &err) {
-    for (; head != &err; head = head->child)
-        if (!head->message && head->code == err.code)
-            return true;
-    return false;
-}
-
 } // namespace
-
-namespace kestu {
 
 void report(kestu_error_t *err) {
     kestu_error_clear(kestu_error_handle(err, kestu_error_stdhandler, nullptr));
@@ -93,9 +80,13 @@ void report(kestu_error_t *err) {
 
 } // namespace kestu
 
+using namespace kestu;
+
 kestu_error_t *kestu_error_handle(kestu_error_t *err, kestu_error_line_func handler, void *baton) {
+    const KeptErrno kept;
+    Repeats repeats(err);
     for (const kestu_error_t *e = err; e; e = e->child) {
-        if (!e->message && was_printed(err, *e))
+        if (!e->message && repeats.next_is_repeat(*e))
             continue;
         Line line;
         compose_line(line, *e);
@@ -105,5 +96,6 @@ kestu_error_t *kestu_error_handle(kestu_error_t *err, kestu_error_line_func hand
 }
 
 int kestu_error_stdhandler(const char *line, void *stream) {
+    const KeptErrno kept;
     return fprintf(stream ? static_cast<FILE *>(stream) : stderr, "%s\n", line);
 }

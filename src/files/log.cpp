@@ -1,13 +1,13 @@
 // Log files that only grow.
 #include "kestu_log.h"
 
+#include "base/kept_errno.hpp"
 #include "base/pool_text.hpp"
 #include "error/error.hpp"
-#include "kestu_format.h"
 
+#include <apr_strings.h>
 #include <apr_time.h>
 
-#include <cerrno>
 #include <cstdarg>
 
 using namespace kestu;
@@ -25,17 +25,9 @@ void report_write(apr_status_t status) {
         report(wrap(fail_apr(status), "Cannot write to log."));
 }
 
-// One write, which the file's append mode puts behind what others wrote. errno stays the caller's.
+// One write, which the file's append mode puts behind what others wrote.
 void write_text(const kestu_log_t *log, const char *text) {
-    const int callers_errno = errno;
     report_write(log->file ? apr_file_puts(text, log->file) : APR_EBADF);
-    errno = callers_errno;
-}
-
-// Fills `text` and tells whether there is anything.
-bool format_text(char *text, const char *format, va_list args) {
-    text[0] = '\0';
-    return rpl_vsnprintf(text, text_size, format, args) > 0;
 }
 
 kestu_error_t *fill_log(kestu_log_t &log, const char *name) {
@@ -66,31 +58,36 @@ kestu_error_t *make_log(kestu_log_t **out, const char *name, apr_pool_t *parent)
 } // namespace
 
 kestu_error_t *kestu_log_create(kestu_log_t **log, const char *name, apr_pool_t *parent) {
+    const KeptErrno kept;
     return wrap(make_log(log, name, parent), "Cannot create log.");
 }
 
 void kestu_log_terminate(kestu_log_t *log) {
+    const KeptErrno kept;
     if (apr_status_t status = log->file ? apr_file_close(log->file) : APR_SUCCESS)
         report(fail_apr(status));
 }
 
 void kestu_log_printf(kestu_log_t *log, const char *format, ...) {
+    const KeptErrno kept;
     char text[text_size];
     va_list args;
     va_start(args, format);
-    if (format_text(text, format, args))
-        write_text(log, text);
+    const int length = apr_vsnprintf(text, sizeof text, format, args);
     va_end(args);
+    if (length > 0)
+        write_text(log, text);
 }
 
 void kestu_log_dtprintf(kestu_log_t *log, const char *format, ...) {
+    const KeptErrno kept;
     char date[APR_CTIME_LEN] = "";
     report_write(apr_ctime(date, apr_time_now()));
     char line[date_size + text_size];
-    const int length = rpl_snprintf(line, sizeof line, "%s: ", date);
+    const int length = apr_snprintf(line, sizeof line, "%s: ", date);
     va_list args;
     va_start(args, format);
-    format_text(line + length, format, args);
+    apr_vsnprintf(line + length, text_size, format, args);
     va_end(args);
     write_text(log, line);
 }

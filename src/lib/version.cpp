@@ -2,17 +2,17 @@
 #include "kestu_lib.h"
 
 int kestu_version_major(void) {
-    return 1;
+    return KESTU_VERSION_MAJOR;
 }
 
 int kestu_version_minor(void) {
-    return 0;
+    return KESTU_VERSION_MINOR;
 }
 
 int kestu_version_patch(void) {
-    return 0;
+    return KESTU_VERSION_PATCH;
 }
 
 const char *kestu_version_string(void) {
-    return "1.0.0";
+    return KESTU_VERSION_STRING;
 }

@@ -1,6 +1,7 @@
 // Checked conversions of text to numbers.
 #include "kestu_str.h"
 
+#include "base/kept_errno.hpp"
 #include "error/error.hpp"
 
 #include <cctype>
@@ -17,6 +18,7 @@ namespace {
 template <typename Parsed, typename Stored>
 kestu_error_t *convert(const char *s, Stored *out, Parsed (*parse)(const char *, char **), int code,
                        const char *word) {
+    const KeptErrno kept;
     auto *end = const_cast<char *>(s);
     errno = 0;
     const Parsed value = parse(s, &end);
@@ -34,7 +36,7 @@ kestu_error_t *kestu_str_to_double(const char *s, double *out) {
     return convert(s, out, std::strtod, 120063, "double");
 }
 
-// Keeps the low 32 bits of what fits a long, as callers have come to expect.
+// Kept: the low 32 bits of what fits a long are stored. Relied on by: callers.
 kestu_error_t *kestu_str_to_integer(const char *s, int *out) {
     return convert<long>(
         s, out, [](const char *text, char **end) { return std::strtol(text, end, 10); }, 120062,

@@ -4,6 +4,8 @@
 #include "base/pool_text.hpp"
 #include "kestu_format.h"
 
+#include <cerrno>
+
 int kestu_str_snprintf(char *buf, size_t size, const char *format, ...) {
     va_list args;
     va_start(args, format);
@@ -27,11 +29,15 @@ int kestu_str_vasprintf(char **ret, const char *format, va_list args) {
 char *kestu_str_psprintf(apr_pool_t *pool, const char *format, ...) {
     va_list args;
     va_start(args, format);
-    char *text = kestu::pool_vformat(pool, format, args);
+    char *text = kestu_str_pvsprintf(pool, format, args);
     va_end(args);
     return text;
 }
 
 char *kestu_str_pvsprintf(apr_pool_t *pool, const char *format, va_list args) {
-    return kestu::pool_vformat(pool, format, args);
+    kestu::Draft draft(format, args);
+    if (draft.failure() == 0)
+        return kestu::pool_draft(pool, draft);
+    errno = draft.failure();
+    return nullptr;
 }

@@ -56,14 +56,6 @@ TEST(ErrorMaking, WrappingSharesThePoolAndKeepsKindAndCode) {
     EXPECT_CHAIN(head, Element(120012, "Cannot go."), Element(120012, ""));
 }
 
-TEST(ErrorMaking, TheSentinelOutlivesAnErrorThatWrapsIt) {
-    kestu_error_t *err = kestu_error_quick_wrap(KestuDLlistStopWalking, "Stopped.");
-    EXPECT_EQ(err->child, KestuDLlistStopWalking);
-    EXPECT_NE(err->pool, KestuDLlistStopWalking->pool);
-    EXPECT_CHAIN(err, Element(0, "Stopped."), Element(0, "KestuDLlistStopWalking"));
-    EXPECT_STREQ(KestuDLlistStopWalking->message, "KestuDLlistStopWalking");
-}
-
 TEST(ErrorMaking, AprStatusBecomesText) {
     EXPECT_CHAIN(kestu_error_aprwrap(APR_ENOENT), Element(0, "No such file or directory"));
     EXPECT_CHAIN(kestu_error_aprwrapf(APR_ENOENT, "file %d", 4),
@@ -80,6 +72,36 @@ TEST(ErrorMaking, LongMessagesAreKeptWhole) {
         EXPECT_CHAIN(kestu_error_aprwrapf(APR_ENOENT, "%s", text.c_str()),
                      Element(0, text + ": No such file or directory"));
     }
+}
+
+TEST(ErrorMaking, OfATextThatCannotBeFormattedTheBeginningIsKept) {
+    const std::string text(2000, 'x');
+    EXPECT_CHAIN(kestu_error_createf(0, 1, nullptr, "%s%f%s", text.c_str(), 1e20, "lost"),
+                 Element(1, text));
+    EXPECT_CHAIN(kestu_error_aprwrapf(APR_ENOENT, "file %f", 1e20),
+                 Element(0, "file : No such file or directory"));
+}
+
+TEST(ErrorChains, NothingChangesTheSentinel) {
+    kestu_error_t *err = kestu_error_quick_wrap(KestuDLlistStopWalking, "Stopped.");
+    EXPECT_EQ(err->child, KestuDLlistStopWalking);
+    kestu_error_set_type_all(err, KESTU_ERROR_PLAIN);
+    kestu_error_compose(err, kestu_error_create(0, 5, nullptr, "cause"));
+    EXPECT_EQ(err->type, KESTU_ERROR_PLAIN);
+    EXPECT_CHAIN(err, Element(0, "Stopped."), Element(0, "KestuDLlistStopWalking"),
+                 Element(5, "cause"));
+    kestu_error_compose(KestuDLlistStopWalking, chain_of_three());
+    kestu_error_clear(KestuDLlistStopWalking);
+    EXPECT_THAT(take_lines(KestuDLlistStopWalking), ElementsAre("Error: KestuDLlistStopWalking "));
+}
+
+TEST(ErrorChains, ComposingWhatSharesElementsDoesNothing) {
+    kestu_error_t *err = chain_of_three();
+    for (kestu_error_t *other : {err, err->child, kestu_error_root_cause(err)}) {
+        kestu_error_compose(err, other);
+        kestu_error_compose(other, err);
+    }
+    EXPECT_CHAIN(err, Element(2, "head"), Element(2, ""), Element(120030, "root"));
 }
 
 TEST(ErrorChains, ComposingAppendsCopiesOfTheSecondChain) {
@@ -181,7 +203,30 @@ TEST(ErrorMalfunction, NoMemoryForAnErrorGoesToTheHandlerAndStillYieldsAnError) 
     EXPECT_THAT(take_lines(err), ElementsAre("Malfunction: Impossible to continue. Aborting... ",
                                              "Error: Cannot create error. ",
                                              StartsWith("Error: Cannot allocate memory")));
-    EXPECT_CHAIN(cause, Element(3, "cause"));
+    kestu_error_compose(err, kestu_error_create(0, 4, nullptr, "released"));
+    kestu_error_compose(cause, err);
+    EXPECT_CHAIN(cause, Element(3, "cause"), Element(0, "Impossible to continue. Aborting..."),
+                 Element(0, "Cannot create error."), testing::_);
+}
+
+TEST(ErrorMalfunction, NoMemoryForARegisteredTextGoesToTheHandler) {
+    const std::string huge(1 << 20, 'h');
+    const auto previous = kestu_error_set_malfunction_handler(count_malfunction);
+    malfunctions = 0;
+    int code = 0;
+    {
+        AllocFailure failure(1, all_after | pools_too);
+        for (int i = 0; i < 2; ++i)
+            EXPECT_EQ(kestu_error_register(&code, huge.c_str()), nullptr);
+    }
+    EXPECT_EQ(malfunctions, 2);
+    EXPECT_EQ(kestu_error_text(code), nullptr);
+    int again = 0;
+    EXPECT_OK(kestu_error_register(&again, "text"));
+    EXPECT_EQ(again, code);
+    EXPECT_STREQ(kestu_error_text(code), "text");
+    EXPECT_OK(kestu_error_deregister(code));
+    kestu_error_set_malfunction_handler(previous);
 }
 
 TEST(ErrorMalfunctionDeathTest, TheDefaultHandlerPrintsAndAborts) {

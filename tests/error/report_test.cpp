@@ -1,8 +1,10 @@
 // Chains as lines, and the texts of codes.
 #include "kestu_error.h"
 
+#include "support/alloc_failure.hpp"
 #include "support/chain.hpp"
 
+#include <set>
 #include <string>
 
 using namespace kestu::test;
@@ -63,6 +65,31 @@ TEST(Report, OnlyRepeatedCodesWithoutMessageAreLeftOut) {
     err = kestu_error_create_i(4, 120032, 0, nullptr, nullptr, err, nullptr);
     EXPECT_THAT(take_lines(err), ElementsAre("Cannot write to IO stream. ",
                                              "Cannot read IO stream. ", "three ", "two ", "one "));
+}
+
+// A long chain is sorted by its codes, of which all bytes count.
+TEST(Report, RepeatedCodesAreLeftOutOfLongChainsWithAndWithoutMemory) {
+    for (const bool scarce : {false, true}) {
+        std::vector<std::string> expected;
+        kestu_error_t *err = nullptr;
+        for (int i = 0; i < 600; ++i) {
+            const int code = -(i % 70) * 0x01020304;
+            err = kestu_error_create_i(4, code, 0, nullptr, nullptr, err,
+                                       i % 7 == 0 ? "own" : nullptr);
+        }
+        std::set<int> seen;
+        for (const kestu_error_t *e = err; e; e = e->child)
+            if (e->message || seen.insert(e->code).second)
+                expected.push_back(
+                    e->message ? "own "
+                               : "Unknown KesTU error (code=" + std::to_string(e->code) + ") ");
+        std::vector<std::string> lines;
+        {
+            AllocFailure failure(scarce ? 1 : 1000000, only_one);
+            lines = take_lines(err);
+        }
+        EXPECT_EQ(lines, expected);
+    }
 }
 
 TEST(Report, HandingNullCallsNothing) {

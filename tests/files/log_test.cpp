@@ -64,12 +64,12 @@ TEST_F(Log, TextsAreAppendedToWhatTheFileHolds) {
     EXPECT_STREQ(first->name, name.c_str());
     EXPECT_NE(first->pool, pool);
     kestu_log_printf(first, "%s %d\n", "one", 1);
-    kestu_log_printf(second, "%zu", size_t{2});
+    kestu_log_printf(second, "%2c|%.1f", '2', 1e20);
     kestu_log_printf(first, "%s", "");
     kestu_log_printf(first, "\n");
     kestu_log_terminate(first);
     kestu_log_terminate(second);
-    EXPECT_EQ(content(), "kept\none 1\n2\n");
+    EXPECT_EQ(content(), "kept\none 1\n 2|100000000000000000000.0\n");
 }
 
 TEST_F(Log, TextsAreCutTo999Characters) {

@@ -2,7 +2,11 @@
 #include "kestu_error.h"
 #include "kestu_lib.h"
 
-#include <gtest/gtest.h>
+#include "support/alloc_failure.hpp"
+
+#include <gmock/gmock.h>
+
+#include <set>
 
 TEST(Lifecycle, CallsAreCountedAndTheLastOneStops) {
     EXPECT_EQ(KestuInitialized, 0);
@@ -27,6 +31,21 @@ TEST(Lifecycle, CanBeStartedAgain) {
         EXPECT_EQ(code, KESTU_ERROR_FIRST_REGISTERED);
         kestu_terminate();
     }
+}
+
+// The allocations behind that of the error subsystem's pool are made by errors, which never fail.
+TEST(Lifecycle, AFailedStartCanBeTakenBack) {
+    std::set<int> statuses;
+    for (size_t n = 1; statuses.count(KESTU_INIT_ERROR_FAILED) == 0; ++n) {
+        {
+            kestu::test::AllocFailure failure(n, kestu::test::pools_too);
+            statuses.insert(kestu_initialize());
+        }
+        kestu_terminate();
+        EXPECT_EQ(KestuInitialized, 0);
+    }
+    EXPECT_THAT(statuses, testing::ElementsAre(KESTU_INIT_APR_FAILED, KESTU_INIT_POOL_FAILED,
+                                               KESTU_INIT_ERROR_FAILED));
 }
 
 // The count goes below zero and the next start only brings it back: kept for programs that count on

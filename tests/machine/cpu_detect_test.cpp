@@ -22,8 +22,6 @@ using testing::Eq;
 
 namespace {
 
-bool cpuid_is_there = true;
-
 constexpr const char *cannot = "Can't determine CPU.";
 
 // Words with single blanks between them.
@@ -155,11 +153,6 @@ std::map<std::string, std::string> read_caches() {
 
 } // namespace
 
-// Stands before the library's own.
-int kestu_cpu_check_cpuid_flag(void) {
-    return cpuid_is_there;
-}
-
 TEST_F(RealCpu, IsIdentifiedAsTheSystemDoes) {
     auto info = read_cpuinfo();
     if (info["vendor_id"].empty())
@@ -273,15 +266,6 @@ TEST(CpuDetect, AffinityThatCannotBeRestoredStandsAboveEarlierErrors) {
         }
     }
     EXPECT_EQ(allowed_processors(), all);
-}
-
-TEST(CpuDetect, WithoutCpuidNothingIsRead) {
-    cpuid_is_there = false;
-    const auto cpu = new_record();
-    EXPECT_CHAIN(kestu_cpu_detect(cpu.get(), kestu_pool), Element(120170, cannot),
-                 Element(120170, ""));
-    EXPECT_STREQ(cpu->vendor_id, "");
-    cpuid_is_there = true;
 }
 
 TEST(CpuBits, SmallQueriesAnswer) {

@@ -19,17 +19,6 @@ using testing::ElementsAre;
 
 namespace {
 
-int rates_measured = 0;
-
-} // namespace
-
-// Stands before the library's own.
-double kestu_cpu_freq(void) {
-    return 1000.0 + ++rates_measured;
-}
-
-namespace {
-
 std::string summary(const kestu_cpu_t &cpu) {
     std::string text = std::to_string(cpu.package_count) + "/" + std::to_string(cpu.core_count) +
                        "/" + std::to_string(cpu.thread_count);
@@ -289,14 +278,13 @@ TEST(CpuTopology, TheClockIsMeasuredWhereTheRecordAsks) {
         const auto cpu = new_record();
         cpu->measure = measure;
         cpu->measure_processor = processor;
-        rates_measured = 0;
         EXPECT_OK(detect(machine, *cpu));
         return std::vector<double>{cpu->processors[0].mhz, cpu->processors[1].mhz,
                                    cpu->processors[2].mhz, cpu->processors[3].mhz};
     };
     EXPECT_THAT(measured(0, -1), ElementsAre(0.0, 0.0, 0.0, 0.0));
-    EXPECT_THAT(measured(1, 2), ElementsAre(0.0, 0.0, 1001.0, 0.0));
-    EXPECT_THAT(measured(1, -1), ElementsAre(1001.0, 1002.0, 1003.0, 1004.0));
+    EXPECT_THAT(measured(1, 2), ElementsAre(0.0, 0.0, testing::Gt(1.0), 0.0));
+    EXPECT_THAT(measured(1, -1), testing::Each(testing::Gt(1.0)));
     EXPECT_THAT(measured(1, 4), ElementsAre(0.0, 0.0, 0.0, 0.0));
 }
 

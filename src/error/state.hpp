@@ -4,18 +4,24 @@
 
 #include "kestu_error.h"
 
-#include <apr_tables.h>
 #include <apr_thread_mutex.h>
 
 namespace kestu {
 
-struct ErrorSystem {
-    apr_pool_t *pool;          // parent of every chain's pool; holds the registered texts
-    apr_thread_mutex_t *mutex; // guards the registered texts and the handler while they change
-    apr_array_header_t *texts; // of const char *: slot i is the text of code 125000 + i, or null
-    kestu_error_malfunction_func malfunction_handler;
+// The text of code KESTU_ERROR_FIRST_REGISTERED + i stands at place i, null when it was taken back.
+struct RegisteredTexts {
+    const char **begin;
+    int count;
+    int capacity;
 };
 
-extern ErrorSystem error_system;
+struct ErrorState {
+    apr_pool_t *pool;          // parent of every chain's pool; holds the registered texts
+    apr_thread_mutex_t *mutex; // guards the registered texts and the handler while they change
+    RegisteredTexts texts;
+    kestu_error_malfunction_func malfunction_handler; // null: the default one
+};
+
+extern ErrorState error_state;
 
 } // namespace kestu
