@@ -93,9 +93,9 @@ class PlainEditor {
 };
 
 void press(const kestu_ri_t &ctx, Editor &editor, PlainEditor &plain, int key) {
-    const Effect effect = editor.press(key);
+    const Effect effect = editor.feed(key);
     require(effect.next == plain.press(key));
-    require(ctx.line == plain.line && editor.position() == plain.cursor);
+    require(ctx.line == plain.line && editor.line().cursor() == plain.cursor);
     require(plain.line.size() < ctx.size);
     require((effect.next == Next::stop || effect.next == Next::fail) == (effect.error != nullptr));
     kestu_error_clear(effect.error);

@@ -1,9 +1,7 @@
 // The line editor apart from the terminal: keys go in, what they ask of the terminal comes out.
 #pragma once
 
-#include "kestu_readline.h"
-
-#include <cstddef>
+#include "console/line.hpp"
 
 namespace kestu {
 
@@ -22,32 +20,46 @@ struct Effect {
     kestu_error_t *error = nullptr;
 };
 
-// One line being edited. It lives in the context and is terminated after every key.
+// One line being edited in the context.
 class Editor {
   public:
-    explicit Editor(kestu_ri_t &ctx) : context(ctx) {}
+    explicit Editor(kestu_ri_t &ctx) : ctx_(ctx), line_(ctx) {}
 
-    // Releases the last line and begins with an empty one. Fails with 120012 without memory.
+    // Releases the last line and begins with an empty one. Fails when no memory is left.
     [[nodiscard]] kestu_error_t *begin();
 
     // Acts on a key as dl_readchar returns it; failed reads are the caller's.
-    [[nodiscard]] Effect press(int key);
+    [[nodiscard]] Effect feed(int key);
 
-    // The number of characters before the cursor.
-    size_t position() const { return cursor; }
+    const Line &line() const { return line_; }
 
   private:
-    Effect insert(char character);
+    struct Binding {
+        int key;
+        Effect (Editor::*act)();
+    };
+    static const Binding bindings[];
+
+    Effect nothing() { return {}; }
+    Effect go_to_begin();
+    Effect go_to_end();
+    Effect go_left();
+    Effect go_right();
+    Effect remove_before_cursor();
+    Effect remove_at_cursor();
+    Effect clear_screen();
+    Effect recall_older();
+    Effect recall_newer();
     Effect finish_empty();
-    Effect stop_when_empty() const;
+    Effect stop_when_empty();
     Effect enter();
     Effect enter_into_history();
-    void remove(size_t index);
-    void recall(int direction);
+    Effect fail_unreadable();
+    Effect insert(char character);
+    Effect recall(int direction);
 
-    kestu_ri_t &context;
-    size_t length = 0;
-    size_t cursor = 0;
+    kestu_ri_t &ctx_;
+    Line line_;
 };
 
 } // namespace kestu

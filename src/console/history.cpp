@@ -1,11 +1,9 @@
-// The line's buffer, and the earlier lines that are copied into it.
+// Earlier lines, and copying them into the buffer of the one that is edited.
 #include "kestu_readline.h"
 
 #include "base/pool_text.hpp"
 #include "error/error.hpp"
-#include "kestu_str.h"
 
-#include <algorithm>
 #include <cstring>
 
 using namespace kestu;
@@ -39,18 +37,6 @@ const char *entry(kestu_ri_t &ctx, int index) {
 }
 
 } // namespace
-
-void kestu_ri_readline_growbuffer(kestu_ri_t *ctx, size_t size) {
-    size = std::max<size_t>(size, 1);
-    auto *line = static_cast<char *>(apr_palloc(ctx->line_pool, size));
-    if (!line)
-        return;
-    const size_t kept = ctx->line ? kestu_str_strlcpy(line, ctx->line, size) : 0;
-    if (kept < size)
-        std::memset(line + kept, 0, size - kept);
-    ctx->line = line;
-    ctx->size = size;
-}
 
 kestu_error_t *kestu_ri_readline_addhist(const char *str, kestu_ri_t *ctx) {
     kestu_error_t *err = kestu_strlist_addfirst(ctx->history, str, ctx->pool);

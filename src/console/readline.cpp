@@ -1,4 +1,4 @@
-// Reading a line: the loop that joins keys, editor and terminal.
+// Reading a line: a loop that hands keys from the terminal to the editor.
 #include "kestu_readline.h"
 
 #include "base/kept_errno.hpp"
@@ -54,36 +54,48 @@ kestu_error_t *read_key(kestu_ri_t &ctx, int &key) {
         if (kestu_error_t *err = follow_window(ctx, changed))
             return err;
     } while (changed && key == KESTU_KEY_FAILED);
-    kestu_error_t *err =
-        key == KESTU_KEY_FAILED ? fail(120132, "%s", std::strerror(errno)) : nullptr;
+    kestu_error_t *err = key == KESTU_KEY_FAILED
+                             ? fail(KESTU_ERR_CHARACTER_READ, "%s", std::strerror(errno))
+                             : nullptr;
     erase_row(ctx);
     return err;
 }
 
-kestu_error_t *edit_line(kestu_ri_t &ctx, Editor &editor) {
-    for (;;) {
-        int key = KESTU_KEY_FAILED;
-        if (kestu_error_t *err = read_key(ctx, key))
-            return err;
-        const Effect effect = editor.press(key);
-        print(ctx, effect.print);
-        switch (effect.next) {
-        case Next::redraw:
-            show_line_and_cursor(ctx, editor.position());
-            break;
-        case Next::keep:
-            break;
-        case Next::finish:
-            leave_raw_mode(ctx);
-            show_line(ctx);
-            return nullptr;
-        case Next::stop:
-            leave_raw_mode(ctx);
-            return effect.error;
-        case Next::fail:
-            return effect.error;
-        }
+bool goes_on(const Effect &effect) {
+    return effect.next == Next::redraw || effect.next == Next::keep;
+}
+
+kestu_error_t *begin(kestu_ri_t &ctx, Editor &editor) {
+    kestu_error_t *err = editor.begin();
+    if (!err)
+        err = measure_terminal(ctx);
+    if (err)
+        return err;
+    enter_raw_mode(ctx);
+    show_prompt(ctx);
+    return nullptr;
+}
+
+// Reads a key, lets it act and shows what comes of it.
+kestu_error_t *feed(kestu_ri_t &ctx, Editor &editor, Effect &effect) {
+    int key = KESTU_KEY_FAILED;
+    if (kestu_error_t *err = read_key(ctx, key))
+        return err;
+    effect = editor.feed(key);
+    print(ctx, effect.print);
+    if (effect.next == Next::redraw)
+        show_line_and_cursor(ctx, editor.line().cursor());
+    return nullptr;
+}
+
+kestu_error_t *end(kestu_ri_t &ctx, const Effect &effect, char **line) {
+    if (effect.next != Next::fail)
+        leave_raw_mode(ctx);
+    if (effect.next == Next::finish) {
+        show_line(ctx);
+        *line = ctx.line;
     }
+    return effect.error;
 }
 
 } // namespace
@@ -108,17 +120,11 @@ kestu_error_t *kestu_ri_readline_init(kestu_ri_t **ctx, const char *prompt, int 
 kestu_error_t *kestu_ri_readline(char **line, kestu_ri_t *ctx) {
     const KeptErrno kept;
     Editor editor(*ctx);
-    kestu_error_t *err = editor.begin();
-    if (!err)
-        err = measure_terminal(*ctx);
-    if (err)
-        return err;
-    enter_raw_mode(*ctx);
-    show_prompt(*ctx);
-    err = edit_line(*ctx, editor);
-    if (!err)
-        *line = ctx->line;
-    return err;
+    Effect effect;
+    kestu_error_t *err = begin(*ctx, editor);
+    while (!err && goes_on(effect))
+        err = feed(*ctx, editor, effect);
+    return err ? err : end(*ctx, effect, line);
 }
 
 void kestu_ri_readline_terminate(kestu_ri_t *ctx) {

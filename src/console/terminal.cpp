@@ -15,7 +15,7 @@ namespace {
 
 constinit volatile std::sig_atomic_t window_changed = 0;
 
-// The default comes back by hand: users of the library rely on one notice only.
+// Kept: the default comes back, so that only one change is noticed. Relied on by: programs.
 extern "C" void note_window_change(int signal) {
     apr_signal(signal, SIG_DFL);
     window_changed = 1;
@@ -49,7 +49,7 @@ void leave_raw_mode(const kestu_ri_t &ctx) {
 kestu_error_t *measure_terminal(kestu_ri_t &ctx) {
     winsize size;
     if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0)
-        return wrap(fail(120130), "Can't retrive line.");
+        return wrap(fail(KESTU_ERR_CONSOLE_SIZE), "Can't retrive line.");
     ctx.cols = size.ws_col;
     ctx.rows = size.ws_row;
     return nullptr;

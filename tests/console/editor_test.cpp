@@ -36,7 +36,7 @@ class EditorCore : public testing::Test {
 
     void press(int key, int times = 1) {
         while (times-- > 0)
-            ASSERT_EQ(editor->press(key).next, Next::redraw);
+            ASSERT_EQ(editor->feed(key).next, Next::redraw);
     }
 
     void type(const std::string &text) {
@@ -78,7 +78,7 @@ TEST_F(EditorCore, LinesOfAMegabyteAreHeldWhole) {
     std::string line;
     for (size_t i = 0; i < megabyte; ++i) {
         line += static_cast<char>('a' + i % 26);
-        ASSERT_EQ(editor->press(line.back()).next, Next::redraw);
+        ASSERT_EQ(editor->feed(line.back()).next, Next::redraw);
         ASSERT_LT(i + 1, ctx->size);
         ASSERT_EQ(ctx->line[i + 1], '\0');
     }
@@ -88,10 +88,10 @@ TEST_F(EditorCore, LinesOfAMegabyteAreHeldWhole) {
     press(KESTU_KEY_HOME);
     type("front");
     press(KESTU_KEY_DELETE, 2);
-    EXPECT_EQ(editor->position(), 5u);
+    EXPECT_EQ(editor->line().cursor(), 5u);
     EXPECT_TRUE(ctx->line == "front" + rest);
     press(127, 5);
-    EXPECT_EQ(editor->press('\r').next, Next::finish);
+    EXPECT_EQ(editor->feed('\r').next, Next::finish);
     EXPECT_TRUE(ctx->line == "\n" + rest);
     begin();
     press(KESTU_KEY_UP);
@@ -112,7 +112,7 @@ TEST_F(EditorCore, RecalledLinesLeaveRoomForTheirTerminatorAndMore) {
         EXPECT_EQ(ctx->line, entry + "0123456789012345");
         press(KESTU_KEY_DOWN);
         EXPECT_STREQ(ctx->line, "typed");
-        EXPECT_EQ(editor->position(), 5u);
+        EXPECT_EQ(editor->line().cursor(), 5u);
     }
 }
 
@@ -183,7 +183,7 @@ TEST_F(EditorWithoutMemory, AKeyThatFindsNoRoomStopsTheLine) {
     {
         AllocFailure failure(1, all_after | pools_too);
         while (effect.next == Next::redraw)
-            effect = editor->press('a');
+            effect = editor->feed('a');
     }
     EXPECT_EQ(effect.next, Next::stop);
     EXPECT_EQ(ctx->line, std::string(ctx->size - 1, 'a'));
@@ -210,7 +210,7 @@ TEST_F(EditorWithoutMemory, ALineThatCannotBeRememberedFails) {
     type(long_text);
     const auto enter = [&] {
         AllocFailure failure(1, pools_too);
-        return editor->press('\r');
+        return editor->feed('\r');
     };
     const Effect effect = enter();
     EXPECT_EQ(effect.next, Next::fail);
