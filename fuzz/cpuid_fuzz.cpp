@@ -4,7 +4,7 @@
 #include "kestu_lib.h"
 #include "kestu_mach.h"
 
-#include "leaf_table.hpp"
+#include "machines/leaf_table.hpp"
 
 #include <cstdint>
 #include <cstdlib>
@@ -24,14 +24,14 @@ void require(bool condition) {
 struct Machine {
     size_t processors = 0;
     size_t current = 0;
-    const program::RecordedMachine *recorded = nullptr;
+    const machines::RecordedMachine *recorded = nullptr;
     const uint8_t *stream = nullptr;
     size_t left = 0;
 
-    program::Registers answer(uint32_t leaf, uint32_t subleaf) {
+    machines::Registers answer(uint32_t leaf, uint32_t subleaf) {
         if (recorded)
             return recorded->at(current).get(leaf, subleaf);
-        program::Registers registers;
+        machines::Registers registers;
         const size_t taken = left < sizeof registers ? left : sizeof registers;
         std::memcpy(&registers, stream, taken);
         stream += taken;
@@ -92,7 +92,7 @@ void detect() {
 void detect_recorded(const uint8_t *data, size_t size) {
     std::istringstream in(std::string(reinterpret_cast<const char *>(data), size));
     try {
-        const program::RecordedMachine recorded = program::read_leaf_tables(in);
+        const machines::RecordedMachine recorded = machines::read_leaf_tables(in);
         machine = {.processors = recorded.size(), .recorded = &recorded};
         detect();
     } catch (const std::runtime_error &) {
@@ -103,7 +103,7 @@ void detect_recorded(const uint8_t *data, size_t size) {
 
 void kestu_cpu_cpuid_comm(uint32_t leaf, uint32_t subleaf, uint32_t *eax, uint32_t *ebx,
                           uint32_t *ecx, uint32_t *edx) {
-    const program::Registers answer = machine.answer(leaf, subleaf);
+    const machines::Registers answer = machine.answer(leaf, subleaf);
     *eax = answer.eax;
     *ebx = answer.ebx;
     *ecx = answer.ecx;

@@ -41,7 +41,7 @@ std::string name_of(const Rules &rules, const LeafTable &table) {
 }
 
 // A processor with leaves 0 and 1 and, from `highest_extended` on, without a brand text.
-LeafTable plain(std::string_view vendor, uint32_t highest, const program::Registers &leaf1,
+LeafTable plain(std::string_view vendor, uint32_t highest, const machines::Registers &leaf1,
                 uint32_t highest_extended = 0) {
     LeafTable table;
     set_vendor(table, vendor, highest);
@@ -50,11 +50,11 @@ LeafTable plain(std::string_view vendor, uint32_t highest, const program::Regist
     return table;
 }
 
-LeafTable intel(uint32_t highest, const program::Registers &leaf1, uint32_t extended = 0) {
+LeafTable intel(uint32_t highest, const machines::Registers &leaf1, uint32_t extended = 0) {
     return plain("GenuineIntel", highest, leaf1, extended);
 }
 
-LeafTable amd(const program::Registers &leaf1, uint32_t extended) {
+LeafTable amd(const machines::Registers &leaf1, uint32_t extended) {
     return plain("AuthenticAMD", 1, leaf1, extended);
 }
 

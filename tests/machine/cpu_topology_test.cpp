@@ -3,7 +3,7 @@
 #include "kestu_lib.h"
 
 #include "machine/replayed.hpp"
-#include "replay.hpp"
+#include "machines/replay.hpp"
 #include "support/alloc_failure.hpp"
 #include "support/chain.hpp"
 
@@ -14,7 +14,7 @@
 #include <cstring>
 
 using namespace kestu::test;
-using program::Replay;
+using machines::Replay;
 using testing::ElementsAre;
 
 namespace {

@@ -10,7 +10,7 @@ RecordedMachine load_machine(const std::string &name) {
     std::ifstream in(std::string(KESTU_CPUID_FOLDER) + "/" + name + ".txt");
     if (!in)
         throw std::runtime_error("no recorded machine " + name);
-    return program::read_leaf_tables(in);
+    return machines::read_leaf_tables(in);
 }
 
 void set_vendor(LeafTable &table, std::string_view vendor, uint32_t highest_leaf) {

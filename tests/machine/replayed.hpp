@@ -3,7 +3,7 @@
 
 #include "kestu_cpu.h"
 
-#include "leaf_table.hpp"
+#include "machines/leaf_table.hpp"
 
 #include <memory>
 #include <string>
@@ -11,8 +11,8 @@
 
 namespace kestu::test {
 
-using program::LeafTable;
-using program::RecordedMachine;
+using machines::LeafTable;
+using machines::RecordedMachine;
 
 // A machine of the folder cpuid.
 RecordedMachine load_machine(const std::string &name);

@@ -1,0 +1,71 @@
+// Detection, and what to do when it fails.
+#include "cpu/cpu.hpp"
+
+#include "common/text.hpp"
+
+#include "kestu_lib.h"
+#include "kestu_mach.h"
+#include "kestu_str.h"
+
+#include <sched.h>
+
+namespace program {
+namespace {
+
+bool has_rules(uint32_t vendor) {
+    return vendor == KESTU_CPU_INTEL || vendor == KESTU_CPU_AMD;
+}
+
+// What fails here is not told: the vendor and the name are known, and nobody promised more.
+void read_by_amds_rules(Cpu &cpu) {
+    cpu_set_t saved;
+    CPU_ZERO(&saved);
+    sched_getaffinity(0, sizeof saved, &saved);
+    const std::string name = cpu.record.name;
+    kestu_cpu_amd_func(&cpu.record);
+    kestu_error_clear(kestu_cpu_amd_topology(&cpu.record, kestu_pool));
+    if (name != cpu.record.name)
+        cpu.brand = cpu.record.name;
+    kestu_str_strlcpy(cpu.record.name, name.c_str(), sizeof cpu.record.name);
+    sched_setaffinity(0, sizeof saved, &saved);
+}
+
+std::string explain_affinity() {
+    cpu_set_t allowed;
+    CPU_ZERO(&allowed);
+    sched_getaffinity(0, sizeof allowed, &allowed);
+    const int all = kestu_mach_os_cpu_num();
+    return text("The caches and cores are found by visiting every processor, and this process may "
+                "run on %d of %d only. Let it run on all of them, for example with \"taskset -c "
+                "0-%d kestu cpu\"; processors that are switched off must be switched on.",
+                CPU_COUNT(&allowed), all, all - 1);
+}
+
+} // namespace
+
+kestu_error_t *detect(Cpu &cpu) {
+    kestu_error_t *err = kestu_cpu_detect(&cpu.record, kestu_pool);
+    if (!err && !has_rules(cpu.record.vendor))
+        read_by_amds_rules(cpu);
+    return err;
+}
+
+std::string explain(int code) {
+    switch (code) {
+    case 120171:
+        return "Leaf 0xB of this processor tells no threads, without which its cores cannot be "
+               "counted. A virtual machine may have made it up.";
+    case 120172:
+        return "The firmware hides the leaves that count the cores. Look in its settings for a "
+               "limit of cpuid and switch it off.";
+    case 120173:
+        return explain_affinity();
+    case 120175:
+        return "What the processors tell of themselves does not fit together. In a virtual machine "
+               "or a sandbox, binding to a processor may be without effect.";
+    default:
+        return "";
+    }
+}
+
+} // namespace program

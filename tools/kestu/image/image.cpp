@@ -1,0 +1,21 @@
+#include "image/image.hpp"
+
+namespace program {
+
+kestu_error_t *refusal(const char *message) {
+    return kestu_error_create_i(KESTU_ERROR_ERROR, 0, 0, nullptr, nullptr, nullptr, message);
+}
+
+kestu_error_t *make_black(kestu_img_t &image, int width, int height, int bits) {
+    image.type = 1;
+    image.width = width;
+    image.height = height;
+    image.samples = 1;
+    image.bits[0] = bits;
+    image.photometric = 1;
+    if (bits == 8)
+        return kestu_mem_matrix_alloc(&image.data8, 1, 0, height - 1, 0, width - 1);
+    return kestu_mem_matrix_alloc(&image.data16, 2, 0, height - 1, 0, width - 1);
+}
+
+} // namespace program
