@@ -10,8 +10,6 @@
 #include <stdlib.h>
 #include <unistd.h>
 
-enum { ended_by_user = 120133 };
-
 static void add(const kestu_prsd_t *prsd, double *sum) {
     for (int i = 0; i < prsd->n; ++i) {
         const kestu_prsd_param_t *param = &prsd->params[i];
@@ -48,7 +46,7 @@ int main(void) {
     kestu_error_t *err = kestu_ri_readline_init(&ctx, "add> ", 1, kestu_pool);
     if (!err)
         err = add_lines(ctx, pool);
-    const int failed = err->code != ended_by_user;
+    const int failed = err->code != KESTU_ERR_HALTED_BY_USER;
     if (failed) {
         if (ctx) /* some failures leave the terminal as it was while reading */
             tcsetattr(STDIN_FILENO, TCSANOW, &ctx->saved_termios);

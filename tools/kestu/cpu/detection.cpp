@@ -52,15 +52,15 @@ kestu_error_t *detect(Cpu &cpu) {
 
 std::string explain(int code) {
     switch (code) {
-    case 120171:
+    case KESTU_ERR_NO_THREAD_LEVEL:
         return "Leaf 0xB of this processor tells no threads, without which its cores cannot be "
                "counted. A virtual machine may have made it up.";
-    case 120172:
+    case KESTU_ERR_CPUID_RESTRICTED:
         return "The firmware hides the leaves that count the cores. Look in its settings for a "
                "limit of cpuid and switch it off.";
-    case 120173:
+    case KESTU_ERR_AFFINITY:
         return explain_affinity();
-    case 120175:
+    case KESTU_ERR_TOPOLOGY:
         return "What the processors tell of themselves does not fit together. In a virtual machine "
                "or a sandbox, binding to a processor may be without effect.";
     default:

@@ -24,12 +24,9 @@ namespace {
 char prompt[] = "kestu> ";
 char prompt_to_go_on[] = "  ...> ";
 
-constexpr int unreadable_key = 120131;
-constexpr int ended_by_user = 120133;
-
 // What the end of reading, told by `err`, means.
 Read stop(kestu_error_t *err, bool at_end) {
-    if (err->code == ended_by_user || (err->code == unreadable_key && at_end)) {
+    if (err->code == KESTU_ERR_HALTED_BY_USER || (err->code == KESTU_ERR_NO_CHARACTER && at_end)) {
         kestu_error_clear(err);
         return Read::end;
     }
