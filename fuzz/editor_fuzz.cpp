@@ -26,8 +26,8 @@ class PlainEditor {
   public:
     void begin() {
         line.clear();
-        cursor = entry = 0;
-        left_new_line = false;
+        cursor = entry_ = 0;
+        left_new_line_ = false;
     }
 
     Next press(int key) {
@@ -42,7 +42,7 @@ class PlainEditor {
             return line.empty() ? Next::stop : Next::keep;
         case 13:
             if (!line.empty())
-                history.insert(history.begin() + 1, line);
+                history_.insert(history_.begin() + 1, line);
             [[fallthrough]];
         case 10:
             line.insert(cursor++, 1, '\n');
@@ -70,26 +70,26 @@ class PlainEditor {
             line.erase(--cursor, 1);
         else if (key == KESTU_KEY_DELETE && cursor < line.size())
             line.erase(cursor, 1);
-        else if (key == KESTU_KEY_UP && entry + 1 < history.size())
-            recall(entry + 1);
-        else if (key == KESTU_KEY_DOWN && entry > 0)
-            recall(entry - 1);
+        else if (key == KESTU_KEY_UP && entry_ + 1 < history_.size())
+            recall(entry_ + 1);
+        else if (key == KESTU_KEY_DOWN && entry_ > 0)
+            recall(entry_ - 1);
         else if (key < 256 && !std::strchr("\x08\x0b\x0e\x10\x7f", key))
             line.insert(cursor++, 1, static_cast<char>(key));
     }
 
     void recall(size_t wanted) {
-        if (!left_new_line)
-            history[0] = line;
-        left_new_line = true;
-        entry = wanted;
-        line = history[entry];
+        if (!left_new_line_)
+            history_[0] = line;
+        left_new_line_ = true;
+        entry_ = wanted;
+        line = history_[entry_];
         cursor = line.size();
     }
 
-    std::vector<std::string> history{""};
-    size_t entry = 0;
-    bool left_new_line = false;
+    std::vector<std::string> history_{""};
+    size_t entry_ = 0;
+    bool left_new_line_ = false;
 };
 
 void press(const kestu_ri_t &ctx, Editor &editor, PlainEditor &plain, int key) {

@@ -23,26 +23,26 @@ void expect(bool held, const std::string &format, const char *ours = "", const c
 
 class Input {
   public:
-    Input(const uint8_t *data, size_t size) : at(data), left(size) {}
+    Input(const uint8_t *data, size_t size) : at_(data), left_(size) {}
 
-    bool empty() const { return left == 0; }
+    bool empty() const { return left_ == 0; }
     uint8_t byte() { return take<uint8_t>(); }
-    std::string rest() const { return {reinterpret_cast<const char *>(at), left}; }
+    std::string rest() const { return {reinterpret_cast<const char *>(at_), left_}; }
 
     // Missing bytes are zero.
     template <typename T>
     T take() {
         T value{};
-        const size_t size = std::min(sizeof value, left);
-        std::memcpy(&value, at, size);
-        at += size;
-        left -= size;
+        const size_t size = std::min(sizeof value, left_);
+        std::memcpy(&value, at_, size);
+        at_ += size;
+        left_ -= size;
         return value;
     }
 
   private:
-    const uint8_t *at;
-    size_t left;
+    const uint8_t *at_;
+    size_t left_;
 };
 
 // Every argument is valid as what any conversion takes: as text, as a wide text and as a place for

@@ -18,7 +18,7 @@ namespace {
 class Formatter {
   public:
     Formatter(char *str, size_t size, const char *whole_format, va_list args)
-        : sink(str, size), format(whole_format), arguments(args) {}
+        : sink_(str, size), format_(whole_format), arguments_(args) {}
 
     Formatted run();
 
@@ -33,47 +33,47 @@ class Formatter {
     void put_decimal(bool negative, uint64_t magnitude);
     void store_length(ArgumentSize size);
 
-    Sink sink;
-    const char *format;
-    Arguments arguments;
-    bool overflow = false;
+    Sink sink_;
+    const char *format_;
+    Arguments arguments_;
+    bool overflow_ = false;
 };
 
 Formatted Formatter::run() {
     bool more = true;
-    while (more && *format != '\0') {
-        if (*format == '%')
+    while (more && *format_ != '\0') {
+        if (*format_ == '%')
             more = put_next_field();
         else
             put_plain_text();
     }
-    sink.terminate();
-    const int too_long = sink.length() < INT_MAX ? 0 : ERANGE;
-    return {sink.length(), overflow ? EOVERFLOW : too_long};
+    sink_.terminate();
+    const int too_long = sink_.length() < INT_MAX ? 0 : ERANGE;
+    return {sink_.length(), overflow_ ? EOVERFLOW : too_long};
 }
 
 // Most texts between conversions are short and not worth the call that long ones need.
 void Formatter::put_plain_text() {
-    const char *end = format;
+    const char *end = format_;
     for (int few = 16; *end != '%' && *end != '\0'; ++end) {
         if (--few == 0) {
             end = strchrnul(end, '%');
             break;
         }
     }
-    sink.put({format, static_cast<size_t>(end - format)});
-    format = end;
+    sink_.put({format_, static_cast<size_t>(end - format_)});
+    format_ = end;
 }
 
 // Formats what begins at the `%`. False when nothing may follow.
 bool Formatter::put_next_field() {
-    ++format;
+    ++format_;
     Spec spec;
-    const SpecState state = read_spec(format, arguments, spec);
+    const SpecState state = read_spec(format_, arguments_, spec);
     if (state == SpecState::cut_off)
         return false;
-    overflow = state == SpecState::too_large || !convert(spec);
-    return !overflow;
+    overflow_ = state == SpecState::too_large || !convert(spec);
+    return !overflow_;
 }
 
 // False when a floating value is too large.
@@ -97,7 +97,7 @@ bool Formatter::convert(const Spec &spec) {
     case 'F':
     case 'g':
     case 'G':
-        return put_float(sink, spec, arguments.next_double());
+        return put_float(sink_, spec, arguments_.next_double());
     case 'c':
         convert_char(spec);
         break;
@@ -105,13 +105,13 @@ bool Formatter::convert(const Spec &spec) {
         convert_string(spec);
         break;
     case 'p':
-        put_pointer(sink, spec, arguments.next_pointer<const void>());
+        put_pointer(sink_, spec, arguments_.next_pointer<const void>());
         break;
     case 'n':
         store_length(spec.size);
         break;
     case '%':
-        sink.put('%');
+        sink_.put('%');
         break;
     default: // prints nothing and takes no argument
         break;
@@ -120,64 +120,64 @@ bool Formatter::convert(const Spec &spec) {
 }
 
 void Formatter::convert_signed(const Spec &spec) {
-    const int64_t value = arguments.next_signed(spec.size);
+    const int64_t value = arguments_.next_signed(spec.size);
     const auto bits = static_cast<uint64_t>(value);
     if (spec.bare)
         put_decimal(value < 0, value < 0 ? -bits : bits);
     else
-        put_signed(sink, spec, value);
+        put_signed(sink_, spec, value);
 }
 
 void Formatter::convert_unsigned(const Spec &spec) {
-    const uint64_t value = arguments.next_unsigned(spec.size);
+    const uint64_t value = arguments_.next_unsigned(spec.size);
     if (spec.bare && spec.conversion == 'u')
         put_decimal(false, value);
     else
-        put_unsigned(sink, spec, value);
+        put_unsigned(sink_, spec, value);
 }
 
 void Formatter::convert_string(const Spec &spec) {
-    const void *text = arguments.next_pointer<const void>();
+    const void *text = arguments_.next_pointer<const void>();
     if (text && spec.size == ArgumentSize::as_64)
-        put_wide_string(sink, spec, static_cast<const wchar_t *>(text));
+        put_wide_string(sink_, spec, static_cast<const wchar_t *>(text));
     else if (text && spec.bare)
-        sink.put(static_cast<const char *>(text));
+        sink_.put(static_cast<const char *>(text));
     else
-        put_string(sink, spec, static_cast<const char *>(text));
+        put_string(sink_, spec, static_cast<const char *>(text));
 }
 
 // The width is ignored for characters: callers have come to lay out around that.
 void Formatter::convert_char(const Spec &spec) {
-    const int c = arguments.next_int();
+    const int c = arguments_.next_int();
     if (spec.size == ArgumentSize::as_64)
-        sink.put(Utf8Char(static_cast<char32_t>(c)).view());
+        sink_.put(Utf8Char(static_cast<char32_t>(c)).view());
     else
-        sink.put(static_cast<char>(c));
+        sink_.put(static_cast<char>(c));
 }
 
 // The usual integer, which needs no layout.
 void Formatter::put_decimal(bool negative, uint64_t magnitude) {
     const size_t width = decimal_width(magnitude);
-    sink.put_in_place(negative + width, [=](char *out) {
+    sink_.put_in_place(negative + width, [=](char *out) {
         *out = '-';
         write_decimal(out + negative, magnitude, width);
     });
 }
 
 void Formatter::store_length(ArgumentSize size) {
-    const size_t length = sink.length();
+    const size_t length = sink_.length();
     switch (size) {
     case ArgumentSize::as_char:
-        *arguments.next_pointer<signed char>() = static_cast<signed char>(length);
+        *arguments_.next_pointer<signed char>() = static_cast<signed char>(length);
         break;
     case ArgumentSize::as_short:
-        *arguments.next_pointer<short>() = static_cast<short>(length);
+        *arguments_.next_pointer<short>() = static_cast<short>(length);
         break;
     case ArgumentSize::as_int:
-        *arguments.next_pointer<int>() = static_cast<int>(length);
+        *arguments_.next_pointer<int>() = static_cast<int>(length);
         break;
     case ArgumentSize::as_64:
-        *arguments.next_pointer<int64_t>() = static_cast<int64_t>(length);
+        *arguments_.next_pointer<int64_t>() = static_cast<int64_t>(length);
         break;
     }
 }

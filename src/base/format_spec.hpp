@@ -13,23 +13,23 @@ enum class ArgumentSize : uint8_t { as_int, as_char, as_short, as_64 };
 // The arguments of a format, fetched one after the other.
 class Arguments {
   public:
-    explicit Arguments(va_list source) { va_copy(list, source); }
-    ~Arguments() { va_end(list); }
+    explicit Arguments(va_list source) { va_copy(list_, source); }
+    ~Arguments() { va_end(list_); }
     Arguments(const Arguments &) = delete;
     Arguments &operator=(const Arguments &) = delete;
 
-    int next_int() { return va_arg(list, int); }
-    double next_double() { return va_arg(list, double); }
+    int next_int() { return va_arg(list_, int); }
+    double next_double() { return va_arg(list_, double); }
 
     template <typename T>
     T *next_pointer() {
-        return va_arg(list, T *);
+        return va_arg(list_, T *);
     }
 
     int64_t next_signed(ArgumentSize size) {
         if (size == ArgumentSize::as_64)
-            return va_arg(list, int64_t);
-        const int value = va_arg(list, int);
+            return va_arg(list_, int64_t);
+        const int value = va_arg(list_, int);
         return size == ArgumentSize::as_int    ? value
                : size == ArgumentSize::as_char ? static_cast<signed char>(value)
                                                : static_cast<short>(value);
@@ -37,15 +37,15 @@ class Arguments {
 
     uint64_t next_unsigned(ArgumentSize size) {
         if (size == ArgumentSize::as_64)
-            return va_arg(list, uint64_t);
-        const unsigned value = va_arg(list, unsigned);
+            return va_arg(list_, uint64_t);
+        const unsigned value = va_arg(list_, unsigned);
         return size == ArgumentSize::as_int    ? value
                : size == ArgumentSize::as_char ? static_cast<unsigned char>(value)
                                                : static_cast<unsigned short>(value);
     }
 
   private:
-    va_list list;
+    va_list list_;
 };
 
 // One conversion specification: what stands from a `%` to its conversion character.

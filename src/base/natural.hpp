@@ -33,11 +33,11 @@ class Natural {
     static constexpr int bits = 1152;
 
     constexpr explicit Natural(Uint128 value)
-        : words{static_cast<uint64_t>(value), static_cast<uint64_t>(value >> 64)} {}
+        : words_{static_cast<uint64_t>(value), static_cast<uint64_t>(value >> 64)} {}
 
     constexpr Natural &operator*=(uint64_t factor) {
         Uint128 carry = 0;
-        for (uint64_t &word : words) {
+        for (uint64_t &word : words_) {
             carry += Uint128{word} * factor;
             word = static_cast<uint64_t>(carry);
             carry >>= 64;
@@ -47,9 +47,9 @@ class Natural {
 
     constexpr Natural &operator/=(uint64_t divisor) {
         Uint128 rest = 0;
-        for (size_t i = words.size(); i-- > 0;) {
-            rest = rest << 64 | words[i];
-            words[i] = static_cast<uint64_t>(rest / divisor);
+        for (size_t i = words_.size(); i-- > 0;) {
+            rest = rest << 64 | words_[i];
+            words_[i] = static_cast<uint64_t>(rest / divisor);
             rest %= divisor;
         }
         return *this;
@@ -58,18 +58,18 @@ class Natural {
     constexpr Natural &operator<<=(int count) {
         const auto whole = static_cast<size_t>(count / 64);
         const int part = count % 64;
-        for (size_t i = words.size(); i-- > 0;) {
-            const uint64_t high = i >= whole ? words[i - whole] : 0;
-            const uint64_t low = i > whole ? words[i - whole - 1] : 0;
-            words[i] = part == 0 ? high : high << part | low >> (64 - part);
+        for (size_t i = words_.size(); i-- > 0;) {
+            const uint64_t high = i >= whole ? words_[i - whole] : 0;
+            const uint64_t low = i > whole ? words_[i - whole - 1] : 0;
+            words_[i] = part == 0 ? high : high << part | low >> (64 - part);
         }
         return *this;
     }
 
     constexpr int bit_width() const {
-        for (size_t i = words.size(); i-- > 0;)
-            if (words[i] != 0)
-                return static_cast<int>(64 * i) + static_cast<int>(std::bit_width(words[i]));
+        for (size_t i = words_.size(); i-- > 0;)
+            if (words_[i] != 0)
+                return static_cast<int>(64 * i) + static_cast<int>(std::bit_width(words_[i]));
         return 0;
     }
 
@@ -77,18 +77,18 @@ class Natural {
     constexpr Uint128 leading_bits() const {
         Natural top = *this;
         top <<= bits - bit_width();
-        return Uint128{top.words[top.words.size() - 1]} << 64 | top.words[top.words.size() - 2];
+        return Uint128{top.words_[top.words_.size() - 1]} << 64 | top.words_[top.words_.size() - 2];
     }
 
     constexpr std::strong_ordering operator<=>(const Natural &other) const {
-        for (size_t i = words.size(); i-- > 0;)
-            if (words[i] != other.words[i])
-                return words[i] <=> other.words[i];
+        for (size_t i = words_.size(); i-- > 0;)
+            if (words_[i] != other.words_[i])
+                return words_[i] <=> other.words_[i];
         return std::strong_ordering::equal;
     }
 
   private:
-    std::array<uint64_t, bits / 64> words;
+    std::array<uint64_t, bits / 64> words_;
 };
 
 } // namespace kestu

@@ -24,16 +24,16 @@ void strip_zeros(uint64_t &fraction, int &places) {
 } // namespace
 
 void NumberText::put_digits(uint64_t value, size_t count) {
-    begin -= count;
-    write_decimal(begin, value, count);
+    begin_ -= count;
+    write_decimal(begin_, value, count);
 }
 
 void NumberText::put_grouped(uint64_t value, unsigned base, bool upper_case, int written) {
     const char *digits = digits_of(upper_case);
     do {
         if (written > 0 && written % 3 == 0)
-            *--begin = ',';
-        *--begin = digits[value % base];
+            *--begin_ = ',';
+        *--begin_ = digits[value % base];
         ++written;
     } while (value /= base);
 }
@@ -41,7 +41,7 @@ void NumberText::put_grouped(uint64_t value, unsigned base, bool upper_case, int
 void NumberText::put_fixed(Fixed number, int places, const FloatStyle &style) {
     put_digits(number.fraction, static_cast<size_t>(places));
     if (places > 0 || style.alternate)
-        *--begin = '.';
+        *--begin_ = '.';
 
     const bool too_long = number.integer >> 64; // by the last of its 20 digits
     auto integer = static_cast<uint64_t>(number.integer);
@@ -59,8 +59,8 @@ void NumberText::put_fixed(Fixed number, int places, const FloatStyle &style) {
 void NumberText::put_exponent(int exponent, bool upper_case) {
     const auto magnitude = static_cast<uint64_t>(std::abs(exponent));
     put_digits(magnitude, magnitude < 100 ? 2 : 3);
-    *--begin = exponent < 0 ? '-' : '+';
-    *--begin = upper_case ? 'E' : 'e';
+    *--begin_ = exponent < 0 ? '-' : '+';
+    *--begin_ = upper_case ? 'E' : 'e';
 }
 
 void NumberText::put_scientific(Binary value, const FloatStyle &style, int places) {

@@ -22,7 +22,7 @@ struct FloatStyle {
 class NumberText {
   public:
     std::string_view view() const {
-        return {begin, static_cast<size_t>(buffer + sizeof buffer - begin)};
+        return {begin_, static_cast<size_t>(buffer_ + sizeof buffer_ - begin_)};
     }
 
     // Prints `value` with "," between groups of three digits, of which `written` stand already.
@@ -39,8 +39,8 @@ class NumberText {
     void put_digits(uint64_t value, size_t count);
 
     // The longest texts are 20 grouped digits with 19 places, and 22 grouped octal digits.
-    char buffer[64];
-    char *begin = buffer + sizeof buffer;
+    char buffer_[64];
+    char *begin_ = buffer_ + sizeof buffer_;
 };
 
 } // namespace kestu

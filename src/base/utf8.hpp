@@ -30,13 +30,13 @@ class Utf8Char {
         }
     }
 
-    std::string_view view() const { return {bytes, size}; }
+    std::string_view view() const { return {bytes_, size_}; }
 
   private:
-    void put(char32_t byte) { bytes[size++] = static_cast<char>(byte); }
+    void put(char32_t byte) { bytes_[size_++] = static_cast<char>(byte); }
 
-    char bytes[4];
-    size_t size = 0;
+    char bytes_[4];
+    size_t size_ = 0;
 };
 
 } // namespace kestu

@@ -16,48 +16,48 @@ namespace {
 class Token {
   public:
     Token() = default;
-    ~Token() { kestu_mem_free(text); }
+    ~Token() { kestu_mem_free(text_); }
     Token(const Token &) = delete;
     Token &operator=(const Token &) = delete;
 
-    std::string_view view() const { return {text ? text : "", length}; }
-    void clear() { length = 0; }
+    std::string_view view() const { return {text_ ? text_ : "", length_}; }
+    void clear() { length_ = 0; }
 
     kestu_error_t *add(std::string_view more) {
         if (more.empty())
             return nullptr;
-        if (kestu_error_t *err = reserve(length + more.size()))
+        if (kestu_error_t *err = reserve(length_ + more.size()))
             return err;
-        std::memcpy(text + length, more.data(), more.size());
-        length += more.size();
+        std::memcpy(text_ + length_, more.data(), more.size());
+        length_ += more.size();
         return nullptr;
     }
 
   private:
     kestu_error_t *reserve(size_t wanted) {
-        if (wanted <= capacity)
+        if (wanted <= capacity_)
             return nullptr;
-        const size_t larger = std::max(wanted, 2 * capacity);
-        char *moved = text;
+        const size_t larger = std::max(wanted, 2 * capacity_);
+        char *moved = text_;
         if (kestu_error_t *err = kestu_mem_realloc(larger, &moved))
             return err;
-        text = moved;
-        capacity = larger;
+        text_ = moved;
+        capacity_ = larger;
         return nullptr;
     }
 
-    char *text = nullptr;
-    size_t length = 0;
-    size_t capacity = 0;
+    char *text_ = nullptr;
+    size_t length_ = 0;
+    size_t capacity_ = 0;
 };
 
 // Splits strings that follow each other into tokens.
 class Tokenizer {
   public:
     Tokenizer(const char *separators, kestu_strlist_t *tokens, apr_pool_t *pool)
-        : found(tokens, pool) {
+        : found_(tokens, pool) {
         for (; *separators; ++separators)
-            separates[static_cast<unsigned char>(*separators)] = true;
+            separates_[static_cast<unsigned char>(*separators)] = true;
     }
 
     [[nodiscard]] kestu_error_t *read(std::string_view text);
@@ -68,37 +68,37 @@ class Tokenizer {
 
     // The length of what belongs to the present state at the beginning of `text`.
     size_t run_length(std::string_view text) const {
-        if (state == State::quoted)
+        if (state_ == State::quoted)
             return std::min(text.find('"'), text.size());
-        const bool wanted = state == State::between;
+        const bool wanted = state_ == State::between;
         const auto *end = std::find_if(text.begin(), text.end(), [&](char c) {
-            return separates[static_cast<unsigned char>(c)] != wanted;
+            return separates_[static_cast<unsigned char>(c)] != wanted;
         });
         return static_cast<size_t>(end - text.begin());
     }
 
-    std::array<bool, 256> separates{};
-    State state = State::between;
-    Token token;
-    Appender found;
+    std::array<bool, 256> separates_{};
+    State state_ = State::between;
+    Token token_;
+    Appender found_;
 };
 
 kestu_error_t *Tokenizer::read(std::string_view text) {
     while (!text.empty()) {
         const size_t run = run_length(text);
-        if (state != State::between)
-            if (kestu_error_t *err = token.add({text.data(), run}))
+        if (state_ != State::between)
+            if (kestu_error_t *err = token_.add({text.data(), run}))
                 return err;
         text.remove_prefix(run);
         if (text.empty())
             break;
-        if (state == State::between) {
-            state = text.front() == '"' ? State::quoted : State::in_token;
-            text.remove_prefix(state == State::quoted ? 1 : 0);
+        if (state_ == State::between) {
+            state_ = text.front() == '"' ? State::quoted : State::in_token;
+            text.remove_prefix(state_ == State::quoted ? 1 : 0);
         } else {
             if (kestu_error_t *err = end_token())
                 return err;
-            state = State::between;
+            state_ = State::between;
             text.remove_prefix(1);
         }
     }
@@ -106,8 +106,8 @@ kestu_error_t *Tokenizer::read(std::string_view text) {
 }
 
 kestu_error_t *Tokenizer::end_token() {
-    kestu_error_t *err = token.view().empty() ? nullptr : found.append(token.view());
-    token.clear();
+    kestu_error_t *err = token_.view().empty() ? nullptr : found_.append(token_.view());
+    token_.clear();
     return err;
 }
 

@@ -26,22 +26,22 @@ constexpr size_t max_text = 65;
 class Divisor {
   public:
     constexpr Divisor() = default;
-    explicit constexpr Divisor(unsigned d) : divisor(d), shift(std::bit_width(d - 1) - 1) {
-        multiplier = static_cast<uint64_t>((Wide{1} << (64 + shift)) / d + ((d & (d - 1)) != 0));
+    explicit constexpr Divisor(unsigned d) : divisor_(d), shift_(std::bit_width(d - 1) - 1) {
+        multiplier_ = static_cast<uint64_t>((Wide{1} << (64 + shift_)) / d + ((d & (d - 1)) != 0));
     }
 
     uint64_t quotient(uint64_t n) const {
-        return static_cast<uint64_t>(Wide{n} * multiplier >> 64) >> shift;
+        return static_cast<uint64_t>(Wide{n} * multiplier_ >> 64) >> shift_;
     }
     unsigned remainder(uint64_t n, uint64_t quotient_of_n) const {
-        return static_cast<unsigned>(n - quotient_of_n * divisor);
+        return static_cast<unsigned>(n - quotient_of_n * divisor_);
     }
 
   private:
     __extension__ using Wide = unsigned __int128;
-    uint64_t multiplier = 0;
-    unsigned divisor = 0;
-    int shift = 0;
+    uint64_t multiplier_ = 0;
+    unsigned divisor_ = 0;
+    int shift_ = 0;
 };
 
 // By a base and by its square, for two digits at a time.

@@ -24,25 +24,25 @@ bool has_class(unsigned char byte, uint32_t classes) {
 class Output {
   public:
     Output(char *out, size_t capacity)
-        : sink(out, out ? capacity : 0), limit(!out           ? SIZE_MAX
-                                               : capacity > 0 ? capacity - 1
-                                                              : 0) {}
+        : sink_(out, out ? capacity : 0), limit_(!out           ? SIZE_MAX
+                                                 : capacity > 0 ? capacity - 1
+                                                                : 0) {}
 
     // How much still fits in front of the terminator.
-    size_t room() const { return limit > sink.length() ? limit - sink.length() : 0; }
+    size_t room() const { return limit_ > sink_.length() ? limit_ - sink_.length() : 0; }
 
-    void put(unsigned char byte) { sink.put(static_cast<char>(byte)); }
-    void put(std::string_view bytes) { sink.put(bytes); }
+    void put(unsigned char byte) { sink_.put(static_cast<char>(byte)); }
+    void put(std::string_view bytes) { sink_.put(bytes); }
 
     // Terminates what is there. Returns the size of the whole, stored or not.
     size_t finish() {
-        sink.terminate();
-        return sink.length() + 1;
+        sink_.terminate();
+        return sink_.length() + 1;
     }
 
   private:
-    Sink sink;
-    size_t limit;
+    Sink sink_;
+    size_t limit_;
 };
 
 void put_character(Output &output, uint32_t value, bool wide) {

@@ -9,11 +9,11 @@ namespace kestu::test {
 // A pool that lives as long as the object.
 class Pool {
   public:
-    Pool() { apr_pool_create_ex(&pool, kestu_pool, nullptr, nullptr); }
-    ~Pool() { apr_pool_destroy(pool); }
+    Pool() { apr_pool_create_ex(&pool_, kestu_pool, nullptr, nullptr); }
+    ~Pool() { apr_pool_destroy(pool_); }
     Pool(const Pool &) = delete;
     Pool &operator=(const Pool &) = delete;
-    operator apr_pool_t *() const { return pool; }
+    operator apr_pool_t *() const { return pool_; }
 
     // What `attempt` returns when its first request to this pool, or for a new one, is refused.
     template <typename Attempt>
@@ -27,11 +27,11 @@ class Pool {
     // Takes what room is left, so that the next request of any size goes to the system.
     void use_up() {
         AllocFailure failure(1, all_after | pools_too);
-        while (apr_palloc(pool, 8)) {
+        while (apr_palloc(pool_, 8)) {
         }
     }
 
-    apr_pool_t *pool = nullptr;
+    apr_pool_t *pool_ = nullptr;
 };
 
 } // namespace kestu::test

@@ -26,22 +26,22 @@ class EdgeText {
   public:
     explicit EdgeText(const std::string &text, size_t behind = 0) {
         constexpr size_t page = 4096;
-        size = (text.size() + behind + page) / page * page + page;
-        memory = static_cast<char *>(
-            mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
-        mprotect(memory + size - page, page, PROT_NONE);
-        start = memory + size - page - behind - text.size() - 1;
-        memcpy(start, text.c_str(), text.size() + 1);
+        size_ = (text.size() + behind + page) / page * page + page;
+        memory_ = static_cast<char *>(
+            mmap(nullptr, size_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+        mprotect(memory_ + size_ - page, page, PROT_NONE);
+        start_ = memory_ + size_ - page - behind - text.size() - 1;
+        memcpy(start_, text.c_str(), text.size() + 1);
     }
-    ~EdgeText() { munmap(memory, size); }
+    ~EdgeText() { munmap(memory_, size_); }
     EdgeText(const EdgeText &) = delete;
     EdgeText &operator=(const EdgeText &) = delete;
-    operator const char *() const { return start; }
+    operator const char *() const { return start_; }
 
   private:
-    char *memory;
-    char *start;
-    size_t size;
+    char *memory_;
+    char *start_;
+    size_t size_;
 };
 
 std::string cut_message(const char *s, const char *word, const char *reason = "") {

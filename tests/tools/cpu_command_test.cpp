@@ -42,21 +42,21 @@ size_t columns_of(const std::string &line) {
 class BoundToOne {
   public:
     BoundToOne() {
-        sched_getaffinity(0, sizeof saved, &saved);
+        sched_getaffinity(0, sizeof saved_, &saved_);
         cpu_set_t one;
         CPU_ZERO(&one);
         int first = 0;
-        while (!CPU_ISSET(first, &saved))
+        while (!CPU_ISSET(first, &saved_))
             ++first;
         CPU_SET(first, &one);
         sched_setaffinity(0, sizeof one, &one);
     }
-    ~BoundToOne() { sched_setaffinity(0, sizeof saved, &saved); }
+    ~BoundToOne() { sched_setaffinity(0, sizeof saved_, &saved_); }
     BoundToOne(const BoundToOne &) = delete;
     BoundToOne &operator=(const BoundToOne &) = delete;
 
   private:
-    cpu_set_t saved;
+    cpu_set_t saved_;
 };
 
 } // namespace

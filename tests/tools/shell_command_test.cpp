@@ -216,11 +216,11 @@ class Job {
 
     bool is_restored() const {
         const termios now = current_settings();
-        return now.c_lflag == before.c_lflag && now.c_iflag == before.c_iflag &&
-               now.c_cflag == before.c_cflag && now.c_cc[VINTR] == before.c_cc[VINTR];
+        return now.c_lflag == before_.c_lflag && now.c_iflag == before_.c_iflag &&
+               now.c_cflag == before_.c_cflag && now.c_cc[VINTR] == before_.c_cc[VINTR];
     }
 
-    const termios before = current_settings();
+    const termios before_ = current_settings();
 };
 
 } // namespace

@@ -24,13 +24,13 @@ class Outcome {
     void fail(const std::string &message);
 
     // A failure that somebody else has told about.
-    void fail() { exit_status = exit_failure; }
-    void fail_with(int status) { exit_status = status; }
+    void fail() { exit_status_ = exit_failure; }
+    void fail_with(int status) { exit_status_ = status; }
 
-    int status() const { return exit_status; }
+    int status() const { return exit_status_; }
 
   private:
-    int exit_status = exit_ok;
+    int exit_status_ = exit_ok;
 };
 
 // Runs the command that the arguments (without the program's name) name and returns the exit

@@ -67,12 +67,12 @@ void read_line(std::string_view line, RecordedMachine &machine) {
 } // namespace
 
 void LeafTable::set(uint32_t leaf, uint32_t subleaf, const Registers &answer) {
-    answers[{leaf, subleaf}] = answer;
+    answers_[{leaf, subleaf}] = answer;
 }
 
 Registers LeafTable::get(uint32_t leaf, uint32_t subleaf) const {
-    const auto found = answers.find({leaf, subleaf});
-    return found == answers.end() ? Registers() : found->second;
+    const auto found = answers_.find({leaf, subleaf});
+    return found == answers_.end() ? Registers() : found->second;
 }
 
 RecordedMachine read_leaf_tables(std::istream &in) {

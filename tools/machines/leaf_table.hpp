@@ -22,7 +22,7 @@ class LeafTable {
     Registers get(uint32_t leaf, uint32_t subleaf) const; // zeros for what is not recorded
 
   private:
-    std::map<std::pair<uint32_t, uint32_t>, Registers> answers;
+    std::map<std::pair<uint32_t, uint32_t>, Registers> answers_;
 };
 
 // One table a logical processor.

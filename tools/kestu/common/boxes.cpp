@@ -33,37 +33,38 @@ void stack(Block &page, const Block &row) {
 } // namespace
 
 Boxes::Boxes(bool unicode)
-    : horizontal(unicode ? "─" : "-"), vertical(unicode ? "│" : "|"), corners{"+", "+", "+", "+"} {
+    : horizontal_(unicode ? "─" : "-"),
+      vertical_(unicode ? "│" : "|"), corners_{"+", "+", "+", "+"} {
     constexpr const char *drawn[] = {"┌", "┐", "└", "┘"};
     if (unicode)
-        std::copy(std::begin(drawn), std::end(drawn), corners);
+        std::copy(std::begin(drawn), std::end(drawn), corners_);
 }
 
 std::string Boxes::edge(const char *left, size_t width, const char *right) const {
     std::string line = left;
     for (size_t i = 0; i < width; ++i)
-        line += horizontal;
+        line += horizontal_;
     return line + right;
 }
 
 std::string Boxes::inner(const std::string &line, size_t columns, size_t width) const {
-    std::string framed = vertical;
+    std::string framed = vertical_;
     framed += ' ';
     framed += padded(line, columns, width);
     framed += ' ';
-    return framed += vertical;
+    return framed += vertical_;
 }
 
 Block Boxes::framed(const std::vector<std::string> &headings, const Block &content) const {
     size_t width = content.width;
     for (const std::string &heading : headings)
         width = std::max(width, heading.size());
-    Block box = {.width = width + 4, .lines = {edge(corners[0], width + 2, corners[1])}};
+    Block box = {.width = width + 4, .lines = {edge(corners_[0], width + 2, corners_[1])}};
     for (const std::string &heading : headings)
         box.lines.push_back(inner(heading, heading.size(), width));
     for (const std::string &line : content.lines)
         box.lines.push_back(inner(line, content.width, width));
-    box.lines.push_back(edge(corners[2], width + 2, corners[3]));
+    box.lines.push_back(edge(corners_[2], width + 2, corners_[3]));
     return box;
 }
 

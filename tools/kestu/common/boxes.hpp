@@ -28,9 +28,9 @@ class Boxes {
     // A line of `columns` between the sides of a box for lines of `width`.
     std::string inner(const std::string &line, size_t columns, size_t width) const;
 
-    const char *horizontal;
-    const char *vertical;
-    const char *corners[4];
+    const char *horizontal_;
+    const char *vertical_;
+    const char *corners_[4];
 };
 
 std::string to_text(const Block &block);

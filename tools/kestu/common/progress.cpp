@@ -46,21 +46,21 @@ std::string shortened(const std::string &title, size_t columns) {
 } // namespace
 
 Progress::Progress(const std::string &what, unsigned long long steps, const char *unit_of_steps)
-    : title(printable(what.c_str())), total(steps), unit(unit_of_steps) {
+    : title_(printable(what.c_str())), total_(steps), unit_(unit_of_steps) {
     if (isatty(STDERR_FILENO))
-        drawer = std::jthread([this](const std::stop_token &stop) { draw_until_stopped(stop); });
+        drawer_ = std::jthread([this](const std::stop_token &stop) { draw_until_stopped(stop); });
 }
 
 Progress::~Progress() {
-    if (!drawer.joinable())
+    if (!drawer_.joinable())
         return;
-    drawer.request_stop();
-    drawer.join();
+    drawer_.request_stop();
+    drawer_.join();
     erase();
 }
 
 void Progress::aside(const std::function<void()> &say) {
-    const std::lock_guard lock(terminal);
+    const std::lock_guard lock(terminal_);
     erase();
     say();
     std::fflush(stdout);
@@ -73,28 +73,28 @@ bool Progress::ok(kestu_error_t *err, const std::string &subject, Outcome &outco
 }
 
 void Progress::draw_until_stopped(const std::stop_token &stop) {
-    std::unique_lock lock(terminal);
+    std::unique_lock lock(terminal_);
     const auto never = [] { return false; };
-    wake.wait_for(lock, stop, patience, never);
+    wake_.wait_for(lock, stop, patience, never);
     while (!stop.stop_requested()) {
         draw();
-        wake.wait_for(lock, stop, pause_between_drawings, never);
+        wake_.wait_for(lock, stop, pause_between_drawings, never);
     }
 }
 
 void Progress::draw() {
-    const std::string state = total > 0 ? bar(done, total) : counted(done, unit);
+    const std::string state = total_ > 0 ? bar(done_, total_) : counted(done_, unit_);
     const int room = columns_of_terminal() - static_cast<int>(state.size()) - 2;
-    const std::string name = shortened(title, static_cast<size_t>(std::max(room, 0)));
+    const std::string name = shortened(title_, static_cast<size_t>(std::max(room, 0)));
     std::fprintf(stderr, "\r%s %s", name.c_str(), state.c_str());
-    shown = true;
+    shown_ = true;
 }
 
 void Progress::erase() {
     const auto columns = static_cast<size_t>(columns_of_terminal() - 1);
-    if (shown)
+    if (shown_)
         std::fprintf(stderr, "\r%s\r", std::string(columns, ' ').c_str());
-    shown = false;
+    shown_ = false;
 }
 
 } // namespace program

@@ -23,7 +23,7 @@ class Progress {
     Progress(const Progress &) = delete;
     Progress &operator=(const Progress &) = delete;
 
-    void advance(unsigned long long steps = 1) { done += steps; }
+    void advance(unsigned long long steps = 1) { done_ += steps; }
 
     // Says something on the same terminal, with the bar out of the way.
     void aside(const std::function<void()> &say);
@@ -36,14 +36,14 @@ class Progress {
     void draw();
     void erase();
 
-    const std::string title;
-    const unsigned long long total;
-    const char *const unit;
-    std::atomic<unsigned long long> done = 0;
-    bool shown = false; // the bar, which `terminal` guards
-    std::mutex terminal;
-    std::condition_variable_any wake;
-    std::jthread drawer; // waits beside the work, which may be one long call
+    const std::string title_;
+    const unsigned long long total_;
+    const char *const unit_;
+    std::atomic<unsigned long long> done_ = 0;
+    bool shown_ = false; // the bar, which `terminal` guards
+    std::mutex terminal_;
+    std::condition_variable_any wake_;
+    std::jthread drawer_; // waits beside the work, which may be one long call
 };
 
 } // namespace program

@@ -52,16 +52,16 @@ bool is_one_core(const Processors &all) {
 
 class Drawing {
   public:
-    Drawing(const kestu_cpu_t &record, const Look &look) : cpu(record), boxes(look.unicode) {}
+    Drawing(const kestu_cpu_t &record, const Look &look) : cpu_(record), boxes_(look.unicode) {}
 
     Block draw_all(const Processors &all, size_t width) const {
         std::vector<Block> packages;
         const auto package = [](const kestu_cpu_processor_t &p) { return p.package; };
         for (const Processors &group : group_by(all, package)) {
             const std::string title = text("Package %u", group[0]->package);
-            packages.push_back(boxes.framed({title}, draw(group, top_level, 0, inside(width))));
+            packages.push_back(boxes_.framed({title}, draw(group, top_level, 0, inside(width))));
         }
-        return boxes.beside(packages, width);
+        return boxes_.beside(packages, width);
     }
 
   private:
@@ -77,8 +77,8 @@ class Drawing {
     // The kinds of a level, or of all levels up to it, of which the processors share one cache.
     Kinds shared_kinds(const Processors &all, uint32_t lowest, uint32_t highest) const {
         Kinds kinds = 0;
-        for (uint32_t kind = 0; kind < cpu.cache_count; ++kind) {
-            const uint32_t level = cpu.caches[kind].level;
+        for (uint32_t kind = 0; kind < cpu_.cache_count; ++kind) {
+            const uint32_t level = cpu_.caches[kind].level;
             if (level >= lowest && level <= highest && shares(all, kind))
                 kinds |= 1u << kind;
         }
@@ -87,39 +87,39 @@ class Drawing {
 
     std::vector<std::string> names(Kinds kinds) const {
         std::vector<std::string> lines;
-        for (uint32_t kind = cpu.cache_count; kind-- > 0;)
+        for (uint32_t kind = cpu_.cache_count; kind-- > 0;)
             if (kinds >> kind & 1)
-                lines.push_back(std::string(cpu.caches[kind].label) + " " +
-                                cache_size(cpu.caches[kind]));
+                lines.push_back(std::string(cpu_.caches[kind].label) + " " +
+                                cache_size(cpu_.caches[kind]));
         return lines;
     }
 
     Block draw_core(const Processors &core, Kinds drawn) const {
         std::vector<std::string> lines;
-        if (cpu.core_count <= max_detailed_cores)
+        if (cpu_.core_count <= max_detailed_cores)
             lines = names(shared_kinds(core, 0, top_level) & ~drawn);
         std::string threads;
         for (const kestu_cpu_processor_t *p : core)
             threads += text(threads.empty() ? "%u" : " %u", p->index);
         lines.push_back(threads);
-        return boxes.framed(lines, {});
+        return boxes_.framed(lines, {});
     }
 
     // The cache of a level and type that the processor has: its kind and its identifier.
     std::pair<uint32_t, uint32_t> cache_of(const kestu_cpu_processor_t &p, uint32_t level,
                                            uint32_t type) const {
-        for (uint32_t kind = 0; kind < cpu.cache_count; ++kind)
-            if (cpu.caches[kind].level == level && cpu.caches[kind].type == type &&
+        for (uint32_t kind = 0; kind < cpu_.cache_count; ++kind)
+            if (cpu_.caches[kind].level == level && cpu_.caches[kind].type == type &&
                 p.cache[kind] != KESTU_CPU_NO_CACHE)
                 return {kind, p.cache[kind]};
-        return {cpu.cache_count, KESTU_CPU_NO_CACHE};
+        return {cpu_.cache_count, KESTU_CPU_NO_CACHE};
     }
 
     // Processors in groups that share caches of the level; the type that is shared most widely
     // decides. One group when there are no caches of the level.
     std::vector<Processors> split(const Processors &all, uint32_t level) const {
         std::vector<Processors> widest;
-        for (const kestu_cpu_cache_t &cache : std::span(cpu.caches, cpu.cache_count)) {
+        for (const kestu_cpu_cache_t &cache : std::span(cpu_.caches, cpu_.cache_count)) {
             if (cache.level != level)
                 continue;
             auto groups = group_by(all, [&](const kestu_cpu_processor_t &p) {
@@ -138,7 +138,7 @@ class Drawing {
         if (level == 0) {
             for (const Processors &core : cores_of(all))
                 blocks.push_back(draw_core(core, drawn));
-            return boxes.beside(blocks, width);
+            return boxes_.beside(blocks, width);
         }
         for (const Processors &group : split(all, level)) {
             const Kinds shared = shared_kinds(group, level, level) & ~drawn;
@@ -147,14 +147,14 @@ class Drawing {
             else if (shared == 0)
                 blocks.push_back(draw(group, level - 1, drawn, width));
             else
-                blocks.push_back(boxes.framed(
+                blocks.push_back(boxes_.framed(
                     names(shared), draw(group, level - 1, drawn | shared, inside(width))));
         }
-        return boxes.beside(blocks, width);
+        return boxes_.beside(blocks, width);
     }
 
-    const kestu_cpu_t &cpu;
-    Boxes boxes;
+    const kestu_cpu_t &cpu_;
+    Boxes boxes_;
 };
 
 } // namespace

@@ -42,26 +42,26 @@ bool add_stream(Sum &sum, int fd, Progress &progress) {
 } // namespace
 
 void Sum::add(const unsigned char *data, size_t size) {
-    switch (kind) {
+    switch (kind_) {
     case SumKind::sha1:
-        kestu_sha1_update(data, static_cast<uint32_t>(size), &sha1);
+        kestu_sha1_update(data, static_cast<uint32_t>(size), &sha1_);
         break;
     case SumKind::crc32:
-        crc = kestu_util_crc32(crc, data, size);
+        crc_ = kestu_util_crc32(crc_, data, size);
         break;
     case SumKind::crc16:
-        crc = kestu_util_crc16(crc, data, size);
+        crc_ = kestu_util_crc16(crc_, data, size);
         break;
     }
 }
 
 std::string Sum::digits() {
-    if (kind == SumKind::crc32)
-        return text("%08x", crc);
-    if (kind == SumKind::crc16)
-        return text("%04x", crc);
+    if (kind_ == SumKind::crc32)
+        return text("%08x", crc_);
+    if (kind_ == SumKind::crc16)
+        return text("%04x", crc_);
     unsigned char digest[KESTU_SHA1_SIZE];
-    kestu_sha1_final(digest, &sha1);
+    kestu_sha1_final(digest, &sha1_);
     std::string result;
     for (const unsigned char byte : digest)
         result += text("%02x", byte);

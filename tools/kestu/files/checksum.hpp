@@ -29,7 +29,7 @@ inline constexpr SumName sum_names[] = {
 // A sum under way.
 class Sum {
   public:
-    explicit Sum(SumKind wanted) : kind(wanted) { kestu_sha1_init(&sha1); }
+    explicit Sum(SumKind wanted) : kind_(wanted) { kestu_sha1_init(&sha1_); }
 
     void add(const unsigned char *data, size_t size);
 
@@ -37,9 +37,9 @@ class Sum {
     std::string digits();
 
   private:
-    SumKind kind;
-    kestu_sha1_t sha1{};
-    uint32_t crc = 0;
+    SumKind kind_;
+    kestu_sha1_t sha1_{};
+    uint32_t crc_ = 0;
 };
 
 // The sum of the file at `path`, or of standard input for "-". Nothing when it cannot be read;

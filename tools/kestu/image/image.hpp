@@ -35,19 +35,19 @@ kestu_error_t *make_black(kestu_img_t &image, int width, int height, int bits);
 class Histogram {
   public:
     Histogram() = default;
-    ~Histogram() { kestu_mem_free(counts); }
+    ~Histogram() { kestu_mem_free(counts_); }
     Histogram(const Histogram &) = delete;
     Histogram &operator=(const Histogram &) = delete;
 
     kestu_error_t *measure(kestu_img_t &image) {
-        return kestu_img_histogram(&image, &bins, &counts);
+        return kestu_img_histogram(&image, &bins_, &counts_);
     }
-    std::span<const uint64_t> levels() const { return {counts, static_cast<size_t>(bins)}; }
-    double threshold() const { return kestu_img_thres_IJ(bins, counts); }
+    std::span<const uint64_t> levels() const { return {counts_, static_cast<size_t>(bins_)}; }
+    double threshold() const { return kestu_img_thres_IJ(bins_, counts_); }
 
   private:
-    int bins = 0;
-    uint64_t *counts = nullptr;
+    int bins_ = 0;
+    uint64_t *counts_ = nullptr;
 };
 
 // The description of an image, a line for each field, with entropy and threshold where they can be

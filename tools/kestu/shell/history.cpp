@@ -108,13 +108,13 @@ History::History() {
         give_up("neither XDG_STATE_HOME nor HOME names a folder");
         return;
     }
-    folder = state + "/kestu";
-    path = folder + "/history";
+    folder_ = state + "/kestu";
+    path_ = folder_ + "/history";
 }
 
 std::vector<std::string> History::load() {
     File file;
-    if (folder.empty() || !open_file(O_RDONLY, file.number))
+    if (folder_.empty() || !open_file(O_RDONLY, file.number))
         return {};
     struct stat status = {};
     fstat(file.number, &status);
@@ -129,9 +129,9 @@ std::vector<std::string> History::load() {
 }
 
 void History::add(const std::string &line) {
-    if (folder.empty() || !can_be_kept(line))
+    if (folder_.empty() || !can_be_kept(line))
         return;
-    make_folder(folder);
+    make_folder(folder_);
     File file;
     if (open_file(O_WRONLY | O_APPEND | O_CREAT, file.number) &&
         !write_all(file.number, line + '\n'))
@@ -139,15 +139,15 @@ void History::add(const std::string &line) {
 }
 
 void History::give_up(const std::string &why) {
-    const std::string name = path.empty() ? "" : printable(path.c_str()) + ": ";
+    const std::string name = path_.empty() ? "" : printable(path_.c_str()) + ": ";
     std::fprintf(stderr, "kestu: %s%s; the history is not kept\n", name.c_str(), why.c_str());
-    folder.clear();
+    folder_.clear();
 }
 
 // True with an ordinary file. A file that is not there to be read is no failure; opening what is
 // no file never waits for it.
 bool History::open_file(int flags, int &file) {
-    file = open(path.c_str(), flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0600);
+    file = open(path_.c_str(), flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0600);
     if (file < 0) {
         if (errno != ENOENT || (flags & O_CREAT))
             give_up(reason());
@@ -161,7 +161,7 @@ bool History::open_file(int flags, int &file) {
 }
 
 void History::rewrite(const std::string &content) {
-    if (kestu_error_t *err = write_new_file(path, content)) {
+    if (kestu_error_t *err = write_new_file(path_, content)) {
         give_up(err->message ? err->message : "cannot be written");
         kestu_error_clear(err);
     }

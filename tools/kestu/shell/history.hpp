@@ -24,8 +24,8 @@ class History {
     bool open_file(int flags, int &file);
     void rewrite(const std::string &content);
 
-    std::string folder; // empty when nothing is kept
-    std::string path;
+    std::string folder_; // empty when nothing is kept
+    std::string path_;
 };
 
 } // namespace program

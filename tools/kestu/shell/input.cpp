@@ -55,76 +55,76 @@ void show_whole(const kestu_ri_t &editor) {
 
 } // namespace
 
-Typed::Typed() : terminal(copy_of_standard_input()) {
-    if (kestu_error_t *err = kestu_ri_readline_init(&editor, prompt, 1, kestu_pool)) {
+Typed::Typed() : terminal_(copy_of_standard_input()) {
+    if (kestu_error_t *err = kestu_ri_readline_init(&editor_, prompt, 1, kestu_pool)) {
         kestu_error_clear(err);
         throw std::bad_alloc();
     }
-    for (const std::string &line : history.load())
+    for (const std::string &line : history_.load())
         remember(line);
 }
 
 Typed::~Typed() {
-    kestu_ri_readline_terminate(editor);
-    close(terminal);
+    kestu_ri_readline_terminate(editor_);
+    close(terminal_);
 }
 
 Read Typed::read(std::string &line, bool goes_on) {
     // An interrupted line leaves its prompt behind.
-    if (interrupted)
+    if (interrupted_)
         std::putchar('\r');
     else
         begin_row();
-    editor->prompt = goes_on ? prompt_to_go_on : prompt;
+    editor_->prompt = goes_on ? prompt_to_go_on : prompt;
     char *text = nullptr;
     bool at_end = false;
     if (kestu_error_t *err = edit(&text, at_end))
         return stop(err, at_end);
-    show_whole(*editor);
+    show_whole(*editor_);
     line = text;
-    interrupted = line.empty();
-    if (interrupted)
+    interrupted_ = line.empty();
+    if (interrupted_)
         return Read::interrupted;
     line.pop_back();
-    if (line != last && line.find_first_not_of(" \t") != line.npos) {
+    if (line != last_ && line.find_first_not_of(" \t") != line.npos) {
         remember(line);
-        history.add(line);
+        history_.add(line);
     }
     return Read::line;
 }
 
 kestu_error_t *Typed::edit(char **line, bool &at_end) {
-    const Keyboard keyboard(terminal);
-    const RawTerminal raw(terminal, keyboard.entrance());
-    kestu_error_t *err = kestu_ri_readline(line, editor);
+    const Keyboard keyboard(terminal_);
+    const RawTerminal raw(terminal_, keyboard.entrance());
+    kestu_error_t *err = kestu_ri_readline(line, editor_);
     at_end = keyboard.at_end();
     return err;
 }
 
 // A line that finds no room in the history is only not there to be recalled.
 void Typed::remember(const std::string &line) {
-    kestu_error_clear(kestu_ri_readline_addhist(line.c_str(), editor));
-    last = line;
+    kestu_error_clear(kestu_ri_readline_addhist(line.c_str(), editor_));
+    last_ = line;
 }
 
-Script::Script() : file(fdopen(copy_of_standard_input(), "r")) {}
+Script::Script() : file_(fdopen(copy_of_standard_input(), "r")) {}
 
 Script::~Script() {
-    std::free(buffer);
-    if (file)
-        std::fclose(file);
+    std::free(buffer_);
+    if (file_)
+        std::fclose(file_);
 }
 
 Read Script::read(std::string &line) {
     errno = 0;
-    const ssize_t length = file ? getline(&buffer, &size, file) : -1;
+    const ssize_t length = file_ ? getline(&buffer_, &size_, file_) : -1;
     if (length < 0 && errno == 0)
         return Read::end;
     if (length < 0) {
         Outcome().fail(std::string("standard input cannot be read: ") + std::strerror(errno));
         return Read::failed;
     }
-    line.assign(buffer, static_cast<size_t>(length));
+    line.assign(buffer_, static_cast<size_t>(length));
     for (const char end : {'\n', '\r'})
         if (line.ends_with(end))
             line.pop_back();

@@ -32,11 +32,11 @@ class Typed {
     kestu_error_t *edit(char **line, bool &at_end);
     void remember(const std::string &line);
 
-    int terminal;
-    kestu_ri_t *editor = nullptr;
-    History history;
-    std::string last;
-    bool interrupted = false;
+    int terminal_;
+    kestu_ri_t *editor_ = nullptr;
+    History history_;
+    std::string last_;
+    bool interrupted_ = false;
 };
 
 // A file or a pipe, line by line. What commands read from standard input is not taken from it.
@@ -50,9 +50,9 @@ class Script {
     Read read(std::string &line);
 
   private:
-    FILE *file;
-    char *buffer = nullptr;
-    size_t size = 0;
+    FILE *file_;
+    char *buffer_ = nullptr;
+    size_t size_ = 0;
 };
 
 } // namespace program

@@ -33,33 +33,33 @@ std::thread start_without_signals(auto body) {
 } // namespace
 
 // Packets keep one key apart from the next.
-Keyboard::Keyboard(int file) : terminal(file) {
+Keyboard::Keyboard(int file) : terminal_(file) {
     int ends[2];
-    stopper = checked(eventfd(0, EFD_CLOEXEC), "eventfd");
+    stopper_ = checked(eventfd(0, EFD_CLOEXEC), "eventfd");
     checked(socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends), "socketpair");
-    sender = ends[0];
-    fcntl(sender, F_SETFL, O_NONBLOCK);
+    sender_ = ends[0];
+    fcntl(sender_, F_SETFL, O_NONBLOCK);
     dup2(ends[1], STDIN_FILENO);
     close(ends[1]);
-    follower = start_without_signals([this] { follow(); });
+    follower_ = start_without_signals([this] { follow(); });
 }
 
 Keyboard::~Keyboard() {
-    eventfd_write(stopper, 1);
-    follower.join();
-    dup2(terminal, STDIN_FILENO);
-    close(sender);
-    close(stopper);
+    eventfd_write(stopper_, 1);
+    follower_.join();
+    dup2(terminal_, STDIN_FILENO);
+    close(sender_);
+    close(stopper_);
 }
 
 void Keyboard::follow() {
-    while (wait_for(terminal, POLLIN) && take_key()) {
+    while (wait_for(terminal_, POLLIN) && take_key()) {
     }
 }
 
 // False when the line is at its end.
 bool Keyboard::wait_for(int file, short event) const {
-    pollfd files[] = {{stopper, POLLIN, 0}, {file, event, 0}};
+    pollfd files[] = {{stopper_, POLLIN, 0}, {file, event, 0}};
     while (poll(files, 2, -1) < 0 && errno == EINTR) {
     }
     return files[0].revents == 0;
@@ -69,15 +69,15 @@ bool Keyboard::wait_for(int file, short event) const {
 // prints stands below it. False when there is nothing more to read.
 bool Keyboard::take_key() {
     char byte = 0;
-    const ssize_t count = read(terminal, &byte, 1);
+    const ssize_t count = read(terminal_, &byte, 1);
     if (count < 0 && (errno == EINTR || errno == EAGAIN))
         return true;
     if (count <= 0) {
-        ended = true;
+        ended_ = true;
         hand_over(no_key);
         return false;
     }
-    const std::string_view key = decoder.take(byte);
+    const std::string_view key = decoder_.take(byte);
     if (key.empty())
         return true;
     if (key == key::enter && !hand_over(key::end))
@@ -86,8 +86,8 @@ bool Keyboard::take_key() {
 }
 
 bool Keyboard::hand_over(std::string_view key) const {
-    while (wait_for(sender, POLLOUT)) {
-        if (send(sender, key.data(), key.size(), MSG_NOSIGNAL) >= 0)
+    while (wait_for(sender_, POLLOUT)) {
+        if (send(sender_, key.data(), key.size(), MSG_NOSIGNAL) >= 0)
             return true;
         if (errno != EAGAIN && errno != EINTR)
             return false;

@@ -22,10 +22,10 @@ class Keyboard {
     Keyboard &operator=(const Keyboard &) = delete;
 
     // Whether the terminal has come to its end. The editor then finds an unreadable key.
-    bool at_end() const { return ended; }
+    bool at_end() const { return ended_; }
 
     // Where a key can be handed to the editor from outside, with a write of its bytes.
-    int entrance() const { return sender; }
+    int entrance() const { return sender_; }
 
   private:
     void follow();
@@ -33,12 +33,12 @@ class Keyboard {
     bool take_key();
     bool hand_over(std::string_view key) const;
 
-    int terminal;
-    int sender = -1;
-    int stopper = -1;
-    KeyDecoder decoder;
-    std::atomic<bool> ended = false;
-    std::thread follower;
+    int terminal_;
+    int sender_ = -1;
+    int stopper_ = -1;
+    KeyDecoder decoder_;
+    std::atomic<bool> ended_ = false;
+    std::thread follower_;
 };
 
 } // namespace program

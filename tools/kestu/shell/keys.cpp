@@ -51,31 +51,31 @@ std::string_view numbered_key(int number) {
 std::string_view KeyDecoder::take(char byte) {
     if (is_control(byte))
         return control(byte);
-    switch (state) {
+    switch (state_) {
     case State::plain:
         return plain(byte);
     case State::escape:
-        state = byte == '[' ? State::sequence : byte == 'O' ? State::single_shift : State::plain;
-        number = 0;
-        first = true;
+        state_ = byte == '[' ? State::sequence : byte == 'O' ? State::single_shift : State::plain;
+        number_ = 0;
+        first_ = true;
         return {};
     case State::sequence:
         return sequence(byte);
     case State::single_shift:
-        state = State::plain;
+        state_ = State::plain;
         return cursor_key(byte);
     }
     return {};
 }
 
 std::string_view KeyDecoder::plain(char byte) {
-    single = byte;
-    return {&single, 1};
+    single_ = byte;
+    return {&single_, 1};
 }
 
 // Home and end and the like have control characters too. A line feed is the Enter of pasted text.
 std::string_view KeyDecoder::control(char byte) {
-    state = byte == escape_byte ? State::escape : State::plain;
+    state_ = byte == escape_byte ? State::escape : State::plain;
     constexpr std::string_view known = "\x01\x03\x04\x05\x08\t\x0c\x7f";
     if (byte == '\r' || byte == '\n')
         return key::enter;
@@ -84,16 +84,16 @@ std::string_view KeyDecoder::control(char byte) {
 
 std::string_view KeyDecoder::sequence(char byte) {
     if (byte >= '0' && byte <= '9') {
-        if (first && number < 1000)
-            number = 10 * number + (byte - '0');
+        if (first_ && number_ < 1000)
+            number_ = 10 * number_ + (byte - '0');
         return {};
     }
-    first = false;
+    first_ = false;
     // Bytes from '@' on are the last of a sequence.
     if (byte >= ' ' && byte < '@')
         return {};
-    state = State::plain;
-    return byte == '~' ? numbered_key(number) : cursor_key(byte);
+    state_ = State::plain;
+    return byte == '~' ? numbered_key(number_) : cursor_key(byte);
 }
 
 } // namespace program

@@ -26,10 +26,10 @@ class KeyDecoder {
     std::string_view control(char byte);
     std::string_view sequence(char byte);
 
-    State state = State::plain;
-    int number = 0; // the first parameter of a sequence
-    bool first = true;
-    char single = 0;
+    State state_ = State::plain;
+    int number_ = 0; // the first parameter of a sequence
+    bool first_ = true;
+    char single_ = 0;
 };
 
 } // namespace program

@@ -83,7 +83,7 @@ int follow_script() {
 
 } // namespace
 
-Shell::Shell(bool commands_read) : table(all_commands()), keeps_input(commands_read) {}
+Shell::Shell(bool commands_read) : table_(all_commands()), keeps_input_(commands_read) {}
 
 void Shell::take(const std::string &line) {
     if (!incomplete() && is_comment(line))
@@ -92,17 +92,17 @@ void Shell::take(const std::string &line) {
         forget();
         return fail("a line holds a zero byte");
     }
-    if (Outcome outcome; !outcome.ok(words.add(line))) {
-        last_failure = outcome.status();
+    if (Outcome outcome; !outcome.ok(words_.add(line))) {
+        last_failure_ = outcome.status();
         return forget();
     }
     if (!incomplete())
-        run_words(words.take());
+        run_words(words_.take());
 }
 
 void Shell::fail(const std::string &message) {
     Outcome().fail(message);
-    last_failure = exit_usage;
+    last_failure_ = exit_usage;
 }
 
 // Commands may be written as outside, with the program's name in front; options are its own.
@@ -115,19 +115,19 @@ void Shell::run_words(std::vector<std::string> command) {
     if (name == "help")
         return help({command.begin() + 1, command.end()});
     if (!is_own(name))
-        return name.starts_with('-') || table.find(name) ? run_program(command) : refuse(name);
+        return name.starts_with('-') || table_.find(name) ? run_program(command) : refuse(name);
     if (command.size() > 1)
         return fail("'" + name + "' stands alone");
-    leaving = true;
+    leaving_ = true;
 }
 
 void Shell::run_program(const std::vector<std::string> &arguments) {
-    if (const int status = run_in_child(arguments, keeps_input); status != exit_ok)
-        last_failure = status;
+    if (const int status = run_in_child(arguments, keeps_input_); status != exit_ok)
+        last_failure_ = status;
 }
 
 void Shell::refuse(const std::string &name) {
-    const Command *nearest = table.nearest(name);
+    const Command *nearest = table_.nearest(name);
     fail("no command '" + printable(name.c_str()) + "'; " +
          (nearest ? "did you mean '" + nearest->name + "'?" : "help lists the commands"));
 }
@@ -135,7 +135,7 @@ void Shell::refuse(const std::string &name) {
 void Shell::help(std::vector<std::string> names) {
     if (names.empty())
         return list();
-    const Command *command = table.find(names[0]);
+    const Command *command = table_.find(names[0]);
     if (!command)
         return refuse(names[0]);
     if (is_own(command->name)) {
@@ -149,9 +149,9 @@ void Shell::help(std::vector<std::string> names) {
 // A shell in a shell is refused, and so not offered.
 void Shell::list() const {
     size_t width = 0;
-    for (const Command &command : table.all())
+    for (const Command &command : table_.all())
         width = std::max(width, command.name.size());
-    for (const Command &command : table.all())
+    for (const Command &command : table_.all())
         if (command.name != "shell")
             std::printf("  %-*s  %s\n", static_cast<int>(width), command.name.c_str(),
                         command.description.c_str());

@@ -19,14 +19,14 @@ class Shell {
     void take(const std::string &line);
 
     // Whether the last line goes on in the next one, which forget() makes unnecessary.
-    bool incomplete() const { return words.incomplete(); }
-    void forget() { words.take(); }
+    bool incomplete() const { return words_.incomplete(); }
+    void forget() { words_.take(); }
 
     // Whether a command has asked to leave.
-    bool left() const { return leaving; }
+    bool left() const { return leaving_; }
 
     // The exit status of the last command that failed, 0 when none has.
-    int status() const { return last_failure; }
+    int status() const { return last_failure_; }
     void fail(const std::string &message);
 
   private:
@@ -36,11 +36,11 @@ class Shell {
     void help(std::vector<std::string> names);
     void list() const;
 
-    CommandTable table;
-    Words words;
-    bool keeps_input;
-    bool leaving = false;
-    int last_failure = 0;
+    CommandTable table_;
+    Words words_;
+    bool keeps_input_;
+    bool leaving_ = false;
+    int last_failure_ = 0;
 };
 
 // Runs what standard input holds, or what is typed there when it and standard output are a

@@ -48,26 +48,26 @@ void compare(uint64_t length, const uint8_t *key, void *value, void *baton) {
 
 } // namespace
 
-CommandTable::CommandTable(std::vector<Command> all) : commands(std::move(all)) {
-    kestu_error_t *err = kestu_triem_create(&trie);
-    for (Command &command : commands)
+CommandTable::CommandTable(std::vector<Command> all) : commands_(std::move(all)) {
+    kestu_error_t *err = kestu_triem_create(&trie_);
+    for (Command &command : commands_)
         if (!err)
-            err = kestu_triem_insert(trie, command.name.data(), command.name.size(), &command);
+            err = kestu_triem_insert(trie_, command.name.data(), command.name.size(), &command);
     if (!err)
         return;
     kestu_error_clear(err);
-    kestu_triem_destroy(&trie);
+    kestu_triem_destroy(&trie_);
     throw std::bad_alloc();
 }
 
 const Command *CommandTable::find(const std::string &name) const {
-    return static_cast<const Command *>(kestu_trie_search(trie, name.data(), name.size()));
+    return static_cast<const Command *>(kestu_trie_search(trie_, name.data(), name.size()));
 }
 
 // One fault in three characters is a slip; more is another word.
 const Command *CommandTable::nearest(const std::string &name) const {
     Search search{.name = name, .least = (name.size() + 1) / 3 + 1};
-    kestu_trie_walk(trie, compare, &search);
+    kestu_trie_walk(trie_, compare, &search);
     return search.found;
 }
 

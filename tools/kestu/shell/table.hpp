@@ -13,11 +13,11 @@ namespace program {
 class CommandTable {
   public:
     explicit CommandTable(std::vector<Command> commands);
-    ~CommandTable() { kestu_triem_destroy(&trie); }
+    ~CommandTable() { kestu_triem_destroy(&trie_); }
     CommandTable(const CommandTable &) = delete;
     CommandTable &operator=(const CommandTable &) = delete;
 
-    const std::vector<Command> &all() const { return commands; }
+    const std::vector<Command> &all() const { return commands_; }
 
     // The command with this name, or null.
     const Command *find(const std::string &name) const;
@@ -26,8 +26,8 @@ class CommandTable {
     const Command *nearest(const std::string &name) const;
 
   private:
-    std::vector<Command> commands;
-    kestu_trie_t *trie = nullptr; // to the entries of `commands`
+    std::vector<Command> commands_;
+    kestu_trie_t *trie_ = nullptr; // to the entries of `commands`
 };
 
 } // namespace program

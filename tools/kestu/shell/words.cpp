@@ -15,7 +15,7 @@ bool is_inside(int state) {
 } // namespace
 
 Words::Words() {
-    if (apr_pool_create_ex(&pool, kestu_pool, nullptr, nullptr) != APR_SUCCESS)
+    if (apr_pool_create_ex(&pool_, kestu_pool, nullptr, nullptr) != APR_SUCCESS)
         throw std::bad_alloc();
 }
 
@@ -27,23 +27,23 @@ kestu_error_t *Words::add(const std::string &line) {
 }
 
 std::vector<std::string> Words::take() {
-    parser.state = KESTU_PRSD_BETWEEN;
-    word.clear();
-    return std::exchange(words, {});
+    parser_.state = KESTU_PRSD_BETWEEN;
+    word_.clear();
+    return std::exchange(words_, {});
 }
 
 kestu_error_t *Words::add(char character) {
     const char text[] = {character, '\0'};
-    const int before = parser.state;
-    apr_pool_clear(pool);
-    kestu_prsd_clear_p(&parser);
-    parser.state = before;
-    if (kestu_error_t *err = kestu_prsd_parse_p(&parser, text, " \t\n", pool))
+    const int before = parser_.state;
+    apr_pool_clear(pool_);
+    kestu_prsd_clear_p(&parser_);
+    parser_.state = before;
+    if (kestu_error_t *err = kestu_prsd_parse_p(&parser_, text, " \t\n", pool_))
         return err;
-    if (parser.n > 0)
-        word += character;
-    if (is_inside(before) && !is_inside(parser.state))
-        words.push_back(std::exchange(word, {}));
+    if (parser_.n > 0)
+        word_ += character;
+    if (is_inside(before) && !is_inside(parser_.state))
+        words_.push_back(std::exchange(word_, {}));
     return nullptr;
 }
 

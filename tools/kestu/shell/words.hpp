@@ -16,7 +16,7 @@ namespace program {
 class Words {
   public:
     Words();
-    ~Words() { apr_pool_destroy(pool); }
+    ~Words() { apr_pool_destroy(pool_); }
     Words(const Words &) = delete;
     Words &operator=(const Words &) = delete;
 
@@ -24,7 +24,7 @@ class Words {
     kestu_error_t *add(const std::string &line);
 
     // Whether the command goes on in another line.
-    bool incomplete() const { return parser.state != KESTU_PRSD_BETWEEN; }
+    bool incomplete() const { return parser_.state != KESTU_PRSD_BETWEEN; }
 
     // The words since the last call.
     std::vector<std::string> take();
@@ -32,10 +32,10 @@ class Words {
   private:
     kestu_error_t *add(char character);
 
-    apr_pool_t *pool = nullptr;
-    kestu_prsd_t parser = {};
-    std::vector<std::string> words;
-    std::string word;
+    apr_pool_t *pool_ = nullptr;
+    kestu_prsd_t parser_ = {};
+    std::vector<std::string> words_;
+    std::string word_;
 };
 
 } // namespace program
