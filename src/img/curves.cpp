@@ -128,7 +128,7 @@ class SmoothCircle {
     Pixel m_;
     int64_t r_;
     EllipseLine line_;
-    const Plotter &out_;
+    Plotter out_;
 };
 
 kestu_error_t *SmoothCircle::draw() const {

@@ -1,7 +1,10 @@
 // Matrices of doubles as 16-bit images.
+#include "kestu_img.h"
+
 #include "frame/error.hpp"
 #include "img/rows.hpp"
 #include "img/tiff_write.hpp"
+#include "util/kept_errno.hpp"
 
 #include <cmath>
 
@@ -27,8 +30,11 @@ Range range_of(const double *const *rows, int nrows, int ncols) {
     return range;
 }
 
-// What is not a number has no integer; neither has what an enormous value is scaled to.
+// What is not a number has no integer; neither has what an enormous value is scaled to. The last
+// digit of the largest value may be rounded down on its way to the largest sample.
 uint16_t sample_of(double x, Range range) {
+    if (x == range.maximum)
+        return static_cast<uint16_t>(largest_sample);
     const double scaled =
         std::fabs((x - range.minimum) * largest_sample / (range.maximum - range.minimum));
     const double bounded = scaled > largest_sample ? largest_sample : scaled;
@@ -54,6 +60,7 @@ kestu_error_t *write_scaled(File &file, const double *const *rows, kestu_img_t &
 } // namespace
 
 kestu_error_t *kestu_img_darr_to_tiff(const char *path, double **rows, int nrows, int ncols) {
+    const KeptErrno kept;
     File file;
     kestu_error_t *err = file.open(path, "wbe");
     if (!err) {

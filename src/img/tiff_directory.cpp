@@ -2,9 +2,9 @@
 
 #include "frame/error.hpp"
 #include "img/tiff_format.hpp"
+#include "img/widen.hpp"
 #include "kestu_mem.h"
 
-#include <cstring>
 #include <limits>
 
 namespace kestu {
@@ -68,16 +68,6 @@ uint64_t width_of(const Entry &list) {
 }
 uint64_t bytes_of(const Entry &list) {
     return list.count == 1 ? 0 : list.count * width_of(list);
-}
-
-// Turns the SHORTs in the second half of an array into numbers of the whole array.
-void widen(uint32_t *array, size_t count) {
-    const auto *in = reinterpret_cast<const char *>(array) + count * sizeof(uint16_t);
-    for (size_t i = 0; i < count; ++i) {
-        uint16_t number;
-        std::memcpy(&number, in + i * sizeof number, sizeof number);
-        array[i] = number;
-    }
 }
 
 kestu_error_t *DirectoryReader::read_header(uint32_t *first_directory) {
@@ -224,7 +214,7 @@ kestu_error_t *DirectoryReader::read_list(const Entry &list, uint32_t *&array, i
     if (kestu_error_t *err = file_.read_at(list.value, end - bytes, bytes))
         return err;
     if (list.type != tiff::long_type)
-        widen(array, list.count);
+        widen<uint16_t>(array, list.count);
     return nullptr;
 }
 

@@ -4,6 +4,7 @@
 
 #include "frame/error.hpp"
 #include "img/rows.hpp"
+#include "img/samples.hpp"
 
 #include <algorithm>
 
@@ -93,14 +94,7 @@ kestu_error_t *read_matrix(File &file, kestu_img_t &img, Sample **&matrix) {
 } // namespace
 
 kestu_error_t *read_tiff_pixels(File &file, kestu_img_t &img) {
-    switch (img.bits[0]) {
-    case 8:
-        return read_matrix(file, img, img.data8);
-    case 16:
-        return read_matrix(file, img, img.data16);
-    default:
-        return nullptr;
-    }
+    return with_samples(img, [&](auto &matrix) { return read_matrix(file, img, matrix); });
 }
 
 } // namespace kestu

@@ -4,6 +4,7 @@
 #include "img/tiff_directory.hpp"
 #include "img/tiff_pixels.hpp"
 #include "kestu_img.h"
+#include "util/kept_errno.hpp"
 
 using namespace kestu;
 
@@ -39,6 +40,7 @@ kestu_error_t *read_open_file(File &file, kestu_img_t &img,
 
 kestu_error_t *read_file(const char *path, kestu_img_t &img,
                          kestu_error_t *(*finish)(File &, kestu_img_t &)) {
+    const KeptErrno kept;
     img = {};
     img.photometric = -1;
     img.resunit = -1;

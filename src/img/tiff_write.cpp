@@ -3,9 +3,11 @@
 
 #include "frame/error.hpp"
 #include "img/rows.hpp"
+#include "img/samples.hpp"
 #include "img/tiff_format.hpp"
 #include "kestu_lib.h"
 #include "kestu_str.h"
+#include "util/kept_errno.hpp"
 
 #include <cstring>
 #include <limits>
@@ -39,15 +41,12 @@ Entry long_entry(tiff::Tag tag, uint64_t value) {
     return {tag, tiff::long_type, 1, static_cast<uint32_t>(value)};
 }
 
-uint64_t pixel_bytes(const kestu_img_t &img) {
-    switch (img.bits[0]) {
-    case 8:
-        return pixels_of(img);
-    case 16:
-        return pixels_of(img) * 2;
-    default:
-        return static_cast<uint32_t>(img.samples); // kept: the entry repeats the one before
-    }
+// Kept: of other depths the entry repeats what stands in the one before. Relied on by: readers of
+// the head alone.
+uint64_t strip_bytes(const kestu_img_t &img) {
+    const auto sample_size =
+        with_samples(img, []<typename Sample>(Sample **) { return sizeof(Sample); });
+    return sample_size > 0 ? pixels_of(img) * sample_size : static_cast<uint16_t>(img.samples);
 }
 
 // Fills `head` and returns how many of its bytes belong into the file.
@@ -66,7 +65,7 @@ size_t fill_head(Head &head, const kestu_img_t &img) {
         short_entry(tiff::photometric_interpretation, img.photometric),
         long_entry(tiff::strip_offsets, pixels_at),
         short_entry(tiff::samples_per_pixel, img.samples),
-        long_entry(tiff::strip_byte_counts, pixel_bytes(img)),
+        long_entry(tiff::strip_byte_counts, strip_bytes(img)),
         short_entry(tiff::planar_configuration, tiff::chunky),
         {tiff::software, tiff::ascii_type, text_size, software_at},
     };
@@ -89,7 +88,7 @@ kestu_error_t *write_bytes(File &file, void *bytes, size_t size) {
 }
 
 template <typename Sample>
-kestu_error_t *write_rows(File &file, const kestu_img_t &img, Sample *const *rows) {
+kestu_error_t *write_rows(File &file, const kestu_img_t &img, Sample **rows) {
     if (pixels_of(img) == 0)
         return nullptr;
     if (!rows)
@@ -106,27 +105,18 @@ kestu_error_t *write_rows(File &file, const kestu_img_t &img, Sample *const *row
     return nullptr;
 }
 
-kestu_error_t *write_pixels(File &file, const kestu_img_t &img) {
-    switch (img.bits[0]) {
-    case 8:
-        return write_rows(file, img, img.data8);
-    case 16:
-        return write_rows(file, img, img.data16);
-    default:
-        return nullptr;
-    }
-}
-
 } // namespace
 
 kestu_error_t *write_tiff(File &file, const kestu_img_t &img) {
-    if (pixel_bytes(img) > std::numeric_limits<uint32_t>::max())
+    if (strip_bytes(img) > std::numeric_limits<uint32_t>::max())
         return fail(120152, "An image of %d x %d pixels is too large for TIFF.", img.width,
                     img.height);
     Head head;
     const size_t size = fill_head(head, img);
     kestu_error_t *err = write_bytes(file, &head, size);
-    return err ? err : write_pixels(file, img);
+    if (err)
+        return err;
+    return with_samples(img, [&](auto rows) { return write_rows(file, img, rows); });
 }
 
 } // namespace kestu
@@ -134,6 +124,7 @@ kestu_error_t *write_tiff(File &file, const kestu_img_t &img) {
 using namespace kestu;
 
 kestu_error_t *kestu_img_write_tiff(const char *path, const kestu_img_t *img) {
+    const KeptErrno kept;
     File file;
     kestu_error_t *err = file.open(path, "wbe");
     if (!err)

@@ -4,6 +4,7 @@
 #include "kestu_format.h"
 #include "kestu_mach.h"
 #include "kestu_str.h"
+#include "util/kept_errno.hpp"
 
 #include <cstdio>
 #include <cstring>
@@ -59,6 +60,7 @@ void describe_os(char *buf, size_t size, std::string_view pretty, const utsname 
 using namespace kestu;
 
 int kestu_mach_os(void) {
+    const KeptErrno kept;
     utsname host;
     return uname(&host) == 0 ? os_family(host.sysname) : KESTU_OS_UNIX;
 }
@@ -66,6 +68,7 @@ int kestu_mach_os(void) {
 char *kestu_mach_os_name(char *buf, int size) {
     if (size <= 0)
         return buf;
+    const KeptErrno kept;
     char line[line_size];
     std::string_view pretty;
     if (FILE *release = std::fopen("/etc/os-release", "r")) {
@@ -83,11 +86,13 @@ char *kestu_mach_os_name(char *buf, int size) {
 }
 
 int kestu_mach_os_cpu_num(void) {
+    const KeptErrno kept;
     const long count = sysconf(_SC_NPROCESSORS_CONF);
     return count == -1 ? 1 : static_cast<int>(count);
 }
 
 double kestu_mach_physmem(void) {
+    const KeptErrno kept;
     const long page_size = sysconf(_SC_PAGESIZE);
     const long pages = sysconf(_SC_PHYS_PAGES);
     if (page_size == -1 || pages == -1)

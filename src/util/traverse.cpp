@@ -4,6 +4,7 @@
 
 #include "frame/error.hpp"
 #include "kestu_mem.h"
+#include "util/kept_errno.hpp"
 #include "util/pattern.hpp"
 
 #include <apr_file_info.h>
@@ -246,6 +247,7 @@ bool compile_into(apr_array_header_t *&list, const char *text, apr_pool_t *pool)
 
 kestu_error_t *kestu_dir_traverse(const char *dir, const char *include, const char *exclude,
                                   kestu_dir_traverse_t *options, apr_pool_t *pool) {
+    const KeptErrno kept;
     if (!compile_into(options->include, include, pool) ||
         !compile_into(options->exclude, exclude, pool))
         return wrap(fail_apr(APR_ENOMEM), action);
