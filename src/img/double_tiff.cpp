@@ -49,7 +49,7 @@ void scale(const double *const *rows, const kestu_img_t &img) {
             img.data16[r][c] = constant ? 0 : sample_of(rows[r][c], range);
 }
 
-kestu_error_t *write_scaled(File &file, const double *const *rows, kestu_img_t &img) {
+kestu_error_t *write_scaled(OutputFile &file, const double *const *rows, kestu_img_t &img) {
     const uint64_t filled = img.width > 0 ? static_cast<uint32_t>(img.height) : 0;
     if (kestu_error_t *err = allocate_rows(img.data16, img.height, img.width, filled))
         return err;
@@ -61,8 +61,8 @@ kestu_error_t *write_scaled(File &file, const double *const *rows, kestu_img_t &
 
 kestu_error_t *kestu_img_darr_to_tiff(const char *path, double **rows, int nrows, int ncols) {
     const KeptErrno kept;
-    File file;
-    kestu_error_t *err = file.open(path, "wbe");
+    OutputFile file;
+    kestu_error_t *err = file.open(path);
     if (!err) {
         kestu_img_t img = {};
         img.height = nrows;

@@ -25,7 +25,7 @@ struct Lists {
 
 class DirectoryReader {
   public:
-    DirectoryReader(File &file, kestu_img_t &img) : file_(file), img_(img) {}
+    DirectoryReader(ByteSource &source, kestu_img_t &img) : source_(source), img_(img) {}
     kestu_error_t *run();
 
   private:
@@ -41,7 +41,7 @@ class DirectoryReader {
     kestu_error_t *read_software(const Entry &text);
     kestu_error_t *apply_resolution_unit();
 
-    File &file_;
+    ByteSource &source_;
     kestu_img_t &img_;
     Lists lists_;
     uint64_t directory_bytes_ = 0;
@@ -72,7 +72,7 @@ uint64_t bytes_of(const Entry &list) {
 
 kestu_error_t *DirectoryReader::read_header(uint32_t *first_directory) {
     char magic[4];
-    if (kestu_error_t *err = file_.read(magic, sizeof magic))
+    if (kestu_error_t *err = source_.read_at(0, magic, sizeof magic))
         return err;
     if (magic[0] == 'M' && magic[1] == 'M')
         return fail(120150, "Motorola TIFF is not supported.");
@@ -80,7 +80,8 @@ kestu_error_t *DirectoryReader::read_header(uint32_t *first_directory) {
         return fail(120150, "Unknown data format.");
     if (magic[2] != 42)
         return fail(120150, "Unknown TIFF format.");
-    if (kestu_error_t *err = file_.read(first_directory, sizeof *first_directory))
+    if (kestu_error_t *err =
+            source_.read_at(sizeof magic, first_directory, sizeof *first_directory))
         return err;
     return *first_directory != 0 ? nullptr : fail(0, "No image data were found.");
 }
@@ -101,7 +102,7 @@ kestu_error_t *DirectoryReader::walk(uint32_t directory) {
         }
         if (kestu_error_t *err = read_directory(directory, &directory))
             return err;
-        if (directory_bytes_ > file_.size())
+        if (directory_bytes_ > source_.size())
             return fail(120152, "TIFF directories share bytes.");
     }
     return nullptr;
@@ -109,18 +110,18 @@ kestu_error_t *DirectoryReader::walk(uint32_t directory) {
 
 kestu_error_t *DirectoryReader::read_directory(uint64_t offset, uint32_t *next) {
     int16_t entries = 0;
-    if (kestu_error_t *err = file_.read_at(offset, &entries, sizeof entries))
+    if (kestu_error_t *err = source_.read_at(offset, &entries, sizeof entries))
         return err;
     uint64_t place = offset + sizeof entries;
     for (int i = 0; i < entries; ++i, place += sizeof(Entry)) {
         Entry entry;
-        if (kestu_error_t *err = file_.read_at(place, &entry, sizeof entry))
+        if (kestu_error_t *err = source_.read_at(place, &entry, sizeof entry))
             return err;
         if (kestu_error_t *err = take(entry))
             return err;
     }
     directory_bytes_ += place + sizeof *next - offset;
-    return file_.read_at(place, next, sizeof *next);
+    return source_.read_at(place, next, sizeof *next);
 }
 
 kestu_error_t *DirectoryReader::take(const Entry &entry) {
@@ -167,7 +168,7 @@ kestu_error_t *DirectoryReader::take_bits(const Entry &entry) {
     uint16_t depths[3];
     if (entry.count < 1 || entry.count > 3)
         return invalid_tag(entry);
-    if (kestu_error_t *err = file_.read_at(entry.value, depths, entry.count * sizeof depths[0]))
+    if (kestu_error_t *err = source_.read_at(entry.value, depths, entry.count * sizeof depths[0]))
         return err;
     for (uint32_t i = 0; i < entry.count; ++i)
         img_.bits[i] = depths[i];
@@ -182,7 +183,7 @@ kestu_error_t *DirectoryReader::take_samples(const Entry &entry) {
 
 kestu_error_t *DirectoryReader::take_resolution(const Entry &entry, double &resolution) {
     uint32_t ratio[2];
-    if (kestu_error_t *err = file_.read_at(entry.value, ratio, sizeof ratio))
+    if (kestu_error_t *err = source_.read_at(entry.value, ratio, sizeof ratio))
         return err;
     if (ratio[1] == 0)
         return invalid_tag(entry);
@@ -191,7 +192,7 @@ kestu_error_t *DirectoryReader::take_resolution(const Entry &entry, double &reso
 }
 
 kestu_error_t *DirectoryReader::take_list(const Entry &entry, uint64_t bytes, Entry &list) {
-    if (!file_.holds(entry.value, bytes))
+    if (!source_.holds(entry.value, bytes))
         return fail(120031);
     if (entry.count > static_cast<uint32_t>(std::numeric_limits<int32_t>::max()))
         return invalid_tag(entry);
@@ -211,7 +212,7 @@ kestu_error_t *DirectoryReader::read_list(const Entry &list, uint32_t *&array, i
     }
     const uint64_t bytes = bytes_of(list);
     char *end = reinterpret_cast<char *>(array + list.count);
-    if (kestu_error_t *err = file_.read_at(list.value, end - bytes, bytes))
+    if (kestu_error_t *err = source_.read_at(list.value, end - bytes, bytes))
         return err;
     if (list.type != tiff::long_type)
         widen<uint16_t>(array, list.count);
@@ -223,7 +224,7 @@ kestu_error_t *DirectoryReader::read_software(const Entry &text) {
         return nullptr;
     if (kestu_error_t *err = kestu_mem_calloc(text.count + size_t{1}, 1, &img_.software))
         return err;
-    return file_.read_at(text.value, img_.software, text.count);
+    return source_.read_at(text.value, img_.software, text.count);
 }
 
 kestu_error_t *DirectoryReader::apply_resolution_unit() {
@@ -244,7 +245,7 @@ kestu_error_t *DirectoryReader::run() {
     uint32_t first = 0;
     kestu_error_t *err = read_header(&first);
     if (!err)
-        err = file_.measure();
+        err = source_.measure();
     if (!err)
         err = walk(first);
     if (!err)
@@ -258,8 +259,8 @@ kestu_error_t *DirectoryReader::run() {
 
 } // namespace
 
-kestu_error_t *read_tiff_directories(File &file, kestu_img_t &img) {
-    return DirectoryReader(file, img).run();
+kestu_error_t *read_tiff_directories(ByteSource &source, kestu_img_t &img) {
+    return DirectoryReader(source, img).run();
 }
 
 } // namespace kestu

@@ -74,7 +74,7 @@ size_t fill_head(Head &head, const kestu_img_t &img) {
     return pixels_at;
 }
 
-kestu_error_t *write_bytes(File &file, void *bytes, size_t size) {
+kestu_error_t *write_bytes(OutputFile &file, void *bytes, size_t size) {
     auto *from = static_cast<char *>(bytes);
     while (size > 0) {
         const iovec segment = {from, size};
@@ -88,7 +88,7 @@ kestu_error_t *write_bytes(File &file, void *bytes, size_t size) {
 }
 
 template <typename Sample>
-kestu_error_t *write_rows(File &file, const kestu_img_t &img, Sample **rows) {
+kestu_error_t *write_rows(OutputFile &file, const kestu_img_t &img, Sample **rows) {
     if (pixels_of(img) == 0)
         return nullptr;
     if (!rows)
@@ -107,7 +107,7 @@ kestu_error_t *write_rows(File &file, const kestu_img_t &img, Sample **rows) {
 
 } // namespace
 
-kestu_error_t *write_tiff(File &file, const kestu_img_t &img) {
+kestu_error_t *write_tiff(OutputFile &file, const kestu_img_t &img) {
     if (strip_bytes(img) > std::numeric_limits<uint32_t>::max())
         return fail(120152, "An image of %d x %d pixels is too large for TIFF.", img.width,
                     img.height);
@@ -125,8 +125,8 @@ using namespace kestu;
 
 kestu_error_t *kestu_img_write_tiff(const char *path, const kestu_img_t *img) {
     const KeptErrno kept;
-    File file;
-    kestu_error_t *err = file.open(path, "wbe");
+    OutputFile file;
+    kestu_error_t *err = file.open(path);
     if (!err)
         err = file.close(write_tiff(file, *img));
     return wrap(err, "Cannot write TIFF image.");
