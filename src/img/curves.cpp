@@ -1,5 +1,7 @@
-// Circles and ellipses by incremental error terms: which pixels are plotted, in which order and how
-// often is fixed to the letter.
+// Circles and ellipses by incremental error terms.
+// Kept: which pixels are plotted, in which order and how often. Relied on by: callers that count.
+#include "kestu_img_shape.h"
+
 #include "img/ellipse_line.hpp"
 #include "img/plotter.hpp"
 
@@ -37,7 +39,7 @@ kestu_error_t *draw_circle(Pixel m, int64_t r, const Plotter &out) {
     return nullptr;
 }
 
-// The tips of flat ellipses, which the walk leaves early.
+// The walk ends before the tips of flat ellipses.
 kestu_error_t *draw_tips(Pixel m, int64_t y, int64_t b, const Plotter &out) {
     while (y < b) {
         ++y;

@@ -7,6 +7,7 @@
 #include "util/kept_errno.hpp"
 
 #include <cmath>
+#include <limits>
 
 using namespace kestu;
 
@@ -60,7 +61,9 @@ void convert_costly(const kestu_img_t &img, uint16_t *const *rows, double *const
 
 // The largest sample, which is white or black by the photometric interpretation.
 double full_scale(const kestu_img_t &img) {
-    return img.bits[0] == 8 ? 255.0 : 65535.0;
+    return with_samples(img, []<typename Sample>(Sample **) -> double {
+        return std::numeric_limits<Sample>::max();
+    });
 }
 
 bool white_is_zero(const kestu_img_t &img) {
@@ -84,8 +87,7 @@ kestu_error_t *kestu_img_data_dmask(const kestu_img_t *img, double **out) {
     return nullptr;
 }
 
-// Kept: white of a black-is-zero image is saturated too, rather than 0. Relied on by: users of
-// scans whose white is as little to be trusted as their black.
+// Kept: white is saturated where black is zero, not 0. Relied on by: searches for saturated pixels.
 kestu_error_t *kestu_img_calc_density(const kestu_img_t *img, double **out, double saturated) {
     if (kestu_error_t *err = check_grayscale(*img))
         return wrap(err, "Can't calculate optical intensity.");

@@ -30,8 +30,8 @@ Range range_of(const double *const *rows, int nrows, int ncols) {
     return range;
 }
 
-// What is not a number has no integer; neither has what an enormous value is scaled to. The last
-// digit of the largest value may be rounded down on its way to the largest sample.
+// The largest value does not go through the formula, which could round it down. What is not a
+// number has no integer, and enormous values are scaled to infinity, which has none either.
 uint16_t sample_of(double x, Range range) {
     if (x == range.maximum)
         return static_cast<uint16_t>(largest_sample);
@@ -69,6 +69,7 @@ kestu_error_t *kestu_img_darr_to_tiff(const char *path, double **rows, int nrows
         img.width = ncols;
         img.samples = 1;
         img.bits[0] = 16;
+        img.photometric = 0; // Kept: white is zero. Relied on by: readers of these files.
         err = file.close(write_scaled(file, rows, img));
         kestu_img_free(&img);
     }

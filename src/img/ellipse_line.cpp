@@ -10,10 +10,11 @@ namespace {
 // Cells on a pixel's side: an even number, so that none lies on both sides of an axis.
 constexpr int cells_on_side = 4;
 
-// From which radius on a curve is straight within a pixel, and from which those within it are. What
-// straight lines add outside and take away inside is the same, if they are taken on both sides.
-constexpr double straight_radius = 8;
-constexpr double straight_inner_radius = 4;
+// Edges count as straight within a pixel when the ellipse has at least the first radius there, and
+// the edge itself at least the second. By the first, both edges of a thin line are treated alike:
+// the area that straight lines add outside is what they take away inside.
+constexpr double straight_ellipse = 8;
+constexpr double straight_edge = 4;
 
 const double half_diagonal = std::sqrt(0.5);
 
@@ -33,12 +34,12 @@ double part_before_line(double distance, double nx, double ny) {
     return 1 - rest * rest / (2 * major * minor);
 }
 
-// Whether a straight line in the direction of the edge does for all of a pixel. Inside, the edges
-// of both halves meet on an axis.
+// Whether straight edges in one direction serve for a whole pixel. Inside the ellipse a pixel on an
+// axis is met by the line from both sides.
 bool is_straight(const Edge &edge, double x, double y) {
-    const bool meets_other_half = edge.distance < 0 && (x == 0 || y == 0);
-    return edge.radius >= straight_radius && edge.radius + edge.distance >= straight_inner_radius &&
-           !meets_other_half;
+    const bool met_from_both_sides = edge.distance < 0 && (x == 0 || y == 0);
+    return edge.radius >= straight_ellipse && edge.radius + edge.distance >= straight_edge &&
+           !met_from_both_sides;
 }
 
 } // namespace

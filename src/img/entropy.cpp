@@ -4,6 +4,7 @@
 #include "frame/error.hpp"
 #include "img/grayscale.hpp"
 #include "img/level_counts.hpp"
+#include "img/samples.hpp"
 
 #include <cmath>
 #include <numbers>

@@ -57,8 +57,9 @@ class LevelCounts {
         return word;
     }
 
-    // Where the run of blocks of one level that begins at `pixels` ends; where it begins when there
-    // is none. Pixels are equal when their word does not change by being rotated by one of them.
+    // The end of the run of blocks of one level that begins at `pixels`, which is `pixels` when
+    // there is none. The pixels of a word are equal when rotating it by one of them changes
+    // nothing.
     static const Sample *end_of_run(const Sample *pixels, const Sample *end) {
         const uint64_t word = word_at(pixels);
         if (word != word_at(pixels + per_word) || word != (word << digits | word >> (64 - digits)))
@@ -67,9 +68,9 @@ class LevelCounts {
         return skip_equal<per_block>(pixels, end, word);
     }
 
-    // Goes on by `step` pixels as long as all their words are `word`. Long runs wait for nothing
-    // but memory, so they ask early for what follows: the processor itself stops at the end of a
-    // page.
+    // Goes on by `step` pixels as long as all their words are `word`. Long runs wait for memory
+    // alone. They ask for the next page early, since the processor's own fetching stops at the end
+    // of a page.
     template <ptrdiff_t step>
     static const Sample *skip_equal(const Sample *pixels, const Sample *end, uint64_t word) {
         for (; end - pixels >= step; pixels += step) {

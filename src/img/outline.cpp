@@ -1,4 +1,6 @@
 // Outlines of ellipses that cover pixels in part.
+#include "kestu_img_shape.h"
+
 #include "img/ellipse_line.hpp"
 #include "img/plotter.hpp"
 
@@ -43,8 +45,8 @@ class Outline {
           out_(out) {}
 
     // Goes through a quadrant row by row, in each from the outside to where the inside begins or
-    // the middle is reached. The outside can only come nearer, but for a pixel by the rounding of
-    // directions.
+    // the middle is reached. From row to row the outer end moves towards the middle, or by rounding
+    // one pixel away from it.
     kestu_error_t *draw() const {
         const int64_t last_row = rows_.last_within(reach_);
         const int64_t last_column = columns_.last_within(reach_);

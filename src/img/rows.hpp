@@ -37,7 +37,7 @@ template <typename Sample>
 constexpr int segments_per_call = 256;
 using RowSegments = iovec[segments_per_call];
 
-// A place in the rows that runs on over their ends.
+// A place in the rows that goes on in the next row when one ends.
 template <typename Sample>
 class RowCursor {
   public:

@@ -1,3 +1,4 @@
+// Walking the directories of a TIFF file.
 #include "img/tiff_directory.hpp"
 
 #include "frame/error.hpp"
@@ -88,7 +89,8 @@ kestu_error_t *DirectoryReader::read_header(uint32_t *first_directory) {
 
 // A chain of directories that leads back to itself is found with Brent's method: a landmark is left
 // behind after 1, 2, 4, ... steps, and a loop sooner or later arrives at it. Directories that
-// together are larger than the file share bytes, which makes no sense but could take very long.
+// together are larger than the file share bytes: they are refused because a walk through all ways
+// of sharing would take very long.
 kestu_error_t *DirectoryReader::walk(uint32_t directory) {
     uint32_t landmark = 0;
     uint64_t steps = 0;

@@ -19,8 +19,8 @@ using tiff::Entry;
 
 constexpr uint16_t entry_count = 10;
 
-// Everything in front of the pixels, as it stands in the file. The text ends with its terminator,
-// wherever that is; the pixels follow it at once.
+// Everything in front of the pixels, as it stands in the file. Of the text, what ends with its
+// terminator is written, and the pixels follow at once.
 struct [[gnu::packed]] Head {
     char magic[4];
     uint32_t directory;
@@ -41,8 +41,7 @@ Entry long_entry(tiff::Tag tag, uint64_t value) {
     return {tag, tiff::long_type, 1, static_cast<uint32_t>(value)};
 }
 
-// Kept: of other depths the entry repeats what stands in the one before. Relied on by: readers of
-// the head alone.
+// Kept: other depths repeat the value of the entry before. Relied on by: readers of the head alone.
 uint64_t strip_bytes(const kestu_img_t &img) {
     const auto sample_size =
         with_samples(img, []<typename Sample>(Sample **) { return sizeof(Sample); });

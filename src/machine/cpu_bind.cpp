@@ -1,7 +1,7 @@
 // Binding to one processor. It stands alone so that a program may put its own in its place.
-#include "frame/error.hpp"
-
 #include "kestu_cpu.h"
+
+#include "frame/error.hpp"
 #include "util/kept_errno.hpp"
 
 #include <cerrno>

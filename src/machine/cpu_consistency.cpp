@@ -1,8 +1,8 @@
 // The check that the process may run everywhere. It stands alone so that a program may put its own
 // in its place.
-#include "frame/error.hpp"
-
 #include "kestu_cpu.h"
+
+#include "frame/error.hpp"
 #include "util/kept_errno.hpp"
 
 #include <cerrno>

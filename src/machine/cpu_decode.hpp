@@ -2,7 +2,6 @@
 #pragma once
 
 #include "kestu_cpu.h"
-
 #include "machine/cpu_cache.hpp"
 #include "machine/cpu_leaf.hpp"
 
@@ -21,7 +20,7 @@ struct Rules {
     kestu_error_t *(*decode)(const Leaves &leaves, Processor &processor);
     // Writes the name, or leaves it alone when there is none.
     void (*name)(const Leaves &leaves, const kestu_cpu_id_t &id, char (&name)[80]);
-    // The text of an inconsistency, and the number that stands in it for each of Flaw's.
+    // The message of a flaw, and the number in it for each Flaw but none.
     const char *flaw_text;
     int flaw_numbers[5];
 };

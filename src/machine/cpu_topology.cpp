@@ -15,7 +15,7 @@ namespace {
 constexpr int inconsistent_topology = 120175;
 constexpr int32_t every_processor = -1;
 
-// Zeroed memory for `count` objects, or null. With a count of 0 it is there, and empty.
+// Zeroed memory for `count` objects, or null when there is none left; not null for a count of 0.
 template <typename T>
 T *allocate(apr_pool_t *pool, size_t count) {
     void *block = apr_palloc(pool, count * sizeof(T) + 1);

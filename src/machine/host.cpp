@@ -8,14 +8,13 @@
 
 #include <cstdio>
 #include <cstring>
-#include <initializer_list>
 
 #include <unistd.h>
 
 namespace kestu {
 namespace {
 
-// Lines are seen up to here; what is longer is cut.
+// Longer lines are cut.
 constexpr size_t line_size = 100;
 
 } // namespace
@@ -40,7 +39,7 @@ int os_family(std::string_view sysname) {
     return KESTU_OS_UNIX;
 }
 
-// Without a pretty name the version stands before the release: readers of the text know it so.
+// Kept: without a pretty name the version comes before the release. Relied on by: who parses this.
 void describe_os(char *buf, size_t size, std::string_view pretty, const utsname *host) {
     const int length = static_cast<int>(pretty.size());
     if (!pretty.empty() && host)

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "img/tiff_read.hpp"
-
+#include "support/chain.hpp"
 #include "tiff_bytes.hpp"
 
 namespace kestu::test {

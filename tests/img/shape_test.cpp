@@ -4,6 +4,7 @@
 #include "img/ellipse_edge.hpp"
 #include "support/chain.hpp"
 
+#include <algorithm>
 #include <climits>
 #include <cmath>
 #include <functional>

@@ -3,7 +3,6 @@
 
 #include "kestu_img.h"
 
-#include "support/chain.hpp"
 #include "support/process.hpp"
 
 #include <cstdint>
