@@ -9,7 +9,6 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <sstream>
 #include <stdexcept>
 
@@ -72,21 +71,27 @@ void require_caches(const kestu_cpu_t &cpu) {
 
 void detect() {
     static kestu_cpu_t cpu;
+    static apr_pool_t *const pool = [] {
+        apr_pool_t *made = nullptr;
+        require(apr_pool_create_ex(&made, kestu_pool, nullptr, nullptr) == APR_SUCCESS);
+        return made;
+    }();
     cpu = {};
     cpu.measure = 1;
-    kestu_error_t *err = kestu_cpu_detect(&cpu, kestu_pool);
+    kestu_error_t *err = kestu_cpu_detect(&cpu, pool);
     require_text(cpu.vendor_name);
     require_text(cpu.vendor_id);
     require_text(cpu.name);
     if (!err && cpu.vendor != KESTU_CPU_INTEL && cpu.vendor != KESTU_CPU_AMD) {
         machine.current = 0;
-        err = kestu_cpu_amd_topology(&cpu, kestu_pool);
+        err = kestu_cpu_amd_topology(&cpu, pool);
     }
     if (!err) {
         require_sums(cpu);
         require_caches(cpu);
     }
     kestu_error_clear(err);
+    apr_pool_clear(pool);
 }
 
 void detect_recorded(const uint8_t *data, size_t size) {

@@ -1,15 +1,16 @@
 // TIFF files of strangers: read in full and without pixels; what is grayscale is measured, written,
 // and read again.
+#include "img/tiff_read.hpp"
 #include "kestu_img_measure.h"
 #include "kestu_lib.h"
 #include "kestu_mem.h"
 
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
 #include <sys/mman.h>
-#include <unistd.h>
 
 namespace {
 
@@ -20,13 +21,8 @@ void require(bool condition) {
 
 // A file in memory.
 struct Device {
-    Device() : fd(memfd_create("tiff", 0)) { snprintf(path, sizeof path, "/proc/self/fd/%d", fd); }
-    void fill(const uint8_t *data, size_t size) const {
-        require(ftruncate(fd, 0) == 0);
-        require(pwrite(fd, data, size, 0) == static_cast<ssize_t>(size));
-    }
+    Device() { snprintf(path, sizeof path, "/proc/self/fd/%d", memfd_create("tiff", 0)); }
 
-    int fd;
     char path[40];
 };
 
@@ -61,7 +57,8 @@ void convert(const kestu_img_t &img) {
     kestu_mem_matrix_free(out, sizeof **out, 0, img.height - 1, 0, img.width - 1);
 }
 
-void write_and_read_again(const kestu_img_t &img, const Device &device) {
+void write_and_read_again(const kestu_img_t &img) {
+    static const Device device;
     require(succeeded(kestu_img_write_tiff(device.path, &img)));
     kestu_img_t again;
     require(succeeded(kestu_img_read(device.path, &again)));
@@ -77,14 +74,12 @@ void write_and_read_again(const kestu_img_t &img, const Device &device) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     static const int started = kestu_initialize();
-    static const Device device;
-    static const Device copy;
     require(started == KESTU_INIT_OK);
-    device.fill(data, size);
+    kestu::ByteSource source({data, size});
     kestu_img_t img;
-    const bool has_info = succeeded(kestu_img_read_tiff_info(device.path, &img));
+    const bool has_info = succeeded(kestu::read_tiff_info(source, img));
     kestu_img_free(&img);
-    const bool is_read = succeeded(kestu_img_read(device.path, &img));
+    const bool is_read = succeeded(kestu::read_image(source, img));
     require(has_info || !is_read);
     if (is_read && (img.data8 || img.data16)) {
         double entropy = 0;
@@ -93,7 +88,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
             if (static_cast<size_t>(img.height) * static_cast<size_t>(img.width) < 10000)
                 convert(img);
         }
-        write_and_read_again(img, copy);
+        write_and_read_again(img);
     }
     kestu_img_free(&img);
     require(!img.data8 && !img.data16 && !img.strip_offsets && !img.strip_bytes && !img.software);

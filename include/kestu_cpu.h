@@ -199,10 +199,10 @@ typedef struct kestu_cpu_cache_t {
     uint32_t ways;
     uint32_t partitions;
     uint32_t sets;
-    uint32_t shared_by; /* as many logical processors may share one, as the processor tells it */
+    uint32_t shared_by; /* how many logical processors may share one at most */
     uint32_t sharing_mask;
     uint32_t sharing_width;
-    uint32_t count;        /* so many of this kind are there */
+    uint32_t count;        /* how many of this kind there are */
     char label[64];        /* "L1d" */
     char description[256]; /* "Level 1 Data cache, size(KBytes)= 32" */
 } kestu_cpu_cache_t;

@@ -3,8 +3,9 @@
  *
  *     char out[64];
  *     size_t size = sizeof out;
- *     kestu_error_t *err = kestu_str_escape_parse(out, &size, "a\\tb", 4, 0, 0);  // a, 9, b: size
- * 4 kestu_str_int64_to_base62(-62, 62, out, sizeof out);                        // "-10"
+ *     kestu_error_t *err = kestu_str_escape_parse(out, &size, "a\\tb", 4, 0, 0);
+ *                                                              // "a", a tab, "b"; size 4
+ *     kestu_str_int64_to_base62(-62, 62, out, sizeof out);     // "-10"
  *
  * Escapes are \0 to \777 with one to three octal digits, \x with one or two and \u with one to four
  * hexadecimal digits, \a \b \f \n \r \t \v, and a backslash before any other character, which then

@@ -97,13 +97,12 @@ KESTU_API KESTU_MUST_USE kestu_error_t *kestu_img_write_tiff(const char *path,
 
 /*
  * Writes `nrows` pointers to rows of `ncols` doubles, `rows`, to the file at `path` as a 16-bit
- * image, white is zero. The smallest value becomes 0 and the largest 65535, or 65534 when the last
- * digit of a value x between is rounded down in |(x - smallest) * 65535 / (largest - smallest)|,
- * which is cut to an integer; equal values all become 0. The smallest is looked for among values
- * below 1e300 and the largest among those above -1e300. Values that are not a number, and those for
- * which the formula yields none, become 0; results above 65535 become 65535. Errors are those of
- * kestu_img_write_tiff and of kestu_mem_matrix_alloc under "Cannot convert double array to TIFF
- * image.".
+ * image, white is zero. The smallest value becomes 0 and the largest 65535; a value x between them
+ * becomes |(x - smallest) * 65535 / (largest - smallest)|, cut to an integer; equal values all
+ * become 0. The smallest is looked for among values below 1e300 and the largest among those above
+ * -1e300. Values that are not a number, and others for which the formula yields none, become 0;
+ * results above 65535 become 65535. Errors are those of kestu_img_write_tiff and of
+ * kestu_mem_matrix_alloc under "Cannot convert double array to TIFF image.".
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_img_darr_to_tiff(const char *path, double **rows,
                                                                int nrows, int ncols);

@@ -25,7 +25,7 @@ KESTU_BEGIN_DECLS
  * through `nbins` and through `hist` a new array of as many counts, which the caller releases with
  * kestu_mem_free. White-is-zero images are counted as stored. Errors: an image that is not
  * measured, with nothing stored, and those of kestu_mem_calloc, all under "Cannot create histogram
- * of an image.". Takes 256 KiB of stack for 16 bits (512 KiB above 2^32 pixels).
+ * of an image.".
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_img_histogram(const kestu_img_t *img, int *nbins,
                                                             uint64_t **hist);
@@ -33,7 +33,8 @@ KESTU_API KESTU_MUST_USE kestu_error_t *kestu_img_histogram(const kestu_img_t *i
 /*
  * Stores through `entropy` the Shannon entropy of the gray levels of `img` in bits; 0 for an image
  * without pixels. The only error is an image that is not measured, under "Can't calculate entropy
- * for an image.". Nothing is allocated; the stack is used as by kestu_img_histogram.
+ * for an image.". Nothing is allocated: the counts of 16 bits take 256 KiB of stack (512 KiB above
+ * 2^32 pixels).
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_img_entropy(const kestu_img_t *img, double *entropy);
 
@@ -47,11 +48,11 @@ KESTU_API double kestu_img_thres_IJ(int nbins, const uint64_t *hist);
 
 /*
  * Convert every pixel of `img`, whose value is q, into a double that is stored in the same row and
- * column of the caller's matrix `out`, which has the image's height and width. M is the largest
- * value, 255 or 65535. The only error is an image that is not measured, under "Cannot provide image
- * data mask.", "Can't calculate optical intensity." and "Can't calculate Fuji relative intensity.".
- * Nothing is allocated; images with more pixels than levels take 2 KiB (8 bits) or 512 KiB of stack
- * for a table.
+ * column of the caller's matrix `out`, which has the image's height and width, and rows that do not
+ * overlap: what is stored there meanwhile may be something else. M is the largest value, 255 or
+ * 65535. The only error is an image that is not measured, under "Cannot provide image data mask.",
+ * "Can't calculate optical intensity." and "Can't calculate Fuji relative intensity.". Nothing is
+ * allocated.
  *
  * The data mask is 0 at the dark end, which is M when white is zero and 0 when black is zero, and 1
  * elsewhere.

@@ -42,8 +42,8 @@ KESTU_API KESTU_MUST_USE kestu_error_t *kestu_img_ellipser(int x0, int y0, int x
 /*
  * Draws the circle of radius `r` around (`xm`, `ym`) as a line of width 1 that covers pixels in
  * part, with the pixels that the walk of kestu_img_circle meets and, in every step, those on the
- * other side of the line. Intensities are those of the ellipses below. The walk begins and ends at
- * the ends of both axes, which are plotted twice: with 0, and at last with 1.
+ * other side of the line. Intensities are those of the ellipses below. The four ends of the axes
+ * come twice, at the beginning and at the end of the walk, both times with 1.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_img_circle_aa(int xm, int ym, int r,
                                                             kestu_img_plot_func plot, void *data);
@@ -53,14 +53,16 @@ KESTU_API KESTU_MUST_USE kestu_error_t *kestu_img_circle_aa(int xm, int ym, int 
  * (`x0`, `y0`) and (`x1`, `y1`), as lines of width 1, or of `width` pixels, that cover pixels in
  * part. Every pixel that has a part is plotted once, and intensities add up to the area of the
  * line. The intensity is the part of the pixel between two straight lines at half the width on both
- * sides of the ellipse, in its direction at the point that is next to the pixel's centre:
+ * sides of the ellipse, in its direction at the point that is next to the pixel's centre; where it
+ * bends sharply, and where its halves meet, that of smaller squares within the pixel. This is
  * unweighted area sampling (Catmull, "A hidden-surface algorithm with anti-aliasing", 1978) on the
  * distance from a point to an ellipse (Eberly, "Distance from a point to an ellipse, an ellipsoid,
  * or a hyperellipsoid", 2013).
  *
- * The forms with a width round the corners of the rectangle, which is (`xm` - `a`, `ym` - `b`) to
- * (`xm` + `a`, `ym` + `b`) in the centre form, to whole pixels. A width of 1 or less draws the line
- * of width 1. Coordinates beyond int count as its ends; what is not a number counts as 0.
+ * The forms with a width take any numbers. The corners of the rectangle, in the centre form
+ * (`xm` - `a`, `ym` - `b`) and (`xm` + `a`, `ym` + `b`), are rounded to whole pixels; the width is
+ * not rounded. A width of 1 or less draws the line of width 1. Coordinates beyond int count as its
+ * ends; what is not a number counts as 0.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_img_ellipser_aa(int x0, int y0, int x1, int y1,
                                                               kestu_img_plot_func plot, void *data);

@@ -1,7 +1,8 @@
 /*
- * Checksums of bytes: SHA-1, the CRC-32 of zlib and IEEE 802.3, and CRC-16/ARC.
+ * Checksums of bytes: SHA-1, whose digest has 20 bytes though kestu_sha1 writes 21, the CRC-32 of
+ * zlib and IEEE 802.3, and CRC-16/ARC.
  *
- *     unsigned char digest[KESTU_SHA1_SIZE + 1];
+ *     unsigned char digest[KESTU_SHA1_BUFFER_SIZE];
  *     kestu_sha1(digest, data, size);
  *     uint32_t crc = kestu_util_crc32(0, head, head_size);
  *     crc = kestu_util_crc32(crc, rest, rest_size);   // the CRC of head and rest together
@@ -21,7 +22,11 @@
 
 KESTU_BEGIN_DECLS
 
-enum { KESTU_SHA1_SIZE = 20, KESTU_SHA1_BLOCK_SIZE = 64 };
+enum {
+    KESTU_SHA1_SIZE = 20,        /* of a digest */
+    KESTU_SHA1_BUFFER_SIZE = 21, /* what kestu_sha1 writes: the digest and a zero */
+    KESTU_SHA1_BLOCK_SIZE = 64,
+};
 
 /* A SHA-1 under way. The caller provides it; it holds no resources. */
 typedef struct kestu_sha1_t {
@@ -43,8 +48,9 @@ KESTU_API void kestu_sha1_final(unsigned char *digest, kestu_sha1_t *context);
 KESTU_API void kestu_sha1_transform(uint32_t *state, const unsigned char *block);
 
 /*
- * The SHA-1 of `len` bytes of `data` at once. `digest` has room for 21 bytes: a zero is written
- * behind the 20 of the digest, so that it can be handled as a terminated byte string.
+ * The SHA-1 of `len` bytes of `data` at once. `digest` has room for KESTU_SHA1_BUFFER_SIZE bytes: a
+ * zero is written behind the 20 of the digest, so that it can be handled as a terminated byte
+ * string.
  */
 KESTU_API void kestu_sha1(unsigned char *digest, const unsigned char *data, uint32_t len);
 

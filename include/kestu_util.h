@@ -44,8 +44,8 @@ KESTU_API int kestu_util_nsb64(uint64_t value);
  * Writes the directory part, or the last component, of `path` to `out`, which has room for `size`
  * bytes. Slashes at the end do not count; a null or empty path gives ".". Returns 0 and writes
  * nothing when `size` is below 2, else the length of the full result: a value of `size` or more
- * means that it was cut. The functions work on a copy of the path; when there is no memory for it
- * the process aborts.
+ * means that it was cut. The functions work on a copy of a path that is not empty; when there is no
+ * memory for it the process aborts.
  */
 KESTU_API size_t kestu_util_dirname(const char *path, char *out, size_t size);
 KESTU_API size_t kestu_util_basename(const char *path, char *out, size_t size);

@@ -5,7 +5,7 @@
 
 using namespace kestu;
 
-// An empty buffer keeps the CRC while a missing one gives 0: callers tell the two apart.
+// Kept: an empty buffer keeps the CRC, a null one gives 0. Relied on by: callers without a buffer.
 uint32_t kestu_util_crc32(uint32_t crc, const unsigned char *buf, size_t len) {
     return buf ? ~crc_dispatch.current().crc32(~crc, buf, len) : 0;
 }

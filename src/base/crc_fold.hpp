@@ -132,8 +132,8 @@ alignas(16) constexpr signed char shifts[48] = {
     -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, 0,  1,  2,  3,  4,  5,  6,  7,
     8,  9,  10, 11, 12, 13, 14, 15, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1};
 
-// Folds in the last 1 to 15 bytes, which follow a lane in memory: together with `x` they are cut
-// into as many bytes and a lane.
+// Folds in the last 1 to 15 bytes, which follow a lane in memory. The bytes of `x` and these are
+// cut anew: as many as are left come first, and a whole lane behind them.
 template <typename Crc>
 __m128i fold_rest(__m128i x, const Message &rest) {
     const auto *down = reinterpret_cast<const unsigned char *>(shifts) + 16 + rest.size;

@@ -93,7 +93,7 @@ void kestu_sha1_transform(uint32_t *state, const unsigned char *block) {
     sha1_dispatch.current().compress(state, block, 1);
 }
 
-// The zero behind the digest is part of the contract: callers handle the digest as a byte string.
+// Kept: the zero behind the digest. Relied on by: callers that handle it as a terminated string.
 void kestu_sha1(unsigned char *digest, const unsigned char *data, uint32_t len) {
     kestu_sha1_t context;
     kestu_sha1_init(&context);

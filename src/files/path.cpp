@@ -1,9 +1,10 @@
 // The directory and the last component of a path.
-#include "base/path_view.hpp"
-
-#include "error/error.hpp"
-#include "kestu_mem.h"
 #include "kestu_util.h"
+
+#include "base/kept_errno.hpp"
+#include "base/path_view.hpp"
+#include "error/report.hpp"
+#include "kestu_mem.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -18,13 +19,18 @@ using Half = std::string_view (*)(std::string_view path);
 size_t write_half(Half half, const char *path, char *out, size_t size) {
     if (size < 2)
         return 0;
-    const size_t length = path ? std::strlen(path) : 0;
+    if (!path || !*path) {
+        std::memcpy(out, ".", 2);
+        return 1;
+    }
+    const KeptErrno kept;
+    const size_t length = std::strlen(path);
     char *copy = nullptr;
     if (kestu_error_t *err = kestu_mem_malloc(length + 1, &copy)) {
         report(err);
         std::abort();
     }
-    std::memcpy(copy, path ? path : "", length + 1);
+    std::memcpy(copy, path, length + 1);
     const std::string_view result = half({copy, length});
     const size_t written = result.size() < size ? result.size() : size - 1;
     std::memcpy(out, result.data(), written);

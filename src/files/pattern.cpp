@@ -1,6 +1,7 @@
 // Lists of file-name patterns.
 #include "files/pattern.hpp"
 
+#include "base/kept_errno.hpp"
 #include "kestu_dir.h"
 
 #include <apr_fnmatch.h>
@@ -14,6 +15,7 @@ namespace kestu {
 
 // Array, pointers and text stand in one block, so that one check covers all memory.
 apr_array_header_t *compile_patterns(std::string_view text, apr_pool_t *pool) {
+    const KeptErrno kept;
     const auto most = static_cast<size_t>(std::count(text.begin(), text.end(), ';')) + 1;
     const size_t head = sizeof(apr_array_header_t) + most * sizeof(char *);
     auto *block = static_cast<char *>(apr_palloc(pool, head + text.size() + 1));

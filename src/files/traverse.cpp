@@ -1,7 +1,8 @@
 // Walking a tree of folders. One folder is open at a time, and those still to be visited wait in a
-// list: neither the stack nor the file descriptors bound the depth of a tree.
+// list, so that neither the stack nor the file descriptors limit the depth of a tree.
 #include "kestu_dir.h"
 
+#include "base/kept_errno.hpp"
 #include "error/error.hpp"
 #include "files/pattern.hpp"
 #include "kestu_mem.h"
@@ -50,34 +51,34 @@ class FolderList {
             return err;
         folder->next = nullptr;
         std::memcpy(folder + 1, path, length);
-        *end = folder;
-        end = &folder->next;
+        *end_ = folder;
+        end_ = &folder->next;
         return nullptr;
     }
 
     // Moves all of `other` to the front.
     void prepend(FolderList &other) {
-        if (!other.first)
+        if (!other.first_)
             return;
-        *other.end = first;
-        end = first ? end : other.end;
-        first = std::exchange(other.first, nullptr);
-        other.end = &other.first;
+        *other.end_ = first_;
+        end_ = first_ ? end_ : other.end_;
+        first_ = std::exchange(other.first_, nullptr);
+        other.end_ = &other.first_;
     }
 
     // The caller releases it; null when there is none.
     Folder *take_first() {
-        Folder *taken = first;
+        Folder *taken = first_;
         if (taken)
-            first = taken->next;
-        if (!first)
-            end = &first;
+            first_ = taken->next;
+        if (!first_)
+            end_ = &first_;
         return taken;
     }
 
   private:
-    Folder *first = nullptr;
-    Folder **end = &first;
+    Folder *first_ = nullptr;
+    Folder **end_ = &first_;
 };
 
 enum class Kind { folder, file, other };
@@ -123,7 +124,7 @@ void warn_of_nameless_entry() {
 
 class Traversal {
   public:
-    explicit Traversal(const kestu_dir_traverse_t &given) : options(given) {}
+    explicit Traversal(const kestu_dir_traverse_t &given) : options_(given) {}
 
     kestu_error_t *run(const char *dir, apr_pool_t *pool);
 
@@ -134,37 +135,37 @@ class Traversal {
     kestu_error_t *visit_file(const char *path);
     apr_status_t read_entry(DIR *stream, apr_finfo_t &entry);
 
-    const kestu_dir_traverse_t &options;
-    apr_pool_t *folder_pool = nullptr; // holds the folder at hand, which is open
-    apr_pool_t *entry_pool = nullptr;  // cleared before each entry
-    FolderList found;                  // in the folder at hand
-    FolderList waiting;
-    bool stopped_by_error = false;
+    const kestu_dir_traverse_t &options_;
+    apr_pool_t *folder_pool_ = nullptr; // holds the folder at hand, which is open
+    apr_pool_t *entry_pool_ = nullptr;  // cleared before each entry
+    FolderList found_;                  // in the folder at hand
+    FolderList waiting_;
+    bool stopped_by_error_ = false;
 };
 
-// The folder in which an error of the callback ends the traversal stays open as long as the
-// caller's pool: callers know it so.
+// Kept: a folder stays open when an error of the callback ends the traversal. Relied on by: callers
+// that release it with their pool.
 kestu_error_t *Traversal::run(const char *dir, apr_pool_t *pool) {
-    if (apr_status_t status = apr_pool_create_ex(&folder_pool, pool, nullptr, nullptr))
+    if (apr_status_t status = apr_pool_create_ex(&folder_pool_, pool, nullptr, nullptr))
         return fail_apr(status);
-    apr_status_t status = apr_pool_create_ex(&entry_pool, pool, nullptr, nullptr);
+    apr_status_t status = apr_pool_create_ex(&entry_pool_, pool, nullptr, nullptr);
     kestu_error_t *err = status ? fail_apr(status) : visit_folder(dir);
-    for (Folder *folder; !err && (folder = waiting.take_first());) {
+    for (Folder *folder; !err && (folder = waiting_.take_first());) {
         err = visit_folder(folder->path());
         kestu_mem_free(folder);
     }
-    if (!stopped_by_error) {
-        if (entry_pool)
-            apr_pool_destroy(entry_pool);
-        apr_pool_destroy(folder_pool);
+    if (!stopped_by_error_) {
+        if (entry_pool_)
+            apr_pool_destroy(entry_pool_);
+        apr_pool_destroy(folder_pool_);
     }
     return err;
 }
 
 kestu_error_t *Traversal::visit_folder(const char *path) {
-    apr_pool_clear(folder_pool);
+    apr_pool_clear(folder_pool_);
     apr_dir_t *dir = nullptr;
-    if (apr_status_t status = apr_dir_open(&dir, path, folder_pool))
+    if (apr_status_t status = apr_dir_open(&dir, path, folder_pool_))
         return kestu_error_aprwrapf_i(status, 0, nullptr, nullptr, "(%s)", path);
     DIR *stream = nullptr;
     apr_os_dir_get(&stream, dir);
@@ -172,7 +173,7 @@ kestu_error_t *Traversal::visit_folder(const char *path) {
         return err;
     if (apr_status_t status = apr_dir_close(dir))
         return fail_apr(status);
-    waiting.prepend(found);
+    waiting_.prepend(found_);
     return nullptr;
 }
 
@@ -196,13 +197,14 @@ kestu_error_t *Traversal::visit_entries(const char *folder, DIR *stream) {
     }
 }
 
-// APR copies a name into the pool of the handle that it reads through. A handle for this read alone
-// keeps folders of any size in the one block that a pool has from the start, so that neither name
-// nor path of an entry can lack memory. Files are looked up by kind_of, which needs no whole path.
+// APR copies the name into the pool of the handle that it reads through. A new handle for each
+// entry, in a pool that is cleared before, needs no more than the block that a pool begins with,
+// however large the folder is. Only the name is asked for: kind_of looks files up without their
+// whole path.
 apr_status_t Traversal::read_entry(DIR *stream, apr_finfo_t &entry) {
-    apr_pool_clear(entry_pool);
+    apr_pool_clear(entry_pool_);
     apr_dir_t *handle = nullptr;
-    apr_os_dir_put(&handle, stream, entry_pool);
+    apr_os_dir_put(&handle, stream, entry_pool_);
     return apr_dir_read(&entry, APR_FINFO_NAME, handle);
 }
 
@@ -210,25 +212,25 @@ kestu_error_t *Traversal::visit_entry(const char *folder, int fd, const apr_finf
     const Kind kind = kind_of(fd, entry);
     if (kind == Kind::other)
         return nullptr;
-    if (kind == Kind::folder && (!(options.flags & KESTU_DIR_RECURSE) || is_dots(entry.name)))
+    if (kind == Kind::folder && (!(options_.flags & KESTU_DIR_RECURSE) || is_dots(entry.name)))
         return nullptr;
     char *path = nullptr;
     if (apr_status_t status =
-            apr_filepath_merge(&path, folder, entry.name, APR_FILEPATH_NATIVE, entry_pool))
+            apr_filepath_merge(&path, folder, entry.name, APR_FILEPATH_NATIVE, entry_pool_))
         return fail_apr(status);
-    return kind == Kind::folder ? found.append(path) : visit_file(path);
+    return kind == Kind::folder ? found_.append(path) : visit_file(path);
 }
 
 kestu_error_t *Traversal::visit_file(const char *path) {
     const bool excluded =
-        options.exclude && matchToCompositePattern(path, options.exclude, &options);
-    if (excluded || !matchToCompositePattern(path, options.include, &options))
+        options_.exclude && matchToCompositePattern(path, options_.exclude, &options_);
+    if (excluded || !matchToCompositePattern(path, options_.include, &options_))
         return nullptr;
-    kestu_error_t *err = options.callback(path, options.user_data, entry_pool);
+    kestu_error_t *err = options_.callback(path, options_.user_data, entry_pool_);
     if (!err || err == KestuDLlistStopWalking)
         return err;
-    if (options.flags & KESTU_DIR_STOP) {
-        stopped_by_error = true;
+    if (options_.flags & KESTU_DIR_STOP) {
+        stopped_by_error_ = true;
         return err;
     }
     report(err);
@@ -246,6 +248,7 @@ bool compile_into(apr_array_header_t *&list, const char *text, apr_pool_t *pool)
 
 kestu_error_t *kestu_dir_traverse(const char *dir, const char *include, const char *exclude,
                                   kestu_dir_traverse_t *options, apr_pool_t *pool) {
+    const KeptErrno kept;
     if (!compile_into(options->include, include, pool) ||
         !compile_into(options->exclude, exclude, pool))
         return wrap(fail_apr(APR_ENOMEM), action);

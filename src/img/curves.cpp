@@ -1,6 +1,8 @@
-// Circles and ellipses by incremental error terms: which pixels are plotted, in which order and how
-// often is fixed to the letter.
-#include "img/coverage.hpp"
+// Circles and ellipses by incremental error terms.
+// Kept: which pixels are plotted, in which order and how often. Relied on by: callers that count.
+#include "kestu_img_shape.h"
+
+#include "img/ellipse_line.hpp"
 #include "img/plotter.hpp"
 
 #include <algorithm>
@@ -37,7 +39,7 @@ kestu_error_t *draw_circle(Pixel m, int64_t r, const Plotter &out) {
     return nullptr;
 }
 
-// The tips of flat ellipses, which the walk leaves early.
+// The walk ends before the tips of flat ellipses.
 kestu_error_t *draw_tips(Pixel m, int64_t y, int64_t b, const Plotter &out) {
     while (y < b) {
         ++y;
@@ -104,46 +106,55 @@ kestu_error_t *draw_in_rectangle(Pixel p0, Pixel p1, const Plotter &out) {
     return nullptr;
 }
 
-// How much a circle of width 1 covers of the pixel at (x, y) from its middle.
-double part_of_circle(int64_t x, int64_t y, int64_t r) {
-    const auto dx = static_cast<double>(x);
-    const auto dy = static_cast<double>(y);
-    const double from_middle = std::sqrt(dx * dx + dy * dy);
-    const double distance = from_middle - static_cast<double>(r);
-    return covered_part({distance, dx / from_middle, dy / from_middle}, 0.5);
-}
+// A circle of width 1 on its way. Every quadrant begins and ends with an end of an axis, which is
+// plotted in full both times.
+class SmoothCircle {
+  public:
+    SmoothCircle(Pixel m, int64_t r, const Plotter &out)
+        : m_(m), r_(r), line_(static_cast<double>(r), static_cast<double>(r), 1), out_(out) {}
 
-// The pixels beside the line are plotted only when a part of them is covered.
-kestu_error_t *plot_beside(Pixel m, int64_t x, int64_t y, int64_t r, const Plotter &out) {
-    const double intensity = part_of_circle(x, y, r);
-    return intensity > 0 ? plot_turned(m, x, y, intensity, out) : nullptr;
-}
+    kestu_error_t *draw() const;
 
-// Every quadrant ends on the pixel on which the next one begins: only the end covers it, so that
-// intensities add up, and a callback that overwrites is left with the last one.
-kestu_error_t *draw_smooth_circle(Pixel m, int64_t r, const Plotter &out) {
-    int64_t x = -r;
+  private:
+    double part_of_pixel(int64_t x, int64_t y) const {
+        return line_.part_of_pixel(static_cast<double>(x), static_cast<double>(y));
+    }
+
+    // The pixels beside the walk are plotted only when a part of them is covered. The middle of the
+    // smallest circle would be its own neighbour in all quadrants, and is left out.
+    kestu_error_t *plot_beside(int64_t x, int64_t y) const {
+        const double part = x == 0 && y == 0 ? 0 : part_of_pixel(x, y);
+        return part > 0 ? plot_turned(m_, x, y, part, out_) : nullptr;
+    }
+
+    Pixel m_;
+    int64_t r_;
+    EllipseLine line_;
+    Plotter out_;
+};
+
+kestu_error_t *SmoothCircle::draw() const {
+    int64_t x = -r_;
     int64_t y = 0;
-    int64_t error = 2 - 2 * r;
-    double intensity = x < 0 ? 0 : 1;
+    int64_t error = 2 - 2 * r_;
     for (;;) {
-        if (kestu_error_t *err = plot_turned(m, x, y, intensity, out))
+        const bool at_end = y == 0 || x >= 0;
+        if (kestu_error_t *err = plot_turned(m_, x, y, at_end ? 1 : part_of_pixel(x, y), out_))
             return err;
         if (x >= 0)
             return nullptr;
         const Pixel at = {x, y};
         const int64_t before = error;
         if (before + at.y > 0) {
-            if (kestu_error_t *err = plot_beside(m, at.x, at.y + 1, r, out))
+            if (kestu_error_t *err = plot_beside(at.x, at.y + 1))
                 return err;
             error += 2 * ++x + 1;
         }
         if (before + at.x <= 0) {
-            if (kestu_error_t *err = plot_beside(m, at.x + 1, at.y, r, out))
+            if (kestu_error_t *err = plot_beside(at.x + 1, at.y))
                 return err;
             error += 2 * ++y + 1;
         }
-        intensity = part_of_circle(x, y, r);
     }
 }
 
@@ -164,5 +175,5 @@ kestu_error_t *kestu_img_ellipser(int x0, int y0, int x1, int y1, kestu_img_plot
 }
 
 kestu_error_t *kestu_img_circle_aa(int xm, int ym, int r, kestu_img_plot_func plot, void *data) {
-    return draw_smooth_circle({xm, ym}, r, {plot, data});
+    return SmoothCircle({xm, ym}, r, {plot, data}).draw();
 }

@@ -1,4 +1,7 @@
 // Matrices of doubles as 16-bit images.
+#include "kestu_img.h"
+
+#include "base/kept_errno.hpp"
 #include "error/error.hpp"
 #include "img/rows.hpp"
 #include "img/tiff_write.hpp"
@@ -27,8 +30,11 @@ Range range_of(const double *const *rows, int nrows, int ncols) {
     return range;
 }
 
-// What is not a number has no integer; neither has what an enormous value is scaled to.
+// The largest value does not go through the formula, which could round it down. What is not a
+// number has no integer, and enormous values are scaled to infinity, which has none either.
 uint16_t sample_of(double x, Range range) {
+    if (x == range.maximum)
+        return static_cast<uint16_t>(largest_sample);
     const double scaled =
         std::fabs((x - range.minimum) * largest_sample / (range.maximum - range.minimum));
     const double bounded = scaled > largest_sample ? largest_sample : scaled;
@@ -43,7 +49,7 @@ void scale(const double *const *rows, const kestu_img_t &img) {
             img.data16[r][c] = constant ? 0 : sample_of(rows[r][c], range);
 }
 
-kestu_error_t *write_scaled(File &file, const double *const *rows, kestu_img_t &img) {
+kestu_error_t *write_scaled(OutputFile &file, const double *const *rows, kestu_img_t &img) {
     const uint64_t filled = img.width > 0 ? static_cast<uint32_t>(img.height) : 0;
     if (kestu_error_t *err = allocate_rows(img.data16, img.height, img.width, filled))
         return err;
@@ -54,14 +60,16 @@ kestu_error_t *write_scaled(File &file, const double *const *rows, kestu_img_t &
 } // namespace
 
 kestu_error_t *kestu_img_darr_to_tiff(const char *path, double **rows, int nrows, int ncols) {
-    File file;
-    kestu_error_t *err = file.open(path, "wbe");
+    const KeptErrno kept;
+    OutputFile file;
+    kestu_error_t *err = file.open(path);
     if (!err) {
         kestu_img_t img = {};
         img.height = nrows;
         img.width = ncols;
         img.samples = 1;
         img.bits[0] = 16;
+        img.photometric = 0; // Kept: white is zero. Relied on by: readers of these files.
         err = file.close(write_scaled(file, rows, img));
         kestu_img_free(&img);
     }

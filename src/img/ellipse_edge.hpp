@@ -4,10 +4,11 @@
 namespace kestu {
 
 // How a point lies to the edge: at a distance, negative inside, along a normal of length 1 that
-// points outwards.
+// points outwards. Where they meet, the edge bends as a circle of `radius` does.
 struct Edge {
     double distance;
     double nx, ny;
+    double radius;
 };
 
 // An axis-parallel ellipse around the origin.

@@ -1,10 +1,10 @@
 // Counting the gray levels of images.
 #pragma once
 
-#include "img/grayscale.hpp"
-#include "img/rows.hpp"
+#include "img/samples.hpp"
 
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <initializer_list>
 #include <limits>
@@ -16,12 +16,19 @@ class LevelCounts {
   public:
     static constexpr size_t levels = levels_of<Sample>;
 
+    // Neighbours that are equal would have to wait for each other's count: several sets of counters
+    // let them go on. With 16 bits, a second set would cost more in the cache than it saves.
+    static constexpr size_t sets = sizeof(Sample) == 1 ? 4 : 1;
+
+    // Counts in the caller's counters, levels * sets of them, which are zero.
+    explicit LevelCounts(Count *counters) : counters_(counters) {}
+
     void add(const Sample *row, size_t n) {
         const Sample *const end = row + n;
         while (end - row >= per_block) {
             const Sample *next = end_of_run(row, end);
             if (next != row) {
-                counts_[0][*row] += static_cast<Count>(next - row);
+                counters_[*row] += static_cast<Count>(next - row);
             } else {
                 next = row + per_block;
                 add_each(row);
@@ -29,21 +36,17 @@ class LevelCounts {
             row = next;
         }
         for (; row != end; ++row)
-            ++counts_[0][*row];
+            ++counters_[*row];
     }
 
     uint64_t of(size_t level) const {
         uint64_t sum = 0;
-        for (const auto &set : counts_)
-            sum += set[level];
+        for (size_t set = 0; set < sets; ++set)
+            sum += counters_[set * levels + level];
         return sum;
     }
 
   private:
-    // Neighbours that are equal would have to wait for each other's count: several sets of counters
-    // let them go on. With 16 bits, a second set would cost more in the cache than it saves.
-    static constexpr size_t sets = sizeof(Sample) == 1 ? 4 : 1;
-
     static constexpr int digits = std::numeric_limits<Sample>::digits;
     static constexpr ptrdiff_t per_word = sizeof(uint64_t) / sizeof(Sample);
     static constexpr ptrdiff_t per_block = 2 * per_word;
@@ -54,8 +57,9 @@ class LevelCounts {
         return word;
     }
 
-    // Where the run of blocks of one level that begins at `pixels` ends; where it begins when there
-    // is none. Pixels are equal when their word does not change by being rotated by one of them.
+    // The end of the run of blocks of one level that begins at `pixels`, which is `pixels` when
+    // there is none. The pixels of a word are equal when rotating it by one of them changes
+    // nothing.
     static const Sample *end_of_run(const Sample *pixels, const Sample *end) {
         const uint64_t word = word_at(pixels);
         if (word != word_at(pixels + per_word) || word != (word << digits | word >> (64 - digits)))
@@ -64,9 +68,9 @@ class LevelCounts {
         return skip_equal<per_block>(pixels, end, word);
     }
 
-    // Goes on by `step` pixels as long as all their words are `word`. Long runs wait for nothing
-    // but memory, so they ask early for what follows: the processor itself stops at the end of a
-    // page.
+    // Goes on by `step` pixels as long as all their words are `word`. Long runs wait for memory
+    // alone. They ask for the next page early, since the processor's own fetching stops at the end
+    // of a page.
     template <ptrdiff_t step>
     static const Sample *skip_equal(const Sample *pixels, const Sample *end, uint64_t word) {
         for (; end - pixels >= step; pixels += step) {
@@ -90,31 +94,21 @@ class LevelCounts {
     void add_each(const Sample *pixels) {
         for (const uint64_t word : {word_at(pixels), word_at(pixels + per_word)})
             for (size_t i = 0; i < per_word; ++i)
-                ++counts_[i % sets][static_cast<Sample>(word >> (i * digits))];
+                ++counters_[i % sets * levels + static_cast<Sample>(word >> (i * digits))];
     }
 
-    Count counts_[sets][levels] = {};
+    Count *counters_;
 };
 
-// Counts in a frame of its own, so that no caller has more than one set of counters on the stack.
-template <typename Count, typename Sample, typename Use>
-[[gnu::noinline]] void count_rows(const kestu_img_t &img, Sample *const *rows, Use use) {
-    LevelCounts<Sample, Count> counts;
+template <typename Sample, typename Count>
+void count_rows(const kestu_img_t &img, Sample *const *rows, LevelCounts<Sample, Count> &counts) {
     for (int32_t r = 0; r < img.height && img.width > 0; ++r)
         counts.add(rows[r], static_cast<size_t>(img.width));
-    use(counts);
 }
 
-// Counts the levels of an image that check_grayscale lets pass and hands the counts to `use`.
-template <typename Use>
-void count_levels(const kestu_img_t &img, Use use) {
-    const bool wide = pixels_of(img) > std::numeric_limits<uint32_t>::max();
-    if (img.bits[0] == 8)
-        wide ? count_rows<uint64_t>(img, img.data8, use)
-             : count_rows<uint32_t>(img, img.data8, use);
-    else
-        wide ? count_rows<uint64_t>(img, img.data16, use)
-             : count_rows<uint32_t>(img, img.data16, use);
+// Whether a level may occur more often than 32 bits count.
+inline bool needs_wide_counts(const kestu_img_t &img) {
+    return pixels_of(img) > std::numeric_limits<uint32_t>::max();
 }
 
 } // namespace kestu

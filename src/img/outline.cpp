@@ -1,9 +1,12 @@
 // Outlines of ellipses that cover pixels in part.
-#include "img/coverage.hpp"
+#include "kestu_img_shape.h"
+
+#include "img/ellipse_line.hpp"
 #include "img/plotter.hpp"
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 using namespace kestu;
 
@@ -38,15 +41,15 @@ class Outline {
   public:
     Outline(Pixel p0, Pixel p1, double width, const Plotter &out)
         : columns_(p0.x, p1.x), rows_(p0.y, p1.y),
-          ellipse_(columns_.half_axis(), rows_.half_axis()), half_width_(width / 2), out_(out) {}
+          line_(columns_.half_axis(), rows_.half_axis(), width), reach_(width / 2 + std::sqrt(0.5)),
+          out_(out) {}
 
     // Goes through a quadrant row by row, in each from the outside to where the inside begins or
-    // the middle is reached. The outside can only come nearer, but for a pixel by the rounding of
-    // directions.
+    // the middle is reached. From row to row the outer end moves towards the middle, or by rounding
+    // one pixel away from it.
     kestu_error_t *draw() const {
-        const double reach = half_width_ + std::sqrt(0.5);
-        const int64_t last_row = rows_.last_within(reach);
-        const int64_t last_column = columns_.last_within(reach);
+        const int64_t last_row = rows_.last_within(reach_);
+        const int64_t last_column = columns_.last_within(reach_);
         int64_t column = last_column;
         for (int64_t row = 0; row <= last_row; ++row) {
             column = std::min(column + 1, last_column);
@@ -75,8 +78,7 @@ class Outline {
     }
 
     double coverage(int64_t column, int64_t row) const {
-        return covered_part(ellipse_.nearest(columns_.distance(column), rows_.distance(row)),
-                            half_width_);
+        return line_.part_of_pixel(columns_.distance(column), rows_.distance(row));
     }
 
     kestu_error_t *plot_mirrored(int64_t column, int64_t row, double intensity) const {
@@ -94,8 +96,8 @@ class Outline {
     }
 
     Axis columns_, rows_;
-    Ellipse ellipse_;
-    double half_width_;
+    EllipseLine line_;
+    double reach_; // of the line from the ellipse to the farthest pixel's centre
     Plotter out_;
 };
 

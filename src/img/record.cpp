@@ -1,6 +1,7 @@
 // The image record itself.
 #include "kestu_img.h"
 
+#include "base/kept_errno.hpp"
 #include "kestu_mem.h"
 
 namespace {
@@ -23,6 +24,7 @@ void free_matrix(kestu_img_t &img, Sample **&rows) {
 } // namespace
 
 void kestu_img_free(kestu_img_t *img) {
+    const kestu::KeptErrno kept;
     free_matrix(*img, img->data8);
     free_matrix(*img, img->data16);
     free_block(img->strip_offsets);

@@ -1,5 +1,4 @@
-// The pixels of an image: how many there are, making rows for them, and moving through their bytes
-// as if they were one piece.
+// The rows of an image: making them, and moving through their bytes as if they were one piece.
 #pragma once
 
 #include "error/error.hpp"
@@ -12,12 +11,6 @@
 #include <sys/uio.h>
 
 namespace kestu {
-
-inline uint64_t pixels_of(const kestu_img_t &img) {
-    if (img.height <= 0 || img.width <= 0)
-        return 0;
-    return static_cast<uint64_t>(img.height) * static_cast<uint64_t>(img.width);
-}
 
 // As kestu_mem_matrix_alloc for rows and columns that begin at 0, but rows not made after a failure
 // are null, so that the matrix can be released; and the first `filled` rows, which the caller
@@ -44,7 +37,7 @@ template <typename Sample>
 constexpr int segments_per_call = 256;
 using RowSegments = iovec[segments_per_call];
 
-// A place in the rows that runs on over their ends.
+// A place in the rows that goes on in the next row when one ends.
 template <typename Sample>
 class RowCursor {
   public:

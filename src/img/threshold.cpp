@@ -55,7 +55,8 @@ Moments moments(const uint64_t *hist, uint64_t from, uint64_t to) {
     return sums;
 }
 
-// The bins above a split, without going over them again for every split where that is exact.
+// The mean of the bins above a split. Where sums are exact it follows from the sums below, so that
+// the bins need not be read again for every split.
 class UpperMoments {
   public:
     UpperMoments(const uint64_t *hist, Range range)

@@ -1,10 +1,11 @@
+// Walking the directories of a TIFF file.
 #include "img/tiff_directory.hpp"
 
 #include "error/error.hpp"
 #include "img/tiff_format.hpp"
+#include "img/widen.hpp"
 #include "kestu_mem.h"
 
-#include <cstring>
 #include <limits>
 
 namespace kestu {
@@ -25,7 +26,7 @@ struct Lists {
 
 class DirectoryReader {
   public:
-    DirectoryReader(File &file, kestu_img_t &img) : file_(file), img_(img) {}
+    DirectoryReader(ByteSource &source, kestu_img_t &img) : source_(source), img_(img) {}
     kestu_error_t *run();
 
   private:
@@ -41,7 +42,7 @@ class DirectoryReader {
     kestu_error_t *read_software(const Entry &text);
     kestu_error_t *apply_resolution_unit();
 
-    File &file_;
+    ByteSource &source_;
     kestu_img_t &img_;
     Lists lists_;
     uint64_t directory_bytes_ = 0;
@@ -70,19 +71,9 @@ uint64_t bytes_of(const Entry &list) {
     return list.count == 1 ? 0 : list.count * width_of(list);
 }
 
-// Turns the SHORTs in the second half of an array into numbers of the whole array.
-void widen(uint32_t *array, size_t count) {
-    const auto *in = reinterpret_cast<const char *>(array) + count * sizeof(uint16_t);
-    for (size_t i = 0; i < count; ++i) {
-        uint16_t number;
-        std::memcpy(&number, in + i * sizeof number, sizeof number);
-        array[i] = number;
-    }
-}
-
 kestu_error_t *DirectoryReader::read_header(uint32_t *first_directory) {
     char magic[4];
-    if (kestu_error_t *err = file_.read(magic, sizeof magic))
+    if (kestu_error_t *err = source_.read_at(0, magic, sizeof magic))
         return err;
     if (magic[0] == 'M' && magic[1] == 'M')
         return fail(120150, "Motorola TIFF is not supported.");
@@ -90,14 +81,16 @@ kestu_error_t *DirectoryReader::read_header(uint32_t *first_directory) {
         return fail(120150, "Unknown data format.");
     if (magic[2] != 42)
         return fail(120150, "Unknown TIFF format.");
-    if (kestu_error_t *err = file_.read(first_directory, sizeof *first_directory))
+    if (kestu_error_t *err =
+            source_.read_at(sizeof magic, first_directory, sizeof *first_directory))
         return err;
     return *first_directory != 0 ? nullptr : fail(0, "No image data were found.");
 }
 
 // A chain of directories that leads back to itself is found with Brent's method: a landmark is left
 // behind after 1, 2, 4, ... steps, and a loop sooner or later arrives at it. Directories that
-// together are larger than the file share bytes, which makes no sense but could take very long.
+// together are larger than the file share bytes: they are refused because a walk through all ways
+// of sharing would take very long.
 kestu_error_t *DirectoryReader::walk(uint32_t directory) {
     uint32_t landmark = 0;
     uint64_t steps = 0;
@@ -111,7 +104,7 @@ kestu_error_t *DirectoryReader::walk(uint32_t directory) {
         }
         if (kestu_error_t *err = read_directory(directory, &directory))
             return err;
-        if (directory_bytes_ > file_.size())
+        if (directory_bytes_ > source_.size())
             return fail(120152, "TIFF directories share bytes.");
     }
     return nullptr;
@@ -119,18 +112,18 @@ kestu_error_t *DirectoryReader::walk(uint32_t directory) {
 
 kestu_error_t *DirectoryReader::read_directory(uint64_t offset, uint32_t *next) {
     int16_t entries = 0;
-    if (kestu_error_t *err = file_.read_at(offset, &entries, sizeof entries))
+    if (kestu_error_t *err = source_.read_at(offset, &entries, sizeof entries))
         return err;
     uint64_t place = offset + sizeof entries;
     for (int i = 0; i < entries; ++i, place += sizeof(Entry)) {
         Entry entry;
-        if (kestu_error_t *err = file_.read_at(place, &entry, sizeof entry))
+        if (kestu_error_t *err = source_.read_at(place, &entry, sizeof entry))
             return err;
         if (kestu_error_t *err = take(entry))
             return err;
     }
     directory_bytes_ += place + sizeof *next - offset;
-    return file_.read_at(place, next, sizeof *next);
+    return source_.read_at(place, next, sizeof *next);
 }
 
 kestu_error_t *DirectoryReader::take(const Entry &entry) {
@@ -177,7 +170,7 @@ kestu_error_t *DirectoryReader::take_bits(const Entry &entry) {
     uint16_t depths[3];
     if (entry.count < 1 || entry.count > 3)
         return invalid_tag(entry);
-    if (kestu_error_t *err = file_.read_at(entry.value, depths, entry.count * sizeof depths[0]))
+    if (kestu_error_t *err = source_.read_at(entry.value, depths, entry.count * sizeof depths[0]))
         return err;
     for (uint32_t i = 0; i < entry.count; ++i)
         img_.bits[i] = depths[i];
@@ -192,7 +185,7 @@ kestu_error_t *DirectoryReader::take_samples(const Entry &entry) {
 
 kestu_error_t *DirectoryReader::take_resolution(const Entry &entry, double &resolution) {
     uint32_t ratio[2];
-    if (kestu_error_t *err = file_.read_at(entry.value, ratio, sizeof ratio))
+    if (kestu_error_t *err = source_.read_at(entry.value, ratio, sizeof ratio))
         return err;
     if (ratio[1] == 0)
         return invalid_tag(entry);
@@ -201,7 +194,7 @@ kestu_error_t *DirectoryReader::take_resolution(const Entry &entry, double &reso
 }
 
 kestu_error_t *DirectoryReader::take_list(const Entry &entry, uint64_t bytes, Entry &list) {
-    if (!file_.holds(entry.value, bytes))
+    if (!source_.holds(entry.value, bytes))
         return fail(120031);
     if (entry.count > static_cast<uint32_t>(std::numeric_limits<int32_t>::max()))
         return invalid_tag(entry);
@@ -221,10 +214,10 @@ kestu_error_t *DirectoryReader::read_list(const Entry &list, uint32_t *&array, i
     }
     const uint64_t bytes = bytes_of(list);
     char *end = reinterpret_cast<char *>(array + list.count);
-    if (kestu_error_t *err = file_.read_at(list.value, end - bytes, bytes))
+    if (kestu_error_t *err = source_.read_at(list.value, end - bytes, bytes))
         return err;
     if (list.type != tiff::long_type)
-        widen(array, list.count);
+        widen<uint16_t>(array, list.count);
     return nullptr;
 }
 
@@ -233,7 +226,7 @@ kestu_error_t *DirectoryReader::read_software(const Entry &text) {
         return nullptr;
     if (kestu_error_t *err = kestu_mem_calloc(text.count + size_t{1}, 1, &img_.software))
         return err;
-    return file_.read_at(text.value, img_.software, text.count);
+    return source_.read_at(text.value, img_.software, text.count);
 }
 
 kestu_error_t *DirectoryReader::apply_resolution_unit() {
@@ -254,7 +247,7 @@ kestu_error_t *DirectoryReader::run() {
     uint32_t first = 0;
     kestu_error_t *err = read_header(&first);
     if (!err)
-        err = file_.measure();
+        err = source_.measure();
     if (!err)
         err = walk(first);
     if (!err)
@@ -268,8 +261,8 @@ kestu_error_t *DirectoryReader::run() {
 
 } // namespace
 
-kestu_error_t *read_tiff_directories(File &file, kestu_img_t &img) {
-    return DirectoryReader(file, img).run();
+kestu_error_t *read_tiff_directories(ByteSource &source, kestu_img_t &img) {
+    return DirectoryReader(source, img).run();
 }
 
 } // namespace kestu

@@ -4,6 +4,7 @@
 
 #include "error/error.hpp"
 #include "img/rows.hpp"
+#include "img/samples.hpp"
 
 #include <algorithm>
 
@@ -22,10 +23,10 @@ uint64_t whole_samples(uint32_t bytes) {
 
 // The bytes of all samples in the strips. Strips that reach past the end of the file are refused.
 template <typename Sample>
-kestu_error_t *measure_strips(const File &file, const kestu_img_t &img, uint64_t &bytes) {
+kestu_error_t *measure_strips(const ByteSource &source, const kestu_img_t &img, uint64_t &bytes) {
     bytes = 0;
     for (int32_t i = 0; i < img.n_strip_bytes; ++i) {
-        if (!file.holds(img.strip_offsets[i], img.strip_bytes[i]))
+        if (!source.holds(img.strip_offsets[i], img.strip_bytes[i]))
             return fail(120153);
         bytes += whole_samples<Sample>(img.strip_bytes[i]);
     }
@@ -43,11 +44,12 @@ bool claims_too_much(const kestu_img_t &img, uint64_t bytes) {
 
 // Reads `bytes` at `offset` into the rows; what the image has no room for is left unread.
 template <typename Sample>
-kestu_error_t *read_run(File &file, uint64_t offset, uint64_t bytes, RowCursor<Sample> &cursor) {
+kestu_error_t *read_run(ByteSource &source, uint64_t offset, uint64_t bytes,
+                        RowCursor<Sample> &cursor) {
     RowSegments segments;
     while (bytes > 0 && !cursor.at_end()) {
         const int count = cursor.next(segments, bytes);
-        const size_t got = file.scatter(offset, segments, count);
+        const size_t got = source.scatter(offset, segments, count);
         if (got == 0)
             return fail(120153);
         cursor.advance(got);
@@ -58,49 +60,42 @@ kestu_error_t *read_run(File &file, uint64_t offset, uint64_t bytes, RowCursor<S
 }
 
 template <typename Sample>
-kestu_error_t *read_strips(File &file, const kestu_img_t &img, RowCursor<Sample> cursor) {
+kestu_error_t *read_strips(ByteSource &source, const kestu_img_t &img, RowCursor<Sample> cursor) {
     uint64_t offset = 0;
     uint64_t bytes = 0;
     for (int32_t i = 0; i < img.n_strip_bytes && !cursor.at_end(); ++i) {
         if (img.strip_offsets[i] != offset + bytes) {
-            if (kestu_error_t *err = read_run(file, offset, bytes, cursor))
+            if (kestu_error_t *err = read_run(source, offset, bytes, cursor))
                 return err;
             offset = img.strip_offsets[i];
             bytes = 0;
         }
         bytes += whole_samples<Sample>(img.strip_bytes[i]);
     }
-    return read_run(file, offset, bytes, cursor);
+    return read_run(source, offset, bytes, cursor);
 }
 
 template <typename Sample>
-kestu_error_t *read_matrix(File &file, kestu_img_t &img, Sample **&matrix) {
+kestu_error_t *read_matrix(ByteSource &source, kestu_img_t &img, Sample **&matrix) {
     uint64_t bytes = 0;
-    if (kestu_error_t *err = measure_strips<Sample>(file, img, bytes))
+    if (kestu_error_t *err = measure_strips<Sample>(source, img, bytes))
         return err;
     // Strips may share bytes of the file, but no memory is asked for on that account.
-    if (claims_too_much<Sample>(img, std::min(bytes, file.size())))
+    if (claims_too_much<Sample>(img, std::min(bytes, source.size())))
         return fail(120153);
     const uint64_t row_bytes = uint64_t{static_cast<uint32_t>(img.width)} * sizeof(Sample);
     const uint64_t filled = row_bytes == 0 ? 0 : bytes / row_bytes;
     if (kestu_error_t *err = allocate_rows(matrix, img.height, img.width, filled))
         return err;
     return read_strips(
-        file, img,
+        source, img,
         RowCursor<Sample>(matrix, static_cast<size_t>(img.height), static_cast<size_t>(img.width)));
 }
 
 } // namespace
 
-kestu_error_t *read_tiff_pixels(File &file, kestu_img_t &img) {
-    switch (img.bits[0]) {
-    case 8:
-        return read_matrix(file, img, img.data8);
-    case 16:
-        return read_matrix(file, img, img.data16);
-    default:
-        return nullptr;
-    }
+kestu_error_t *read_tiff_pixels(ByteSource &source, kestu_img_t &img) {
+    return with_samples(img, [&](auto &matrix) { return read_matrix(source, img, matrix); });
 }
 
 } // namespace kestu

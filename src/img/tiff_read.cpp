@@ -1,35 +1,54 @@
 // The readers. They differ in what they do once the directories are read.
+#include "img/tiff_read.hpp"
+
+#include "base/kept_errno.hpp"
 #include "error/error.hpp"
-#include "img/file.hpp"
 #include "img/tiff_directory.hpp"
 #include "img/tiff_pixels.hpp"
-#include "kestu_img.h"
 
-using namespace kestu;
-
+namespace kestu {
 namespace {
 
 constexpr int not_tiff = 120150;
 
-kestu_error_t *check_strips(File &, kestu_img_t &img) {
+kestu_error_t *wrap_info(kestu_error_t *err) {
+    return wrap(err, "Cannot read TIFF information from file.");
+}
+
+kestu_error_t *wrap_pixels(kestu_error_t *err) {
+    return wrap(err, "Cannot read TIFF image.");
+}
+
+kestu_error_t *read_tags(ByteSource &source, kestu_img_t &img) {
+    img = {};
+    img.photometric = -1;
+    img.resunit = -1;
+    kestu_error_t *err = source.open();
+    return err ? err : read_tiff_directories(source, img);
+}
+
+kestu_error_t *check_strips(const kestu_img_t &img) {
     if (img.n_strip_offsets == img.n_strip_bytes)
         return nullptr;
     return fail(120152, "Inconsistent number of strips [%d vs. %d]", img.n_strip_offsets,
                 img.n_strip_bytes);
 }
 
-kestu_error_t *read_pixels(File &file, kestu_img_t &img) {
-    if (img.photometric == -1)
-        return fail(120152, "Unknown photometric interpretation");
-    kestu_error_t *err = check_strips(file, img);
-    return err ? err : read_tiff_pixels(file, img);
+kestu_error_t *read_info(ByteSource &source, kestu_img_t &img) {
+    kestu_error_t *err = read_tags(source, img);
+    return err ? err : check_strips(img);
 }
 
-kestu_error_t *read_open_file(File &file, kestu_img_t &img,
-                              kestu_error_t *(*finish)(File &, kestu_img_t &)) {
-    kestu_error_t *err = read_tiff_directories(file, img);
-    if (!err)
-        err = finish(file, img);
+// Of a record whose tags have been read.
+kestu_error_t *read_pixels(ByteSource &source, kestu_img_t &img) {
+    if (img.photometric == -1)
+        return fail(120152, "Unknown photometric interpretation");
+    kestu_error_t *err = check_strips(img);
+    return err ? err : read_tiff_pixels(source, img);
+}
+
+// Leaves a record that is read in full, or one without arrays.
+kestu_error_t *finish(kestu_img_t &img, kestu_error_t *err) {
     if (err)
         kestu_img_free(&img);
     else
@@ -37,35 +56,49 @@ kestu_error_t *read_open_file(File &file, kestu_img_t &img,
     return err;
 }
 
-kestu_error_t *read_file(const char *path, kestu_img_t &img,
-                         kestu_error_t *(*finish)(File &, kestu_img_t &)) {
-    img = {};
-    img.photometric = -1;
-    img.resunit = -1;
-    File file;
-    kestu_error_t *err = file.open(path, "rbe");
-    return err ? err : read_open_file(file, img, finish);
-}
-
 } // namespace
 
+kestu_error_t *read_tiff_info(ByteSource &source, kestu_img_t &img) {
+    const KeptErrno kept;
+    return wrap_info(finish(img, read_info(source, img)));
+}
+
+kestu_error_t *read_tiff(ByteSource &source, kestu_img_t &img) {
+    const KeptErrno kept;
+    kestu_error_t *err = read_tags(source, img);
+    if (!err)
+        err = read_pixels(source, img);
+    return wrap_pixels(finish(img, err));
+}
+
+// As if the two were called one after the other, with the tags read once.
+kestu_error_t *read_image(ByteSource &source, kestu_img_t &img) {
+    const KeptErrno kept;
+    kestu_error_t *err = wrap_info(read_info(source, img));
+    if (!err)
+        err = wrap_pixels(read_pixels(source, img));
+    finish(img, err);
+    if (!err || err->code != not_tiff)
+        return wrap(err, "Cannot read image.");
+    kestu_error_clear(err);
+    return fail(120154);
+}
+
+} // namespace kestu
+
+using namespace kestu;
+
 kestu_error_t *kestu_img_read_tiff_info(const char *path, kestu_img_t *img) {
-    return wrap(read_file(path, *img, check_strips), "Cannot read TIFF information from file.");
+    ByteSource source(path);
+    return read_tiff_info(source, *img);
 }
 
 kestu_error_t *kestu_img_read_tiff(const char *path, kestu_img_t *img) {
-    return wrap(read_file(path, *img, read_pixels), "Cannot read TIFF image.");
+    ByteSource source(path);
+    return read_tiff(source, *img);
 }
 
 kestu_error_t *kestu_img_read(const char *path, kestu_img_t *img) {
-    constexpr const char *action = "Cannot read image.";
-    if (kestu_error_t *err = kestu_img_read_tiff_info(path, img)) {
-        if (err->code != not_tiff)
-            return wrap(err, action);
-        kestu_error_clear(err);
-    }
-    if (img->type != 1)
-        return fail(120154);
-    kestu_img_free(img);
-    return wrap(kestu_img_read_tiff(path, img), action);
+    ByteSource source(path);
+    return read_image(source, *img);
 }

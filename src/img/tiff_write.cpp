@@ -1,11 +1,13 @@
 // One pass from front to back: a fixed head that names its own length, then the rows.
 #include "img/tiff_write.hpp"
 
+#include "base/kept_errno.hpp"
 #include "error/error.hpp"
 #include "img/rows.hpp"
+#include "img/samples.hpp"
 #include "img/tiff_format.hpp"
-#include "kestu_lib.h"
 #include "kestu_str.h"
+#include "kestu_version.h"
 
 #include <cstring>
 #include <limits>
@@ -17,8 +19,8 @@ using tiff::Entry;
 
 constexpr uint16_t entry_count = 10;
 
-// Everything in front of the pixels, as it stands in the file. The text ends with its terminator,
-// wherever that is; the pixels follow it at once.
+// Everything in front of the pixels, as it stands in the file. Of the text, what ends with its
+// terminator is written, and the pixels follow at once.
 struct [[gnu::packed]] Head {
     char magic[4];
     uint32_t directory;
@@ -39,20 +41,16 @@ Entry long_entry(tiff::Tag tag, uint64_t value) {
     return {tag, tiff::long_type, 1, static_cast<uint32_t>(value)};
 }
 
-uint64_t pixel_bytes(const kestu_img_t &img) {
-    switch (img.bits[0]) {
-    case 8:
-        return pixels_of(img);
-    case 16:
-        return pixels_of(img) * 2;
-    default:
-        return static_cast<uint32_t>(img.samples); // kept: the entry repeats the one before
-    }
+// Kept: other depths repeat the value of the entry before. Relied on by: readers of the head alone.
+uint64_t strip_bytes(const kestu_img_t &img) {
+    const auto sample_size =
+        with_samples(img, []<typename Sample>(Sample **) { return sizeof(Sample); });
+    return sample_size > 0 ? pixels_of(img) * sample_size : static_cast<uint16_t>(img.samples);
 }
 
 // Fills `head` and returns how many of its bytes belong into the file.
 size_t fill_head(Head &head, const kestu_img_t &img) {
-    kestu_str_snprintf(head.software, sizeof head.software, "KESTU %s", kestu_version_string());
+    kestu_str_strlcpy(head.software, "KESTU " KESTU_VERSION_STRING, sizeof head.software);
     const auto text_size = static_cast<uint32_t>(std::strlen(head.software) + 1);
     const uint32_t pixels_at = software_at + text_size;
     std::memcpy(head.magic, "II*", sizeof head.magic);
@@ -66,7 +64,7 @@ size_t fill_head(Head &head, const kestu_img_t &img) {
         short_entry(tiff::photometric_interpretation, img.photometric),
         long_entry(tiff::strip_offsets, pixels_at),
         short_entry(tiff::samples_per_pixel, img.samples),
-        long_entry(tiff::strip_byte_counts, pixel_bytes(img)),
+        long_entry(tiff::strip_byte_counts, strip_bytes(img)),
         short_entry(tiff::planar_configuration, tiff::chunky),
         {tiff::software, tiff::ascii_type, text_size, software_at},
     };
@@ -75,7 +73,7 @@ size_t fill_head(Head &head, const kestu_img_t &img) {
     return pixels_at;
 }
 
-kestu_error_t *write_bytes(File &file, void *bytes, size_t size) {
+kestu_error_t *write_bytes(OutputFile &file, void *bytes, size_t size) {
     auto *from = static_cast<char *>(bytes);
     while (size > 0) {
         const iovec segment = {from, size};
@@ -89,7 +87,7 @@ kestu_error_t *write_bytes(File &file, void *bytes, size_t size) {
 }
 
 template <typename Sample>
-kestu_error_t *write_rows(File &file, const kestu_img_t &img, Sample *const *rows) {
+kestu_error_t *write_rows(OutputFile &file, const kestu_img_t &img, Sample **rows) {
     if (pixels_of(img) == 0)
         return nullptr;
     if (!rows)
@@ -106,27 +104,18 @@ kestu_error_t *write_rows(File &file, const kestu_img_t &img, Sample *const *row
     return nullptr;
 }
 
-kestu_error_t *write_pixels(File &file, const kestu_img_t &img) {
-    switch (img.bits[0]) {
-    case 8:
-        return write_rows(file, img, img.data8);
-    case 16:
-        return write_rows(file, img, img.data16);
-    default:
-        return nullptr;
-    }
-}
-
 } // namespace
 
-kestu_error_t *write_tiff(File &file, const kestu_img_t &img) {
-    if (pixel_bytes(img) > std::numeric_limits<uint32_t>::max())
+kestu_error_t *write_tiff(OutputFile &file, const kestu_img_t &img) {
+    if (strip_bytes(img) > std::numeric_limits<uint32_t>::max())
         return fail(120152, "An image of %d x %d pixels is too large for TIFF.", img.width,
                     img.height);
     Head head;
     const size_t size = fill_head(head, img);
     kestu_error_t *err = write_bytes(file, &head, size);
-    return err ? err : write_pixels(file, img);
+    if (err)
+        return err;
+    return with_samples(img, [&](auto rows) { return write_rows(file, img, rows); });
 }
 
 } // namespace kestu
@@ -134,8 +123,9 @@ kestu_error_t *write_tiff(File &file, const kestu_img_t &img) {
 using namespace kestu;
 
 kestu_error_t *kestu_img_write_tiff(const char *path, const kestu_img_t *img) {
-    File file;
-    kestu_error_t *err = file.open(path, "wbe");
+    const KeptErrno kept;
+    OutputFile file;
+    kestu_error_t *err = file.open(path);
     if (!err)
         err = file.close(write_tiff(file, *img));
     return wrap(err, "Cannot write TIFF image.");

@@ -1,12 +1,12 @@
 // Writing an image record as a TIFF file.
 #pragma once
 
-#include "img/file.hpp"
+#include "img/output_file.hpp"
 #include "kestu_img.h"
 
 namespace kestu {
 
 // Writes `img` to a file that has just been opened. 120032 when it does not take all bytes.
-[[nodiscard]] kestu_error_t *write_tiff(File &file, const kestu_img_t &img);
+[[nodiscard]] kestu_error_t *write_tiff(OutputFile &file, const kestu_img_t &img);
 
 } // namespace kestu

@@ -1,6 +1,8 @@
 // The three clocks.
 #include "kestu_mach.h"
 
+#include "base/kept_errno.hpp"
+
 #include <sys/time.h>
 #include <sys/times.h>
 #include <unistd.h>
@@ -30,5 +32,6 @@ double kestu_time_cpu(void) {
 }
 
 void kestu_time_sleep(apr_interval_time_t interval) {
+    const kestu::KeptErrno kept;
     apr_sleep(interval);
 }

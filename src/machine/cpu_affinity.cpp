@@ -1,7 +1,7 @@
 // Affinity masks of any size.
-#include "error/error.hpp"
-
 #include "kestu_cpu.h"
+
+#include "error/error.hpp"
 
 #include <algorithm>
 #include <cstring>
@@ -38,7 +38,7 @@ kestu_error_t *intel_cpuid_set_genaffinity_bit(kestu_cpu_genaffinity *mask, uint
     return err;
 }
 
-// The exclusive or, which adds a processor that is not there, is kept for those who toggle with it.
+// Kept: a processor that is not there is added. Relied on by: callers that toggle processors.
 kestu_error_t *intel_cpuid_clear_genaffinity_bit(kestu_cpu_genaffinity *mask, uint32_t cpu) {
     kestu_error_t *err = check_bound(*mask, cpu, "clear");
     if (!err)
@@ -54,7 +54,8 @@ kestu_error_t *cpuid_test_genaffinity_bit(const kestu_cpu_genaffinity *mask, uin
     return err;
 }
 
-// That empty masks differ from each other is kept for those who rely on it.
+// Kept: two empty masks differ. Relied on by: callers that take a mask of size 0 for an unknown
+// one.
 int intel_cpuid_cmp_equal_genaffinity(const kestu_cpu_genaffinity *a,
                                       const kestu_cpu_genaffinity *b) {
     const kestu_cpu_genaffinity &longer = a->size > b->size ? *a : *b;

@@ -1,28 +1,29 @@
 // AMD's rules.
 #include "machine/cpu_decode.hpp"
 
+#include "kestu_str.h"
+#include "kestu_util.h"
 #include "machine/cpu_amd_names.hpp"
 #include "machine/cpu_flags.hpp"
-
-#include "kestu_str.h"
+#include "machine/cpu_identity.hpp"
 
 #include <algorithm>
 
 namespace kestu {
 namespace {
 
-// Leaves beyond these are not known; whoever claims more is not asked for them.
+// Leaves beyond these are unknown. A processor that claims to have more is not asked for them.
 constexpr uint32_t last_leaf = 0xFF;
 constexpr uint32_t last_extended_leaf = 0x800000FF;
 
-// From Zen on a core has threads; before, the same field told of modules that cores share.
+// From Zen on, a field counts the threads of a core that before counted the cores of a module.
 constexpr uint32_t first_family_with_threads = 0x17;
 
 bool has_leaf(const kestu_cpu_id_t &id, uint32_t leaf) {
     return leaf <= (leaf < 0x80000000 ? id.highest_leaf : id.highest_extended_leaf);
 }
 
-// What leaf 0x80000001 tells in ECX bit 22: that 0x8000001D and 0x8000001E are there.
+// Bit 22 of ECX in leaf 0x80000001 tells that leaves 0x8000001D and 0x8000001E are there.
 bool has_topology_extensions(const Leaves &leaves, const kestu_cpu_id_t &id) {
     return has_leaf(id, 0x8000001E) && kestu_cpu_check_flag(22, leaves(0x80000001).ecx);
 }
@@ -59,7 +60,7 @@ void decode_extended_leaf(uint32_t number, const Leaf &leaf, kestu_cpu_amd_t &am
     }
 }
 
-// All leaves are read in turn, so that who records them has them all.
+// All leaves are read, used or not, so that a program that records what is read has them all.
 void decode_identity(const Leaves &leaves, kestu_cpu_id_t &id) {
     id.highest_leaf = leaves(0).eax;
     id.highest_extended_leaf = leaves(0x80000000).eax;
@@ -75,9 +76,9 @@ void decode_identity(const Leaves &leaves, kestu_cpu_id_t &id) {
         decode_extended_leaf(number, leaves(number), id.amd);
 }
 
-// The initial identifier has eight bits. Where a leaf has it with more, that one tells processors
-// apart on machines of more than 256; where that one's low byte is another, the firmware has
-// renumbered the processors and the initial one stands.
+// The initial identifier has eight bits. A leaf may hold a wider one, which tells processors apart
+// where there are more than 256. When its low byte is not the initial identifier, the firmware has
+// renumbered the processors, and the initial one counts.
 uint32_t widest_apic_id(const Leaves &leaves, const kestu_cpu_id_t &id) {
     uint32_t wide = id.initial_apic_id;
     if (has_leaf(id, 0xB) && leaves(0xB).ebx != 0)
@@ -100,7 +101,8 @@ uint32_t core_threads(const Leaves &leaves, const kestu_cpu_id_t &id) {
     return bits(leaves(0x8000001E).ebx, 8, 15) + 1;
 }
 
-// A virtual machine may pass the threads of the host's cores on and yet have fewer processors.
+// The thread field is never wider than all fields together: a virtual machine may show the host's
+// threads for each core and yet have fewer processors.
 kestu_cpu_split_t decode_split(const Leaves &leaves, const kestu_cpu_id_t &id) {
     uint32_t width = id.amd.apic_core_bits;
     if (width == 0)

@@ -86,8 +86,8 @@ bool amd_name_of_code(uint32_t code, int n, char (&name)[80]) {
     return false;
 }
 
-// The codes keep the place that they have in the identifier, without a shift: of the table only
-// code 32 is ever met. So does the choice of the signature's low byte stand.
+// Kept: codes are not shifted down, so that only 32 is met. Relied on by: readers of known names.
+// Kept: the signature's low byte serves as brand index. Relied on by: readers of known names.
 bool amd_name(uint32_t signature_byte, uint32_t brand_id, char (&name)[80]) {
     if (signature_byte == 0 && brand_id != 0)
         return amd_name_of_code(brand_id & 0xE0, static_cast<int>(brand_id & 0x3F), name);

@@ -1,7 +1,8 @@
 // Binding to one processor. It stands alone so that a program may put its own in its place.
-#include "error/error.hpp"
-
 #include "kestu_cpu.h"
+
+#include "base/kept_errno.hpp"
+#include "error/error.hpp"
 
 #include <cerrno>
 #include <cstring>
@@ -13,6 +14,7 @@ using namespace kestu;
 constexpr int bind_failed = 120174;
 
 [[gnu::noinline]] kestu_error_t *kestu_cpu_bind_context_to_logcpu(uint32_t cpu) {
+    const KeptErrno kept;
     cpu_set_t set;
     static_assert(CPU_SETSIZE == KESTU_CPU_MAX_PROCESSORS);
     CPU_ZERO(&set);

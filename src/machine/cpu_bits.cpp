@@ -3,6 +3,7 @@
 
 #include "kestu_util.h"
 
+// Kept: nothing writes it. Relied on by: programs that link to it.
 int32_t os_sse = 0;
 
 uint32_t get_bits_from_uint32(uint32_t value, uint8_t low, uint8_t high) {

@@ -37,7 +37,7 @@ Cache decode_cache(const Leaf &leaf) {
     return cache;
 }
 
-// A cache of `size_kb` with lines of `line` bytes; what that leaves open is 0.
+// A cache of `size_kb` with lines of `line` bytes. What cannot be computed from these is 0.
 Cache described_cache(uint32_t level, uint32_t type, uint32_t size_kb, uint32_t ways,
                       uint32_t line) {
     const auto lines = static_cast<uint32_t>(line > 0 ? uint64_t{size_kb} * 1024 / line : 0);

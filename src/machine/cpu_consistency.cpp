@@ -1,8 +1,9 @@
 // The check that the process may run everywhere. It stands alone so that a program may put its own
 // in its place.
-#include "error/error.hpp"
-
 #include "kestu_cpu.h"
+
+#include "base/kept_errno.hpp"
+#include "error/error.hpp"
 
 #include <cerrno>
 #include <cstring>
@@ -15,6 +16,7 @@ constexpr int affinity_problem = 120173;
 
 [[gnu::noinline]] kestu_error_t *
 kestu_cpu_set_chk_process_affinity_consistency(kestu_cpu_genaffinity *mask, uint32_t count) {
+    const KeptErrno kept;
     cpu_set_t allowed;
     CPU_ZERO(&allowed); // what cannot be read counts as empty
     sched_getaffinity(0, sizeof allowed, &allowed);

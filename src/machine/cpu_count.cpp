@@ -1,4 +1,4 @@
-// The counting. Processors in the order of their places make packages and cores runs of neighbours.
+// The counting. Sorted by their places, the processors of a package, and of a core, are neighbours.
 #include "machine/cpu_count.hpp"
 
 #include <algorithm>
@@ -66,19 +66,20 @@ bool all_places_differ(const kestu_cpu_t &record) {
     return std::adjacent_find(order.begin(), order.end(), same) == order.end();
 }
 
-// Processors that are older than the identifier all answer 0. Each is a package of its own, and the
-// operating system's index tells them apart.
+// What tells the visited processors apart: the identifiers that they told, or the operating
+// system's indices. Processors from before there were identifiers all answer 0, each in a package
+// of its own.
 class Identifiers {
   public:
-    Identifiers(std::span<const Visit> visited, bool told) : visits(visited), are_told(told) {}
+    Identifiers(std::span<const Visit> visits, bool told) : visits_(visits), told_(told) {}
 
     uint32_t operator[](size_t i) const {
-        return are_told ? visits[i].processor.apic_id : visits[i].index;
+        return told_ ? visits_[i].processor.apic_id : visits_[i].index;
     }
 
   private:
-    std::span<const Visit> visits;
-    bool are_told;
+    std::span<const Visit> visits_;
+    bool told_;
 };
 
 void place_processors(std::span<const Visit> visits, const Identifiers &identifiers,
@@ -131,7 +132,7 @@ uint32_t kind_of(const Cache &cache, kestu_cpu_t &record) {
     return kind;
 }
 
-// Without descriptions, four levels are told apart that may be there.
+// A processor that describes no caches is taken to have four levels.
 void assume_caches(const kestu_cpu_intel_t &intel, uint32_t identifier, kestu_cpu_processor_t &p) {
     for (size_t level = 0; level < std::size(intel.cache_mask); ++level)
         p.cache[level] = shifted(identifier, intel.cache_mask_width[level]);

@@ -2,7 +2,6 @@
 #pragma once
 
 #include "kestu_cpu.h"
-
 #include "machine/cpu_cache.hpp"
 #include "machine/cpu_leaf.hpp"
 
@@ -21,7 +20,7 @@ struct Rules {
     kestu_error_t *(*decode)(const Leaves &leaves, Processor &processor);
     // Writes the name, or leaves it alone when there is none.
     void (*name)(const Leaves &leaves, const kestu_cpu_id_t &id, char (&name)[80]);
-    // The text of an inconsistency, and the number that stands in it for each of Flaw's.
+    // The message of a flaw, and the number in it for each Flaw but none.
     const char *flaw_text;
     int flaw_numbers[5];
 };
@@ -34,18 +33,5 @@ kestu_error_t *read_processor(const Rules &rules, Processor &processor);
 
 // Puts identification, name and caches of the processor that the thread runs on into the record.
 void store_processor(const Rules &rules, const Processor &processor, kestu_cpu_t &record);
-
-// The fields of leaf 1 that all vendors have.
-void decode_signature(const Leaf &leaf1, kestu_cpu_id_t &id);
-
-// An identifier whose package has one logical processor: all of it tells the package.
-inline constexpr kestu_cpu_split_t whole_package = {
-    .thread_mask = 0,
-    .thread_width = 0,
-    .core_mask = 0,
-    .core_width = 0,
-    .core_and_thread_width = 0,
-    .package_mask = 0xFFFFFFFF,
-};
 
 } // namespace kestu

@@ -1,10 +1,11 @@
 // Detection: the vendor, then the vendor's rules on every processor.
-#include "error/error.hpp"
-
 #include "kestu_cpu.h"
-#include "kestu_str.h"
 
+#include "base/kept_errno.hpp"
+#include "error/error.hpp"
+#include "kestu_str.h"
 #include "machine/cpu_leaf.hpp"
+#include "machine/cpu_topology.hpp"
 #include "machine/cpu_vendor.hpp"
 
 #include <cerrno>
@@ -23,7 +24,7 @@ kestu_error_t *fail_affinity() {
     return fail(affinity_problem, "%s", std::strerror(errno));
 }
 
-kestu_error_t *detect_vendor(kestu_cpu_t &record, apr_pool_t *scratch) {
+kestu_error_t *detect_vendor(kestu_cpu_t &record, apr_pool_t *scratch, bool &identified) {
     const Vendor &vendor = find_vendor(record.vendor_id);
     record.vendor = vendor.code;
     kestu_str_strlcpy(record.vendor_name, vendor.name, sizeof record.vendor_name);
@@ -31,15 +32,16 @@ kestu_error_t *detect_vendor(kestu_cpu_t &record, apr_pool_t *scratch) {
         kestu_str_strlcpy(record.name, vendor.processor, sizeof record.name);
     switch (vendor.code) {
     case KESTU_CPU_INTEL:
-        return kestu_cpu_intel_topology(&record, scratch);
+        return detect_topology(intel_rules, record, scratch, identified);
     case KESTU_CPU_AMD:
-        return kestu_cpu_amd_topology(&record, scratch);
+        return detect_topology(amd_rules, record, scratch, identified);
     default:
         return nullptr;
     }
 }
 
 kestu_error_t *detect(kestu_cpu_t &record, apr_pool_t *pool) {
+    const KeptErrno kept;
     cpu_set_t saved;
     if (sched_getaffinity(0, sizeof saved, &saved) != 0)
         return fail_affinity();
@@ -51,8 +53,9 @@ kestu_error_t *detect(kestu_cpu_t &record, apr_pool_t *pool) {
     const apr_status_t status = apr_pool_create_ex(&scratch, pool, nullptr, nullptr);
     if (status != APR_SUCCESS)
         return fail_apr(status);
-    kestu_error_t *err = detect_vendor(record, scratch);
-    if (record.id.flags.sse)
+    bool identified = false;
+    kestu_error_t *err = detect_vendor(record, scratch, identified);
+    if (identified && record.id.flags.sse)
         kestu_cpu_check_os_sse(&record);
     apr_pool_destroy(scratch);
     if (sched_setaffinity(0, sizeof saved, &saved) != 0)

@@ -2,7 +2,6 @@
 #pragma once
 
 #include "kestu_cpu.h"
-
 #include "machine/cpu_leaf.hpp"
 
 namespace kestu {

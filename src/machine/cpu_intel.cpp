@@ -1,12 +1,12 @@
 // Intel's rules.
 #include "machine/cpu_decode.hpp"
 
-#include "machine/cpu_flags.hpp"
-#include "machine/cpu_intel_names.hpp"
-
 #include "error/error.hpp"
-
 #include "kestu_str.h"
+#include "kestu_util.h"
+#include "machine/cpu_flags.hpp"
+#include "machine/cpu_identity.hpp"
+#include "machine/cpu_intel_names.hpp"
 
 #include <iterator>
 
@@ -18,11 +18,11 @@ constexpr int leaves_restricted = 120172;
 
 constexpr uint32_t all_ones = 0xFFFFFFFF;
 
-// Levels are numbered by eight bits of the leaf.
+// The leaf numbers its levels with eight bits.
 constexpr uint32_t max_topology_levels = 256;
 
-// Firmware that hides leaves leaves the extended ones alone. The signature excepted is of a
-// processor that has no more.
+// Firmware that hides standard leaves still shows the extended ones of a processor that should have
+// more. Only the processor of one signature really has no more standard leaves.
 bool is_restricted(const kestu_cpu_id_t &id) {
     return id.highest_leaf < 5 && id.highest_extended_leaf > 0x80000004 &&
            (id.signature & 0x0FFF0FF0) != 0x10650;
@@ -46,7 +46,8 @@ void decode_identity(const Leaves &leaves, kestu_cpu_id_t &id) {
         id.intel.lm = kestu_cpu_check_flag(29, leaves(0x80000001).edx);
 }
 
-// Leaf 0xB has a subleaf a level, which tells how far to shift the identifier to get past it.
+// Leaf 0xB has a subleaf for each level. Each tells how many low bits of the identifier belong to
+// its level and those below.
 kestu_error_t *split_by_leaf_b(const Leaves &leaves, kestu_cpu_split_t &split) {
     enum { thread_level = 1, core_level = 2 };
     bool has_threads = false;
@@ -82,8 +83,9 @@ kestu_error_t *split_by_leaf_b(const Leaves &leaves, kestu_cpu_split_t &split) {
     return nullptr;
 }
 
-// Before leaf 0xB the fields are as wide as the numbers of threads and cores need. The widths of a
-// processor that contradicts itself exceed the word: shifts count modulo its size, as cpu's do.
+// Without leaf 0xB, fields are as wide as the numbers of threads and cores need. A processor that
+// contradicts itself may give a width of 32 bits or more, of which the processor's own shifts would
+// use the low five bits too.
 kestu_error_t *split_by_counts(const Leaves &leaves, const kestu_cpu_id_t &id,
                                kestu_cpu_split_t &split) {
     uint32_t threads = id.logical_processors;
@@ -112,8 +114,8 @@ kestu_error_t *decode_split(const Leaves &leaves, kestu_cpu_id_t &id) {
     return split_by_counts(leaves, id, id.split);
 }
 
-// Leaf 2 tells of caches in one-byte descriptors, to be read as often as it says. They are read, so
-// that who records the leaves has them, and not decoded.
+// Leaf 2 describes caches by one-byte descriptors and says how often it is to be read. It is read
+// for programs that record the leaves, and not decoded.
 void read_descriptors(const Leaves &leaves) {
     const uint32_t times = bits(leaves(2).eax, 0, 3);
     for (uint32_t i = 1; i < times; ++i)

@@ -1,9 +1,10 @@
-// Visiting every logical processor.
-#include "machine/cpu_count.hpp"
+// Visiting every logical processor, and the C edge of that.
+#include "machine/cpu_topology.hpp"
 
+#include "base/kept_errno.hpp"
 #include "error/error.hpp"
-
 #include "kestu_mach.h"
+#include "machine/cpu_count.hpp"
 
 #include <algorithm>
 #include <cstring>
@@ -14,7 +15,7 @@ namespace {
 constexpr int inconsistent_topology = 120175;
 constexpr int32_t every_processor = -1;
 
-// Zeroed memory for `count` objects, or null. With a count of 0 it is there, and empty.
+// Zeroed memory for `count` objects, or null when there is none left; not null for a count of 0.
 template <typename T>
 T *allocate(apr_pool_t *pool, size_t count) {
     void *block = apr_palloc(pool, count * sizeof(T) + 1);
@@ -28,14 +29,15 @@ bool wants_rate(const kestu_cpu_t &record, uint32_t cpu) {
 
 // The first processor stands in the record from the moment that it was read, even when it or a
 // later one makes detection fail.
-kestu_error_t *visit_processor(const Rules &rules, uint32_t cpu, bool first, Visit &visit,
-                               kestu_cpu_t &record) {
+kestu_error_t *visit_processor(const Rules &rules, uint32_t cpu, Visit &visit, kestu_cpu_t &record,
+                               bool &identified) {
     if (kestu_error_t *err = kestu_cpu_bind_context_to_logcpu(cpu))
         return err;
     visit.index = cpu;
     kestu_error_t *err = read_processor(rules, visit.processor);
-    if (first)
+    if (!identified)
         store_processor(rules, visit.processor, record);
+    identified = true;
     if (!err && wants_rate(record, cpu))
         visit.mhz = kestu_cpu_freq();
     return err;
@@ -43,13 +45,13 @@ kestu_error_t *visit_processor(const Rules &rules, uint32_t cpu, bool first, Vis
 
 kestu_error_t *visit_processors(const Rules &rules, const kestu_cpu_genaffinity &mask,
                                 uint32_t count, Visit *visits, uint32_t &visited,
-                                kestu_cpu_t &record) {
+                                kestu_cpu_t &record, bool &identified) {
     visited = 0;
     for (uint32_t cpu = 0; cpu < count; ++cpu) {
         int is_there;
         kestu_error_t *err = cpuid_test_genaffinity_bit(&mask, cpu, &is_there);
         if (!err && is_there) {
-            err = visit_processor(rules, cpu, visited == 0, visits[visited], record);
+            err = visit_processor(rules, cpu, visits[visited], record, identified);
             ++visited;
         }
         if (err)
@@ -65,7 +67,11 @@ kestu_error_t *fail_flaw(const Rules &rules, Flaw flaw) {
                 rules.flaw_numbers[static_cast<size_t>(flaw)]);
 }
 
-kestu_error_t *detect_topology(const Rules &rules, kestu_cpu_t &record, apr_pool_t *pool) {
+} // namespace
+
+kestu_error_t *detect_topology(const Rules &rules, kestu_cpu_t &record, apr_pool_t *pool,
+                               bool &identified) {
+    const KeptErrno kept;
     const auto count = static_cast<uint32_t>(std::max(kestu_mach_os_cpu_num(), 0));
     kestu_cpu_genaffinity mask = {.size = count / 8 + 1, .bits = nullptr};
     mask.bits = allocate<uint8_t>(pool, mask.size);
@@ -77,20 +83,22 @@ kestu_error_t *detect_topology(const Rules &rules, kestu_cpu_t &record, apr_pool
     if (!visits)
         return fail_apr(APR_ENOMEM);
     uint32_t visited;
-    if (kestu_error_t *err = visit_processors(rules, mask, count, visits, visited, record))
+    if (kestu_error_t *err =
+            visit_processors(rules, mask, count, visits, visited, record, identified))
         return err;
     return fail_flaw(rules, count_topology({visits, visited}, record));
 }
 
-} // namespace
 } // namespace kestu
 
 using namespace kestu;
 
 kestu_error_t *kestu_cpu_amd_topology(kestu_cpu_t *record, apr_pool_t *pool) {
-    return detect_topology(amd_rules, *record, pool);
+    bool identified = false;
+    return detect_topology(amd_rules, *record, pool, identified);
 }
 
 kestu_error_t *kestu_cpu_intel_topology(kestu_cpu_t *record, apr_pool_t *pool) {
-    return detect_topology(intel_rules, *record, pool);
+    bool identified = false;
+    return detect_topology(intel_rules, *record, pool, identified);
 }

@@ -1,20 +1,20 @@
 // What the host is.
 #include "machine/host.hpp"
 
+#include "base/kept_errno.hpp"
 #include "kestu_format.h"
 #include "kestu_mach.h"
 #include "kestu_str.h"
 
 #include <cstdio>
 #include <cstring>
-#include <initializer_list>
 
 #include <unistd.h>
 
 namespace kestu {
 namespace {
 
-// Lines are seen up to here; what is longer is cut.
+// Longer lines are cut.
 constexpr size_t line_size = 100;
 
 } // namespace
@@ -39,7 +39,7 @@ int os_family(std::string_view sysname) {
     return KESTU_OS_UNIX;
 }
 
-// Without a pretty name the version stands before the release: readers of the text know it so.
+// Kept: without a pretty name the version comes before the release. Relied on by: who parses this.
 void describe_os(char *buf, size_t size, std::string_view pretty, const utsname *host) {
     const int length = static_cast<int>(pretty.size());
     if (!pretty.empty() && host)
@@ -59,6 +59,7 @@ void describe_os(char *buf, size_t size, std::string_view pretty, const utsname 
 using namespace kestu;
 
 int kestu_mach_os(void) {
+    const KeptErrno kept;
     utsname host;
     return uname(&host) == 0 ? os_family(host.sysname) : KESTU_OS_UNIX;
 }
@@ -66,6 +67,7 @@ int kestu_mach_os(void) {
 char *kestu_mach_os_name(char *buf, int size) {
     if (size <= 0)
         return buf;
+    const KeptErrno kept;
     char line[line_size];
     std::string_view pretty;
     if (FILE *release = std::fopen("/etc/os-release", "r")) {
@@ -83,11 +85,13 @@ char *kestu_mach_os_name(char *buf, int size) {
 }
 
 int kestu_mach_os_cpu_num(void) {
+    const KeptErrno kept;
     const long count = sysconf(_SC_NPROCESSORS_CONF);
     return count == -1 ? 1 : static_cast<int>(count);
 }
 
 double kestu_mach_physmem(void) {
+    const KeptErrno kept;
     const long page_size = sysconf(_SC_PAGESIZE);
     const long pages = sysconf(_SC_PHYS_PAGES);
     if (page_size == -1 || pages == -1)

@@ -34,7 +34,7 @@ std::string hex(const unsigned char *digest) {
 }
 
 std::string sha1(const Bytes &data) {
-    unsigned char digest[KESTU_SHA1_SIZE + 1];
+    unsigned char digest[KESTU_SHA1_BUFFER_SIZE];
     kestu_sha1(digest, data.data(), static_cast<uint32_t>(data.size()));
     return hex(digest);
 }
@@ -95,7 +95,7 @@ TEST_P(Sha1OnPath, AgreesWithThePlainRoundsForEveryLengthAndAlignment) {
         for (size_t alignment = 0; alignment < 16; ++alignment) {
             Bytes block(alignment + size);
             std::copy_n(source.data(), size, block.data() + alignment);
-            unsigned char digest[KESTU_SHA1_SIZE + 1];
+            unsigned char digest[KESTU_SHA1_BUFFER_SIZE];
             kestu_sha1(digest, block.data() + alignment, static_cast<uint32_t>(size));
             ASSERT_EQ(hex(digest), plain) << size << " at " << alignment;
         }
@@ -113,7 +113,7 @@ TEST_P(Sha1OnPath, OneCompressionTakesOneBlock) {
 }
 
 TEST(Sha1, AZeroStandsBehindTheDigestOfTheOneCallOnly) {
-    unsigned char digest[KESTU_SHA1_SIZE + 2];
+    unsigned char digest[KESTU_SHA1_BUFFER_SIZE + 1];
     std::memset(digest, 0xEE, sizeof digest);
     kestu_sha1(digest, nullptr, 0);
     EXPECT_EQ(digest[19], 0x09);
@@ -169,7 +169,7 @@ TEST(Sha1, TheBitCountCarriesIntoItsHighWord) {
 TEST(Sha1Paths, TheInstructionsAreTakenWhereTheyAre) {
     EXPECT_STREQ(sha1_dispatch.best({}).name, "plain");
     EXPECT_STREQ(sha1_dispatch.best({.sha = true}).name, "instructions");
-    unsigned char digest[KESTU_SHA1_SIZE + 1];
+    unsigned char digest[KESTU_SHA1_BUFFER_SIZE];
     kestu_sha1(digest, nullptr, 0);
     EXPECT_EQ(&sha1_dispatch.current(), &sha1_dispatch.best(cpu_features()));
 }

@@ -95,6 +95,16 @@ TEST(Paths, TheResultMayOverwriteThePath) {
     EXPECT_STREQ(other + 2, "/first");
 }
 
+TEST(Paths, WithoutAPathNoMemoryIsNeeded) {
+    for (const Half half : {kestu_util_dirname, kestu_util_basename})
+        for (const char *path : {static_cast<const char *>(nullptr), ""}) {
+            AllocFailure failure(1);
+            char out[2];
+            EXPECT_EQ(half(path, out, sizeof out), 1u);
+            EXPECT_STREQ(out, ".");
+        }
+}
+
 TEST(PathsDeathTest, WithoutMemoryForTheCopyTheProcessEnds) {
     char out[8];
     const auto starve = [&](Half half) {

@@ -4,6 +4,7 @@
 #include "picture.hpp"
 #include "support/chain.hpp"
 
+#include <cerrno>
 #include <cmath>
 #include <functional>
 #include <limits>
@@ -68,13 +69,14 @@ void expect_formula(const Measure &measure, size_t height, size_t width) {
 
 } // namespace
 
-// Images of fewer and of more pixels than there are levels.
+// Images with room for a table of all levels, and without.
 TEST(Density, EveryPixelIsWhatTheFormulaGives) {
     for (const Measure &measure : measures) {
         expect_formula<uint8_t>(measure, 3, 5);
         expect_formula<uint8_t>(measure, 16, 16);
         expect_formula<uint16_t>(measure, 7, 100);
-        expect_formula<uint16_t>(measure, 257, 300);
+        expect_formula<uint16_t>(measure, 130, 1100);
+        expect_formula<uint16_t>(measure, 2050, 65);
     }
 }
 
@@ -87,6 +89,10 @@ TEST(Density, KnownValues) {
     ASSERT_OK(kestu_img_calc_fujiri(&picture.img, out.rows.data(), 100, 4000, 5));
     EXPECT_DOUBLE_EQ(out.values[0][0], std::pow(10, -2.5));
     EXPECT_DOUBLE_EQ(out.values[0][2], std::pow(10, 2.5));
+    errno = EXDEV;
+    ASSERT_OK(kestu_img_calc_fujiri(&picture.img, out.rows.data(), 100, 4000, 1e6));
+    EXPECT_EQ(errno, EXDEV);
+    EXPECT_EQ(out.values[0][2], std::numeric_limits<double>::infinity());
 }
 
 TEST(Density, OtherImagesAreRefusedAndEmptyOnesLeftAlone) {

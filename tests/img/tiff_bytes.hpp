@@ -3,7 +3,6 @@
 
 #include "kestu_img.h"
 
-#include "support/chain.hpp"
 #include "support/process.hpp"
 
 #include <cstdint>
@@ -157,13 +156,5 @@ class Tiff {
     std::string data_;
     std::vector<Field> fields_;
 };
-
-// The pixels of a file that is read without an error.
-inline std::vector<int> pixels_of(std::string_view bytes) {
-    const MemoryFile file(bytes);
-    Image img;
-    EXPECT_OK(kestu_img_read_tiff(file.path(), &img));
-    return img.pixels();
-}
 
 } // namespace kestu::test

@@ -87,6 +87,9 @@ TEST(TiffWrite, OtherDepthsHaveNoPixels) {
     EXPECT_EQ(written(img), head(0xffffffff, 3, 12, 0xffff, 3, 3));
     img.bits[0] = 8;
     EXPECT_EQ(written(img), head(0xffffffff, 3, 8, 0xffff, 3, 0));
+    img.bits[0] = 4;
+    img.samples = 70000;
+    EXPECT_EQ(written(img), head(0xffffffff, 3, 4, 0xffff, 70000 & 0xffff, 70000 & 0xffff));
 }
 
 TEST(TiffWrite, AllButTheResolutionsIsReadBack) {
@@ -169,6 +172,8 @@ TEST(DoublesToTiff, ValuesAreScaledToTheWholeRange) {
     EXPECT_EQ(converted({{-7, -5}}), (std::vector{0, 65535}));
     EXPECT_EQ(converted({{7, 7, 7}}), (std::vector{0, 0, 0}));
     EXPECT_EQ(converted({{-5e299, 5e299}}), (std::vector{0, 65535}));
+    for (int i = 1; i < 200; ++i)
+        EXPECT_EQ(converted({{0.1, 0.1 + i / 7.0}})[1], 65535) << i;
 }
 
 TEST(DoublesToTiff, WhatHasNoIntegerIsDefined) {
@@ -176,8 +181,8 @@ TEST(DoublesToTiff, WhatHasNoIntegerIsDefined) {
     const double inf = std::numeric_limits<double>::infinity();
     EXPECT_EQ(converted({{nan, 1, 2, nan}}), (std::vector{0, 0, 65535, 0}));
     EXPECT_EQ(converted({{nan, nan}}), (std::vector{0, 0}));
-    EXPECT_EQ(converted({{1, 2, inf}}), (std::vector{0, 0, 0}));
-    EXPECT_EQ(converted({{-inf, 2, 5}}), (std::vector{0, 0, 0}));
+    EXPECT_EQ(converted({{1, 2, inf}}), (std::vector{0, 0, 65535}));
+    EXPECT_EQ(converted({{-inf, 2, 5}}), (std::vector{0, 0, 65535}));
     EXPECT_EQ(converted({{1e305, 1e307}}), (std::vector{65535, 65535}));
     EXPECT_EQ(converted({{1e302, 1e302}}), (std::vector{65535, 65535}));
 }

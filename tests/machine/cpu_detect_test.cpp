@@ -231,6 +231,7 @@ TEST(CpuDetect, AProcessThatMayNotRunEverywhereGetsTheVendorAlone) {
     FakeScheduler scheduler;
     scheduler.allowed = {{1, 2}};
     const auto cpu = new_record();
+    cpu->id.flags.sse = 1;
     errno = EXDEV;
     kestu_error_t *err = kestu_cpu_detect(cpu.get(), kestu_pool);
     if (cpu->vendor != KESTU_CPU_INTEL && cpu->vendor != KESTU_CPU_AMD)
@@ -239,6 +240,7 @@ TEST(CpuDetect, AProcessThatMayNotRunEverywhereGetsTheVendorAlone) {
     EXPECT_EQ(cpu->thread_count, 0u);
     EXPECT_STRNE(cpu->vendor_name, "");
     EXPECT_EQ(cpu->id.highest_leaf, 0u);
+    EXPECT_EQ(cpu->os_sse, 0);
 }
 
 TEST(CpuDetect, AffinityThatCannotBeReadStopsAtOnce) {

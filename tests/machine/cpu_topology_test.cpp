@@ -44,7 +44,10 @@ std::vector<std::string> places(const kestu_cpu_t &cpu) {
 
 kestu_error_t *detect(const RecordedMachine &machine, kestu_cpu_t &cpu) {
     const Replay replay(machine);
-    return kestu_cpu_detect(&cpu, kestu_pool);
+    errno = EXDEV;
+    kestu_error_t *err = kestu_cpu_detect(&cpu, kestu_pool);
+    EXPECT_TRUE(errno == EXDEV || err);
+    return err;
 }
 
 // Machines whose processors tell no brand of their own are named in the tests of names.
@@ -125,7 +128,6 @@ TEST(CpuTopology, RecordedMachinesAreUnderstood) {
 TEST(CpuTopology, OtherVendorsGetOnlyTheNames) {
     const auto cpu = new_record();
     std::memset(cpu.get(), 0x5A, sizeof *cpu);
-    cpu->id.flags.sse = 0;
     const auto before = std::make_unique<kestu_cpu_t>(*cpu);
     ASSERT_OK(detect(load_machine("transmeta"), *cpu));
     EXPECT_STREQ(cpu->vendor_name, "Transmeta");

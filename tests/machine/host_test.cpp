@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <cstring>
 #include <string>
 
@@ -74,7 +75,9 @@ TEST(Host, ADescriptionThatDoesNotFitIsCut) {
 
 TEST(Host, TheRunningSystemIsDescribedWithinTheBufferAndTheRestIsZero) {
     std::string whole(1000, '#');
+    errno = EXDEV;
     ASSERT_EQ(kestu_mach_os_name(whole.data(), 1000), whole.data());
+    EXPECT_EQ(errno, EXDEV);
     utsname host;
     ASSERT_EQ(uname(&host), 0);
     const std::string text = whole.c_str();
