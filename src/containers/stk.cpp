@@ -21,7 +21,7 @@ kestu_stk_t *make_stack(apr_pool_t *pool) {
 kestu_error_t *push_at(kestu_stk_t *stack, kestu_sl_t **link, uint32_t tag, void *data,
                        apr_pool_t *pool) {
     if (!insert_at(link, tag, data, pool))
-        return fail_memory(sizeof(kestu_sl_t));
+        return no_memory(sizeof(kestu_sl_t));
     ++stack->count;
     return nullptr;
 }
@@ -84,7 +84,7 @@ kestu_error_t *kestu_stk_walk_err_first(kestu_stk_t *stack, kestu_err_func fn, v
 kestu_error_t *kestu_stk_copy(kestu_stk_t *source, kestu_stk_t **out, apr_pool_t *pool) {
     kestu_stk_t *copy = make_stack(pool);
     kestu_error_t *err =
-        copy ? copy_elements(top_of(source), copy, pool) : fail_memory(sizeof(kestu_stk_t));
+        copy ? copy_elements(top_of(source), copy, pool) : no_memory(sizeof(kestu_stk_t));
     *out = err ? nullptr : copy;
     return wrap(err, "Can't copy stack.");
 }

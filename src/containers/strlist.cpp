@@ -1,8 +1,7 @@
 // Lists of strings.
 #include "containers/strlist.hpp"
 
-#include "base/pool_text.hpp"
-#include "error/error.hpp"
+#include "mem/memory.hpp"
 
 #include <cstring>
 
@@ -20,10 +19,10 @@ std::string_view view_of(const void *text) {
 }
 
 kestu_error_t *copy_text(std::string_view text, apr_pool_t *pool, char **copy) {
-    *copy = text.data() ? pool_copy(pool, text) : nullptr;
-    return *copy || !text.data()
-               ? nullptr
-               : fail(120012, "Failed to allocate %zu bytes of memory.", text.size() + 1);
+    if (text.data())
+        return pool_make_text(pool, copy, text);
+    *copy = nullptr;
+    return nullptr;
 }
 
 kestu_error_t *copy_all(kestu_strlist_t *dst, const kestu_dl_t *node, apr_pool_t *pool) {

@@ -10,15 +10,13 @@ using namespace kestu;
 
 namespace {
 
-constexpr int affinity_problem = 120173;
-
 // Null when the mask has room for the processor; `action` is what could not be done.
 kestu_error_t *check_bound(const kestu_cpu_genaffinity &mask, uint32_t cpu, const char *action) {
     const uint64_t capacity = uint64_t{mask.size} * 8;
     if (cpu < capacity)
         return nullptr;
-    return fail(affinity_problem, "Can't %s cpu %u bit (mask supports only up to %u cpus).", action,
-                cpu, static_cast<uint32_t>(capacity));
+    return fail(KESTU_ERR_AFFINITY, "Can't %s cpu %u bit (mask supports only up to %u cpus).",
+                action, cpu, static_cast<uint32_t>(capacity));
 }
 
 uint8_t bit(uint32_t cpu) {

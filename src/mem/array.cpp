@@ -3,8 +3,8 @@
 // are.
 #include "kestu_array.h"
 
-#include "error/error.hpp"
 #include "kestu_mem.h"
+#include "mem/memory.hpp"
 
 #include <cstring>
 
@@ -113,7 +113,7 @@ kestu_error_t *check_size(const kestu_mem_array_t &array) {
             block > most)
             return nullptr;
         if (blocks > most / block)
-            return fail(120012, "Failed to allocate %zu bytes of memory.", SIZE_MAX);
+            return no_memory(SIZE_MAX);
         blocks *= array.dims[depth];
     }
     return nullptr;
@@ -153,9 +153,11 @@ kestu_error_t *fill_array(kestu_mem_array_t &array, int first, va_list rest) {
 
 kestu_error_t *make_array(kestu_mem_array_t **out, size_t elsize, int first, va_list rest) {
     if (elsize == 0)
-        return fail(120011, "Cannot allocate array for elements of size %zu bytes.", elsize);
+        return fail(KESTU_ERR_ELEMENT_SIZE, "Cannot allocate array for elements of size %zu bytes.",
+                    elsize);
     if (first == 0)
-        return fail(120010, "Cannot allocate memory for %d elements in first dimension.", first);
+        return fail(KESTU_ERR_ELEMENT_COUNT,
+                    "Cannot allocate memory for %d elements in first dimension.", first);
     if (kestu_error_t *err = kestu_mem_calloc(1, sizeof **out, out))
         return err;
     kestu_mem_array_t *array = *out;

@@ -1,17 +1,13 @@
 // Where the nodes of containers come from: one algorithm serves the pool and the malloc variant.
 #pragma once
 
-#include "error/error.hpp"
+#include "mem/memory.hpp"
 
 #include <apr_pools.h>
 
 #include <cstdlib>
 
 namespace kestu {
-
-[[nodiscard, gnu::returns_nonnull]] inline kestu_error_t *fail_memory(size_t bytes) {
-    return fail(120012, "Failed to allocate %zu bytes of memory.", bytes);
-}
 
 // Nodes that live as long as their pool and are never given back one by one.
 struct PoolNodes {
@@ -21,7 +17,7 @@ struct PoolNodes {
     template <typename Node>
     kestu_error_t *make(Node **node, size_t bytes = sizeof(Node)) const {
         *node = static_cast<Node *>(apr_palloc(pool, bytes));
-        return *node ? nullptr : fail_memory(bytes);
+        return *node ? nullptr : no_memory(bytes);
     }
     static void release(void *) {}
 };
@@ -31,7 +27,7 @@ struct HeapNodes {
     template <typename Node>
     static kestu_error_t *make(Node **node, size_t bytes = sizeof(Node)) {
         *node = static_cast<Node *>(std::malloc(bytes));
-        return *node ? nullptr : fail_memory(bytes);
+        return *node ? nullptr : no_memory(bytes);
     }
     static void release(void *node) { std::free(node); }
 };
