@@ -27,8 +27,8 @@ kestu_error_t *kestu_mem_malloc(size_t bytes, void *out) {
     return block ? nullptr : no_memory(bytes);
 }
 
-// A failure nulls the caller's pointer although the old block stays allocated: callers that want
-// the block keep a copy of the pointer.
+// Kept: a failure nulls the caller's pointer although the old block stays allocated. Relied on by:
+// callers that keep a copy of the pointer.
 kestu_error_t *kestu_mem_realloc(size_t bytes, void *inout) {
     if (bytes == 0)
         return fail(KESTU_ERR_MEMORY_SIZE, "Cannot allocate memory for %zu bytes.", bytes);

@@ -119,8 +119,10 @@ kestu_error_t *check_size(const kestu_mem_array_t &array) {
     return nullptr;
 }
 
-// Blocks come into being on the way to the first element that they hold. When one fails, only those
-// on the way to it are released; complete ones beside it stay, as callers have come to know it.
+// Blocks come into being on the way to the first element that they hold.
+//
+// Kept: when one fails, only those on the way to it are released; complete ones beside it stay.
+// Relied on by: callers.
 kestu_error_t *build_storage(kestu_mem_array_t &array) {
     if (kestu_error_t *err = check_size(array))
         return err;
