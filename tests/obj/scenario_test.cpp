@@ -283,7 +283,9 @@ void World::check() {
 
     kestu_obj_t *last = nullptr; // what APR's destructions have left goes with the next object
     ASSERT_OK(kestu_obj_create(&last, nullptr, pool));
+    ++depth;
     kestu_obj_destroy(last);
+    --depth;
     dying.clear();
     std::erase_if(places, [](const Place &place) { return place.is_gone; });
     for (const Place &place : places)
