@@ -67,7 +67,8 @@ class World {
     void create_pool();
     void end_pool();
     void clean_up_by_hand();
-    void connect();
+    void connect(kestu_obj_t *source, kestu_obj_t *destination);
+    void replace();
     void disconnect();
     void change_family();
 
@@ -76,6 +77,7 @@ class World {
     int depth = 0;
     std::list<Place> places;
     std::set<kestu_obj_t *> alive;
+    kestu_obj_t *newest = nullptr;
     std::set<kestu_obj_t *> dying; // cleaned up, but not forgotten yet
     std::set<Key> connections;
     std::map<Key, int> called;
@@ -142,6 +144,7 @@ kestu_error_t *World::create(apr_pool_t *where) {
     for (uint32_t code = first_code; !err && code < first_code + code_count; ++code)
         err = kestu_obj_add_signal(obj, code);
     alive.insert(obj);
+    newest = obj;
     return err;
 }
 
@@ -178,8 +181,7 @@ void World::clean_up_by_hand() {
     kestu_obj_destroy(obj);
 }
 
-void World::connect() {
-    kestu_obj_t *source = any(), *destination = any();
+void World::connect(kestu_obj_t *source, kestu_obj_t *destination) {
     if (!quiet_slots && below(8) == 0) {
         ASSERT_OK(kestu_obj_connect(source, KESTU_OBJ_SIGNAL_DESTROY, destination, slot, this));
         return;
@@ -187,6 +189,15 @@ void World::connect() {
     const uint32_t code = any_code();
     ASSERT_OK(kestu_obj_connect(source, code, destination, slot, this));
     connections.insert({source, code, destination});
+}
+
+// APR gives the memory of the old to the new, and so the new has its address.
+void World::replace() {
+    kestu_obj_t *source = any();
+    kestu_obj_destroy(any());
+    ASSERT_OK(create(pool));
+    if (alive.count(source))
+        connect(source, newest);
 }
 
 // While signals are emitted, disconnecting from all of them would wait and take later connections
@@ -239,7 +250,7 @@ void World::step() {
     case 7:
     case 8:
     case 9:
-        connect();
+        connect(any(), any());
         break;
     case 10:
         disconnect();
@@ -249,8 +260,10 @@ void World::step() {
         change_family();
         break;
     case 13:
-    case 14:
         kestu_obj_destroy(any());
+        break;
+    case 14:
+        replace();
         break;
     case 15:
         clean_up_by_hand();
