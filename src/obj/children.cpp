@@ -27,8 +27,7 @@ size_t length_of(const char *name) {
 Membership *find_named(const kestu_obj_t *parent, const char *name) {
     if (!name)
         return nullptr;
-    return static_cast<Membership *>(
-        kestu_trie_search(parent->child_names, name, length_of(name)));
+    return static_cast<Membership *>(kestu_trie_search(parent->child_names, name, length_of(name)));
 }
 
 void forget_name(Object &parent, const char *name) {
@@ -203,6 +202,7 @@ kestu_obj_t *kestu_obj_getc(kestu_obj_t *parent, const char *name) {
     return known ? child_of(*known) : nullptr;
 }
 
+// Kept: what is no child comes back too. Relied on by: callers that pass the result on.
 kestu_obj_t *kestu_obj_removec(kestu_obj_t *parent, const char *name, kestu_obj_t *obj) {
     if (name) {
         Membership *known = find_named(parent, name);

@@ -30,7 +30,8 @@ kestu_error_t *take_record(SignalType **record) {
     if (!*record)
         return fail(120012);
     **record = {};
-    return kestu_cdl_prepend(&engine.signal_type_list, 0, *record, nullptr, engine.signal_types.pool);
+    return kestu_cdl_prepend(&engine.signal_type_list, 0, *record, nullptr,
+                             engine.signal_types.pool);
 }
 
 // Kept: a record that is used again without a name keeps the name it had. Relied on by: programs
@@ -82,7 +83,8 @@ kestu_error_t *kestu_objsig_deregister(uint32_t code) {
 uint32_t kestu_objsig_query_type(const char *name) {
     const auto has_name = [](uint32_t, void *data, void *wanted) -> void * {
         const char *own = signal_type(data)->name;
-        return own && wanted && std::strcmp(own, static_cast<const char *>(wanted)) == 0 ? data : nullptr;
+        return own && wanted && std::strcmp(own, static_cast<const char *>(wanted)) == 0 ? data
+                                                                                         : nullptr;
     };
     const SignalType *found = signal_type(
         kestu_cdl_walk_ptr_first(engine.signal_type_list, has_name, const_cast<char *>(name)));

@@ -3,9 +3,6 @@
 
 using namespace kestu;
 
-UT_icd osig_icd = {sizeof(kestu_osig_t), nullptr, nullptr, osig_dtor};
-UT_icd osigact_icd = {sizeof(kestu_osigact_t), nullptr, nullptr, nullptr};
-
 namespace kestu {
 
 kestu_error_t *no_such_signal(uint32_t code) {
@@ -19,6 +16,9 @@ void defer(kestu_osig_t &signal, const kestu_osigact_t &action) {
 }
 
 } // namespace kestu
+
+UT_icd osig_icd = {sizeof(kestu_osig_t), nullptr, nullptr, osig_dtor};
+UT_icd osigact_icd = {sizeof(kestu_osigact_t), nullptr, nullptr, nullptr};
 
 void osig_dtor(void *osig) {
     auto *signal = static_cast<kestu_osig_t *>(osig);

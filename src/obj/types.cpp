@@ -47,7 +47,9 @@ kestu_error_t *add_type(uint32_t code, kestu_strlist_t *names, kestu_objtype_cre
 
 kestu_error_t *kestu_objtype_register(uint32_t *code, kestu_strlist_t *names,
                                       kestu_objtype_create_func create) {
-    const auto refuse = [=] { return kestu_objtype_is_names_exist(names) ? fail(120101) : nullptr; };
+    const auto refuse = [=] {
+        return kestu_objtype_is_names_exist(names) ? fail(120101) : nullptr;
+    };
     const auto add = [=](uint32_t next) {
         *code = next;
         return add_type(next, names, create);
