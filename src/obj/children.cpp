@@ -117,7 +117,7 @@ void set_parent(Object &child, Object *parent) {
 
 kestu_error_t *make_membership(Object &parent, Object &child, Membership **out) {
     if (!parent.children)
-        return fail(120120);
+        return fail(KESTU_ERR_TREE_INSERTION);
     if (kestu_error_t *err = kestu_mem_malloc(sizeof(Membership), out))
         return wrap(wrap(err, "Can't allocate memory for treem node."),
                     "Unable to append child Tree node.");
@@ -131,7 +131,7 @@ kestu_error_t *make_membership(Object &parent, Object &child, Membership **out) 
 
 kestu_error_t *add_child(Object &parent, Object &child) {
     if (find_named(&parent, child.name))
-        return fail(120102, "There is already a child with name '%s'", child.name);
+        return fail(KESTU_ERR_CHILD_EXISTS, "There is already a child with name '%s'", child.name);
     Membership *membership = nullptr;
     kestu_error_t *err = make_membership(parent, child, &membership);
     if (!err && membership->named)
@@ -202,6 +202,7 @@ kestu_obj_t *kestu_obj_getc(kestu_obj_t *parent, const char *name) {
     return known ? child_of(*known) : nullptr;
 }
 
+// Kept: what is no child comes back too. Relied on by: callers that pass the result on.
 kestu_obj_t *kestu_obj_removec(kestu_obj_t *parent, const char *name, kestu_obj_t *obj) {
     if (name) {
         Membership *known = find_named(parent, name);

@@ -18,7 +18,7 @@ kestu_error_t *add_cleanup(kestu_obj_t *obj, const Cleanup &cleanup) {
     const KeptErrno kept;
     auto *record = static_cast<Cleanup *>(apr_palloc(obj->pool, sizeof(Cleanup)));
     if (!record)
-        return fail(120012);
+        return fail(KESTU_ERR_NO_MEMORY);
     *record = cleanup;
     return kestu_cdl_add(&obj->cleanups, 0, record, nullptr, obj->pool);
 }

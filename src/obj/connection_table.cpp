@@ -5,8 +5,6 @@
 
 using namespace kestu;
 
-UT_icd oslot_icd = {sizeof(kestu_oslot_t), nullptr, nullptr, nullptr};
-
 namespace {
 
 void attach(Entry &entry, Object *destination) {
@@ -120,3 +118,5 @@ void detach(Entry &entry) {
 }
 
 } // namespace kestu
+
+UT_icd oslot_icd = {sizeof(kestu_oslot_t), nullptr, nullptr, nullptr};

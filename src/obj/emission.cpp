@@ -124,15 +124,17 @@ bool carry_out(const kestu_osigact_t &action, kestu_obj_t *obj, uint32_t code,
             return false;
         break;
     default:
-        err = fail(120107);
+        err = fail(KESTU_ERR_SIGNAL_ACTION);
     }
     if (err)
         failures = kestu_error_compose_create(err, failures);
     return true;
 }
 
-// Carries out what waited. Failures are told only when the emitting signal goes; otherwise they are
-// dropped, since who asked for the actions has long been told of success.
+// Carries out what waited.
+//
+// Kept: failures are told only when the emitting signal goes. Relied on by: emitters, who do not
+// expect errors of what others asked for.
 [[gnu::noinline]] kestu_error_t *carry_out_all(UT_array *actions, kestu_obj_t *obj, uint32_t code) {
     kestu_error_t *failures = nullptr;
     bool exists = true;

@@ -31,7 +31,7 @@ kestu_error_t *create(kestu_obj_t **out, const char *name, apr_pool_t *parent_po
     apr_pool_cleanup_register(object->pool, static_cast<kestu_obj_t *>(object), kestu_obj_cleanup,
                               apr_pool_cleanup_null);
     if (!set_name(object, name))
-        return fail(120012);
+        return fail(KESTU_ERR_NO_MEMORY);
     if (kestu_error_t *err = kestu_obj_add_signal(object, KESTU_OBJ_SIGNAL_DESTROY))
         return err;
     object->children = &object->root;

@@ -21,8 +21,8 @@ Object *host_of(apr_pool_t *pool) {
     return nullptr;
 }
 
-// Cleanups may make objects in the pool of the object that is being destroyed, which would never
-// end if those did the same in turn.
+// Cleanups may make objects in the pool of the object that is being destroyed. That would never end
+// if the cleanups of those could do the same.
 bool is_closed(const Object &host) {
     return host.is_going && (host.life == Life::dead || (host.life == Life::dying && host.is_late));
 }
@@ -74,13 +74,16 @@ void stop_waiting(Object &object) {
     if (!object.is_waiting)
         return;
     object.is_waiting = false;
-    (object.prev_waiting ? object.prev_waiting->next_waiting : first_waiting) = object.next_waiting;
+    if (object.prev_waiting)
+        object.prev_waiting->next_waiting = object.next_waiting;
+    else if (first_waiting == &object) // it may have been a thread's that has ended
+        first_waiting = object.next_waiting;
     if (object.next_waiting)
         object.next_waiting->prev_waiting = object.prev_waiting;
 }
 
-// Whether somebody is in the midst of destroying something that lives in the object's pool. Each
-// guest is asked once, as what is not in use goes at once.
+// Whether something that lives in the object's pool is just being destroyed. Each guest is looked
+// at once, since a pool that is not in use goes at once.
 bool is_in_use(const Object &top) {
     for (const Object *at = top.guests; at;) {
         if (at->life == Life::dying || at->is_going)
@@ -96,7 +99,7 @@ bool is_in_use(const Object &top) {
     return false;
 }
 
-// Leaves an object at some depth whose guests have been seen to, and returns the next of its level.
+// Leaves an object whose guests have been left, and returns the next guest of its host.
 Object *leave(Object *at, unsigned depth) {
     if (depth % levels_for_apr != 0)
         return at->next_guest;
@@ -105,9 +108,9 @@ Object *leave(Object *at, unsigned depth) {
     return host->guests;
 }
 
-// Destroys the pools that lie too deep within that of `top` for APR, the deepest first. What is
-// called on the way may destroy and make objects, but nothing goes that holds the one that is being
-// destroyed.
+// Destroys the pools that lie too deep within that of `top` for APR, the deepest first. Slots and
+// cleanups that are called on the way may destroy and make objects, but the hosts stay: their pools
+// are going.
 void flatten(Object &top) {
     unsigned depth = 0;
     for (Object *at = &top;;) {
@@ -131,7 +134,7 @@ void flatten(Object &top) {
     }
 }
 
-// The first that APR does when it destroys or clears a pool.
+// The first thing that APR does when it destroys or clears a pool.
 apr_status_t begin_end(void *data) {
     const Destroying destroying;
     auto &object = *static_cast<Object *>(data);
@@ -142,7 +145,7 @@ apr_status_t begin_end(void *data) {
     return APR_SUCCESS;
 }
 
-// The last. Pools that were made since APR looked for pools within this one would be forgotten.
+// The last thing. APR does not look for pools that cleanups have made within this one.
 apr_status_t complete_end(void *data) {
     const Destroying destroying;
     auto &object = *static_cast<Object *>(data);

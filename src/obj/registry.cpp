@@ -68,7 +68,7 @@ constinit Engine engine = {.pool = nullptr,
 
 kestu_error_t *lock(const Registry &registry) {
     if (!registry.lock)
-        return fail(120001);
+        return fail(KESTU_ERR_NOT_INITIALIZED);
     const apr_status_t status = apr_thread_mutex_lock(registry.lock);
     return status == APR_SUCCESS ? nullptr : fail_apr(status);
 }

@@ -28,7 +28,7 @@ kestu_error_t *take_record(SignalType **record) {
     }
     *record = static_cast<SignalType *>(apr_palloc(engine.signal_types.pool, sizeof(SignalType)));
     if (!*record)
-        return fail(120012);
+        return fail(KESTU_ERR_NO_MEMORY);
     **record = {};
     return kestu_cdl_prepend(&engine.signal_type_list, 0, *record, nullptr,
                              engine.signal_types.pool);
@@ -40,7 +40,7 @@ kestu_error_t *add_signal_type(uint32_t code, const char *name) {
     const KeptErrno kept;
     const char *copy = name ? pool_copy(engine.signal_types.pool, name) : nullptr;
     if (name && !copy)
-        return fail(120012);
+        return fail(KESTU_ERR_NO_MEMORY);
     SignalType *record = nullptr;
     if (kestu_error_t *err = take_record(&record))
         return err;
@@ -57,7 +57,9 @@ kestu_error_t *kestu_objsig_register(uint32_t *code, const char *name) {
     const auto refuse = [=]() -> kestu_error_t * {
         if (!kestu_objsig_query_type(name))
             return nullptr;
-        return wrap(fail(120103, "Object signal type [%s] already exists.", name), action);
+        return wrap(
+            fail(KESTU_ERR_SIGNAL_TYPE_EXISTS, "Object signal type [%s] already exists.", name),
+            action);
     };
     const auto add = [=](uint32_t next) {
         kestu_error_t *err = add_signal_type(next, name);

@@ -3,13 +3,10 @@
 
 using namespace kestu;
 
-UT_icd osig_icd = {sizeof(kestu_osig_t), nullptr, nullptr, osig_dtor};
-UT_icd osigact_icd = {sizeof(kestu_osigact_t), nullptr, nullptr, nullptr};
-
 namespace kestu {
 
 kestu_error_t *no_such_signal(uint32_t code) {
-    return fail(120104, "Cannot find signal with code %d.", static_cast<int>(code));
+    return fail(KESTU_ERR_NO_SIGNAL, "Cannot find signal with code %d.", static_cast<int>(code));
 }
 
 void defer(kestu_osig_t &signal, const kestu_osigact_t &action) {
@@ -19,6 +16,9 @@ void defer(kestu_osig_t &signal, const kestu_osigact_t &action) {
 }
 
 } // namespace kestu
+
+UT_icd osig_icd = {sizeof(kestu_osig_t), nullptr, nullptr, osig_dtor};
+UT_icd osigact_icd = {sizeof(kestu_osigact_t), nullptr, nullptr, nullptr};
 
 void osig_dtor(void *osig) {
     auto *signal = static_cast<kestu_osig_t *>(osig);
@@ -30,7 +30,8 @@ void osig_dtor(void *osig) {
 
 kestu_error_t *kestu_obj_add_signal(kestu_obj_t *obj, uint32_t code) {
     if (find_signal(obj, code))
-        return wrap(fail(120105, "A signal with code %d already exists.", static_cast<int>(code)),
+        return wrap(fail(KESTU_ERR_SIGNAL_EXISTS, "A signal with code %d already exists.",
+                         static_cast<int>(code)),
                     "Cannot add signal to object.");
     if (!obj->signals) {
         obj->signals = &object_of(obj)->signal_array;

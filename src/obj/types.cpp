@@ -33,7 +33,7 @@ kestu_error_t *add_type(uint32_t code, kestu_strlist_t *names, kestu_objtype_cre
     apr_pool_t *pool = engine.types.pool;
     auto *type = static_cast<Type *>(apr_palloc(pool, sizeof(Type)));
     if (!type)
-        return fail(120012);
+        return fail(KESTU_ERR_NO_MEMORY);
     *type = {code, nullptr, create ? create : create_plain};
     kestu_error_t *err = kestu_strlist_create(&type->names, pool);
     if (!err)
@@ -48,7 +48,7 @@ kestu_error_t *add_type(uint32_t code, kestu_strlist_t *names, kestu_objtype_cre
 kestu_error_t *kestu_objtype_register(uint32_t *code, kestu_strlist_t *names,
                                       kestu_objtype_create_func create) {
     const auto refuse = [=] {
-        return kestu_objtype_is_names_exist(names) ? fail(120101) : nullptr;
+        return kestu_objtype_is_names_exist(names) ? fail(KESTU_ERR_TYPE_EXISTS) : nullptr;
     };
     const auto add = [=](uint32_t next) {
         *code = next;
