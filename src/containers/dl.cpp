@@ -18,6 +18,13 @@ constexpr Place<kestu_dl_t> before_handle{link_before, "Unable to add DL node."}
 constexpr Place<kestu_dl_t> at_front{link_first, "Unable to prepend DL object."};
 constexpr Place<kestu_dl_t> at_end{link_last, "Unable to append DL object."};
 
+// Nodes from the system's allocator, whose failures say what they were for.
+struct DlmNodes : HeapNodes {
+    static kestu_error_t *make(kestu_dl_t **node) {
+        return wrap(HeapNodes::make(node), "Can't allocate memory for dlm node.");
+    }
+};
+
 kestu_dl_t unlinked(uint32_t tag, void *data) {
     return {tag, nullptr, nullptr, data};
 }
@@ -176,8 +183,8 @@ kestu_error_t *kestu_dl_create(uint32_t tag, void *data, kestu_dl_t **out, apr_p
 }
 
 kestu_error_t *kestu_dlm_create(uint32_t tag, void *data, kestu_dl_t **out) {
-    if (kestu_error_t *err = HeapNodes::make(out))
-        return wrap(err, "Can't allocate memory for dlm node.");
+    if (kestu_error_t *err = DlmNodes::make(out))
+        return err;
     **out = unlinked(tag, data);
     return nullptr;
 }
@@ -212,20 +219,20 @@ kestu_error_t *kestu_dl_append(kestu_dl_t **handle, uint32_t tag, void *data, ke
 
 kestu_error_t *kestu_dlm_add_after(kestu_dl_t **handle, uint32_t tag, void *data,
                                    kestu_dl_t **out) {
-    return add_node(after_handle, HeapNodes{}, unlinked(tag, data), handle, out);
+    return add_node(after_handle, DlmNodes{}, unlinked(tag, data), handle, out);
 }
 
 kestu_error_t *kestu_dlm_add_before(kestu_dl_t **handle, uint32_t tag, void *data,
                                     kestu_dl_t **out) {
-    return add_node(before_handle, HeapNodes{}, unlinked(tag, data), handle, out);
+    return add_node(before_handle, DlmNodes{}, unlinked(tag, data), handle, out);
 }
 
 kestu_error_t *kestu_dlm_prepend(kestu_dl_t **handle, uint32_t tag, void *data, kestu_dl_t **out) {
-    return add_node(at_front, HeapNodes{}, unlinked(tag, data), handle, out);
+    return add_node(at_front, DlmNodes{}, unlinked(tag, data), handle, out);
 }
 
 kestu_error_t *kestu_dlm_append(kestu_dl_t **handle, uint32_t tag, void *data, kestu_dl_t **out) {
-    return add_node(at_end, HeapNodes{}, unlinked(tag, data), handle, out);
+    return add_node(at_end, DlmNodes{}, unlinked(tag, data), handle, out);
 }
 
 // Joining a list with itself would close it to a ring, in which no walk ends.
@@ -292,7 +299,7 @@ void kestu_dl_delete(kestu_dl_t *node) {
 }
 
 void kestu_dlm_delete(kestu_dl_t *node) {
-    remove<HeapNodes>(node, nobody);
+    remove<DlmNodes>(node, nobody);
 }
 
 void kestu_dl_delete_func(kestu_dl_t *node, kestu_visit_func fn, void *baton) {
@@ -300,7 +307,7 @@ void kestu_dl_delete_func(kestu_dl_t *node, kestu_visit_func fn, void *baton) {
 }
 
 void kestu_dlm_delete_func(kestu_dl_t *node, kestu_visit_func fn, void *baton) {
-    remove<HeapNodes>(node, taker(fn, baton));
+    remove<DlmNodes>(node, taker(fn, baton));
 }
 
 kestu_error_t *kestu_dl_delete_errfunc(kestu_dl_t *node, kestu_err_func fn, void *baton) {
@@ -312,7 +319,7 @@ void kestu_dl_delete_obj(kestu_dl_t **handle, void *data) {
 }
 
 void kestu_dlm_delete_obj(kestu_dl_t **handle, void *data) {
-    remove_obj<HeapNodes>(handle, data, nobody);
+    remove_obj<DlmNodes>(handle, data, nobody);
 }
 
 void kestu_dl_delete_obj_func(kestu_dl_t **handle, void *data, kestu_visit_func fn, void *baton) {
@@ -329,7 +336,7 @@ void kestu_dl_destroy(kestu_dl_t **handle) {
 }
 
 void kestu_dlm_destroy(kestu_dl_t **handle) {
-    remove_all<HeapNodes>(handle, nobody);
+    remove_all<DlmNodes>(handle, nobody);
 }
 
 void kestu_dl_destroy_func(kestu_dl_t **handle, kestu_visit_func fn, void *baton) {
@@ -337,13 +344,11 @@ void kestu_dl_destroy_func(kestu_dl_t **handle, kestu_visit_func fn, void *baton
 }
 
 void kestu_dlm_destroy_func(kestu_dl_t **handle, kestu_visit_func fn, void *baton) {
-    remove_all<HeapNodes>(handle, taker(fn, baton));
+    remove_all<DlmNodes>(handle, taker(fn, baton));
 }
 
-// The sentinel is nobody's to clear, so it gets no message above it.
 kestu_error_t *kestu_dl_destroy_errfunc(kestu_dl_t **handle, kestu_err_func fn, void *baton) {
-    kestu_error_t *err = remove_all<PoolNodes>(handle, taker(fn, baton));
-    return err == KestuDLlistStopWalking ? err : wrap(err, "Error while destroy DL List.");
+    return wrap(remove_all<PoolNodes>(handle, taker(fn, baton)), "Error while destroy DL List.");
 }
 
 void kestu_dl_walk(kestu_dl_t *node, kestu_visit_func fn, void *baton) {
