@@ -9,7 +9,12 @@ namespace kestu {
 class KeptErrno {
   public:
     KeptErrno() = default;
-    ~KeptErrno() { errno = value_; }
+    ~KeptErrno() {
+        // Under -fno-math-errno the compiler believes that malloc leaves errno alone, and that
+        // there is nothing to put back.
+        asm volatile("" : "=m"(errno));
+        errno = value_;
+    }
     KeptErrno(const KeptErrno &) = delete;
     KeptErrno &operator=(const KeptErrno &) = delete;
 
