@@ -4,6 +4,7 @@
 #include "containers/bitarr_count.hpp"
 #include "frame/error.hpp"
 #include "kestu_mem.h"
+#include "util/kept_errno.hpp"
 
 #include <algorithm>
 #include <bit>
@@ -139,6 +140,7 @@ void kestu_bitarr_free(kestu_bitarr_t *ba) {
 }
 
 void kestu_bitarr_print(const kestu_bitarr_t *ba, FILE *stream) {
+    const KeptErrno kept;
     char text[4096];
     const kestu_bitarr_t &array = array_of(ba);
     for (size_t first = 0; first < array.nbits; first += sizeof text) {

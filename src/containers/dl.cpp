@@ -176,7 +176,7 @@ int32_t hook_key(const void *record) {
 
 // Callers rely on null whatever happens: a pool without memory shows as a null node.
 kestu_error_t *kestu_dl_create(uint32_t tag, void *data, kestu_dl_t **out, apr_pool_t *pool) {
-    *out = static_cast<kestu_dl_t *>(apr_palloc(pool, sizeof **out));
+    *out = pool_node<kestu_dl_t>(pool);
     if (*out)
         **out = unlinked(tag, data);
     return nullptr;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "frame/error.hpp"
+#include "util/kept_errno.hpp"
 
 #include <apr_pools.h>
 
@@ -13,6 +14,13 @@ namespace kestu {
     return fail(120012, "Failed to allocate %zu bytes of memory.", bytes);
 }
 
+// Memory for a node, not initialised, or null when `pool` has none.
+template <typename Node>
+Node *pool_node(apr_pool_t *pool, size_t bytes = sizeof(Node)) {
+    const KeptErrno kept;
+    return static_cast<Node *>(apr_palloc(pool, bytes));
+}
+
 // Nodes that live as long as their pool and are never given back one by one.
 struct PoolNodes {
     apr_pool_t *pool;
@@ -20,7 +28,7 @@ struct PoolNodes {
     // Stores a new node of `bytes` bytes, not initialised, through `node`.
     template <typename Node>
     kestu_error_t *make(Node **node, size_t bytes = sizeof(Node)) const {
-        *node = static_cast<Node *>(apr_palloc(pool, bytes));
+        *node = pool_node<Node>(pool, bytes);
         return *node ? nullptr : fail_memory(bytes);
     }
     static void release(void *) {}
@@ -30,6 +38,7 @@ struct PoolNodes {
 struct HeapNodes {
     template <typename Node>
     static kestu_error_t *make(Node **node, size_t bytes = sizeof(Node)) {
+        const KeptErrno kept;
         *node = static_cast<Node *>(std::malloc(bytes));
         return *node ? nullptr : fail_memory(bytes);
     }

@@ -1,7 +1,6 @@
 // The stack.
 #include "kestu_stk.h"
 
-#include "containers/nodes.hpp"
 #include "containers/sl.hpp"
 
 using namespace kestu;
@@ -13,7 +12,7 @@ kestu_sl_t *top_of(kestu_stk_t *stack) {
 }
 
 kestu_stk_t *make_stack(apr_pool_t *pool) {
-    auto *stack = static_cast<kestu_stk_t *>(apr_palloc(pool, sizeof(kestu_stk_t)));
+    auto *stack = pool_node<kestu_stk_t>(pool);
     return stack ? new (stack) kestu_stk_t{} : nullptr;
 }
 

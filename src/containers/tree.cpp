@@ -213,7 +213,7 @@ auto remove_subtree(Node *node, Func fn, void *baton) {
 
 // Callers rely on null whatever happens: a pool without memory shows as a null node.
 kestu_error_t *kestu_tree_create(uint32_t tag, void *data, kestu_tree_t **out, apr_pool_t *pool) {
-    *out = static_cast<Node *>(apr_palloc(pool, sizeof(Node)));
+    *out = pool_node<Node>(pool);
     if (*out)
         **out = lone(tag, data);
     return nullptr;

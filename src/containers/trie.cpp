@@ -8,7 +8,7 @@ using namespace kestu::trie;
 
 // Callers rely on null whatever happens: a pool without memory shows as a null handle.
 kestu_error_t *kestu_trie_create(kestu_trie_t **out, apr_pool_t *pool) {
-    *out = static_cast<kestu_trie_t *>(apr_palloc(pool, sizeof **out));
+    *out = pool_node<kestu_trie_t>(pool);
     if (*out)
         **out = {nullptr};
     return nullptr;

@@ -2,6 +2,7 @@
 #include "kestu_mem.h"
 
 #include "frame/error.hpp"
+#include "util/kept_errno.hpp"
 
 #include <cstdlib>
 #include <cstring>
@@ -13,6 +14,7 @@ kestu_error_t *kestu_mem_calloc(size_t count, size_t size, void *out) {
         return fail(120010, "Cannot allocate memory for %zu elements.", count);
     if (size == 0)
         return fail(120011, "Cannot allocate memory for element of size %zu bytes.", size);
+    const KeptErrno kept;
     void *block = std::calloc(count, size);
     *static_cast<void **>(out) = block;
     return block ? nullptr : fail(120012, "Failed to allocate %zu bytes of memory.", count * size);
@@ -21,6 +23,7 @@ kestu_error_t *kestu_mem_calloc(size_t count, size_t size, void *out) {
 kestu_error_t *kestu_mem_malloc(size_t bytes, void *out) {
     if (bytes == 0)
         return fail(120014, "Cannot allocate memory of size %zu bytes.", bytes);
+    const KeptErrno kept;
     void *block = std::malloc(bytes);
     *static_cast<void **>(out) = block;
     return block ? nullptr : fail(120012, "Failed to allocate %zu bytes of memory.", bytes);
@@ -31,6 +34,7 @@ kestu_error_t *kestu_mem_malloc(size_t bytes, void *out) {
 kestu_error_t *kestu_mem_realloc(size_t bytes, void *inout) {
     if (bytes == 0)
         return fail(120014, "Cannot allocate memory for %zu bytes.", bytes);
+    const KeptErrno kept;
     auto **pointer = static_cast<void **>(inout);
     *pointer = std::realloc(*pointer, bytes);
     return *pointer ? nullptr : fail(120013, "Failed to reallocate memory for %zu bytes.", bytes);

@@ -8,6 +8,7 @@
 #include "trace.hpp"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <random>
 #include <string>
@@ -242,8 +243,12 @@ TEST_F(DlList, CreatedNodesAreInNoList) {
     kestu_dl_update(node, 3, &objects[3]);
     EXPECT_EQ(kestu_dl_get_data_tag(node, nullptr), &objects[3]);
     EXPECT_THAT(checked_tags(node), ElementsAre(3));
-    EXPECT_OK(pool.without_memory([&] { return kestu_dl_create(2, nullptr, &node, pool); }));
-    EXPECT_EQ(node, nullptr); // and no error, as callers rely on
+    const auto create = [&] {
+        errno = 77;
+        return kestu_dl_create(2, nullptr, &node, pool);
+    };
+    EXPECT_EQ(pool.without_memory(create), nullptr); // callers rely on it
+    EXPECT_TRUE(!node && errno == 77);
     EXPECT_CHAIN(pool.without_memory([&] { return kestu_dlm_create(2, nullptr, &heap_node); }),
                  Element(120012, "Can't allocate memory for dlm node."),
                  Element(120012, "Failed to allocate 32 bytes of memory."));
