@@ -7,6 +7,7 @@
 #include "support/on_path.hpp"
 
 #include <algorithm>
+#include <cerrno>
 #include <random>
 #include <string>
 

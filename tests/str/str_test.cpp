@@ -22,16 +22,18 @@ using namespace std::string_literals;
 
 namespace {
 
-// A copy of a text whose terminator is the last byte before memory that must not be touched.
+// A copy of a text whose terminator is the last byte before memory that must not be touched, but
+// for `behind` bytes; or that begins as many bytes behind such memory.
 class EdgeText {
   public:
-    explicit EdgeText(const std::string &text, size_t behind = 0) {
+    explicit EdgeText(const std::string &text, size_t behind = 0, bool at_front = false) {
         constexpr size_t page = 4096;
-        size = (text.size() + behind + page) / page * page + page;
+        size = (text.size() + behind + page) / page * page + 2 * page;
         memory = static_cast<char *>(
             mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+        mprotect(memory, page, PROT_NONE);
         mprotect(memory + size - page, page, PROT_NONE);
-        start = memory + size - page - behind - text.size() - 1;
+        start = memory + (at_front ? page + behind : size - page - behind - text.size() - 1);
         memcpy(start, text.c_str(), text.size() + 1);
     }
     ~EdgeText() { munmap(memory, size); }
@@ -197,7 +199,7 @@ TEST_P(StrComparison, BytesAreFoldedAndSigned) {
             }
 }
 
-TEST_P(StrComparison, NothingBehindTheLastPageIsRead) {
+TEST_P(StrComparison, NothingBesideThePagesOfATextIsRead) {
     for (size_t length = 0; length < 100; ++length) {
         std::string upper(length, 'K');
         const std::string lower(length, 'k');
@@ -206,6 +208,9 @@ TEST_P(StrComparison, NothingBehindTheLastPageIsRead) {
             const EdgeText other(lower, shift);
             ASSERT_EQ(compare(edge, other), 0);
             ASSERT_EQ(compare(other, edge), 0);
+            const EdgeText front(lower, shift, true);
+            ASSERT_EQ(compare(edge, front), 0);
+            ASSERT_EQ(compare(front, edge), 0);
         }
         for (size_t place = 0; place < length; ++place) {
             upper[place] = 'm';
