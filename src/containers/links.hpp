@@ -33,6 +33,16 @@ void link_between(Node *prev, Node *node, Node *next) {
         next->prev = node;
 }
 
+// Joins the neighbours of `node`, which then has none.
+template <typename Node>
+void unlink(Node *node) {
+    if (node->prev)
+        node->prev->next = node->next;
+    if (node->next)
+        node->next->prev = node->prev;
+    node->prev = node->next = nullptr;
+}
+
 template <typename Node>
 void link_before(Node *next, Node *node) {
     link_between(next->prev, node, next);

@@ -35,7 +35,8 @@ kestu_error_t *copy_elements(const kestu_sl_t *from, kestu_stk_t *stack, apr_poo
 
 } // namespace
 
-// Callers rely on null whatever happens: a pool without memory shows as a null stack.
+// Kept: a pool without memory shows as a null stack, not as an error.
+// Relied on by: programs that drop what is returned.
 kestu_error_t *kestu_stk_create(kestu_stk_t **out, apr_pool_t *pool) {
     *out = make_stack(pool);
     return nullptr;

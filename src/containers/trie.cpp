@@ -6,7 +6,8 @@
 using namespace kestu;
 using namespace kestu::trie;
 
-// Callers rely on null whatever happens: a pool without memory shows as a null handle.
+// Kept: a pool without memory shows as a null handle, not as an error.
+// Relied on by: programs that drop what is returned.
 kestu_error_t *kestu_trie_create(kestu_trie_t **out, apr_pool_t *pool) {
     *out = pool_node<kestu_trie_t>(pool);
     if (*out)

@@ -182,8 +182,8 @@ void raise_single_leaf(Node **root, Key key, const Inner *last) {
         cut->shorten(left);
 }
 
-// Lowers the counts on the way down, whether or not the key is there: callers rely on counts that
-// shrink. Only a key that ends at an inner node without being there leaves that node's count.
+// Kept: the counts on the way shrink, whether or not the key is there; only a key that ends at an
+// inner node without being there leaves that node's count. Relied on by: programs that read counts.
 template <typename Nodes>
 void remove(Node **root, Key key) {
     const auto [last, slot, depth] = follow(root, key, -1u);

@@ -29,8 +29,8 @@ kestu_error_t *kestu_mem_malloc(size_t bytes, void *out) {
     return block ? nullptr : fail(120012, "Failed to allocate %zu bytes of memory.", bytes);
 }
 
-// A failure nulls the caller's pointer although the old block stays allocated: callers that want
-// the block keep a copy of the pointer.
+// Kept: a failure nulls the caller's pointer although the old block stays allocated.
+// Relied on by: programs that test the pointer and keep a copy of it for the block.
 kestu_error_t *kestu_mem_realloc(size_t bytes, void *inout) {
     if (bytes == 0)
         return fail(120014, "Cannot allocate memory for %zu bytes.", bytes);
