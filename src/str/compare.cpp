@@ -6,8 +6,6 @@
 
 #include <emmintrin.h>
 
-using namespace kestu;
-
 namespace kestu {
 namespace {
 
@@ -45,6 +43,8 @@ int compare_folded_128(const char *s1, const char *s2) {
 }
 
 } // namespace kestu
+
+using namespace kestu;
 
 // Short texts are mostly through before a path would have been looked up.
 [[gnu::no_sanitize_address]] int kestu_str_stricmp(const char *s1, const char *s2) {
