@@ -82,8 +82,11 @@ struct Stretch {
     Inner *at(size_t step) const { return step == 0 ? first : behind[step - 1]; }
     Inner *last() const { return at(steps); }
 
-    // Adds to the counts. Ends the stretch, and its chain, where the records lead elsewhere.
+    // Adds to the counts. Ends the stretch, and its chain, where the records lead elsewhere. What
+    // comes behind is on its way from memory meanwhile.
     void count(uint32_t added, Key key, size_t depth) {
+        if (steps > 0 && !key.ends_at(depth + steps))
+            __builtin_prefetch(last()->children[key.half(depth + steps)]);
         first->count += added;
         Inner *node = first;
         const auto lead_to = [&](unsigned half, Inner *next) {
