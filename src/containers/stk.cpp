@@ -13,7 +13,7 @@ kestu_sl_t *top_of(kestu_stk_t *stack) {
 }
 
 kestu_stk_t *make_stack(apr_pool_t *pool) {
-    auto *stack = static_cast<kestu_stk_t *>(apr_palloc(pool, sizeof(kestu_stk_t)));
+    auto *stack = pool_node<kestu_stk_t>(pool);
     return stack ? new (stack) kestu_stk_t{} : nullptr;
 }
 
@@ -36,14 +36,16 @@ kestu_error_t *copy_elements(const kestu_sl_t *from, kestu_stk_t *stack, apr_poo
 
 } // namespace
 
-// Callers rely on null whatever happens: a pool without memory shows as a null stack.
+// Kept: a pool without memory shows as a null stack, not as an error.
+// Relied on by: programs that drop what is returned.
 kestu_error_t *kestu_stk_create(kestu_stk_t **out, apr_pool_t *pool) {
     *out = make_stack(pool);
     return nullptr;
 }
 
 kestu_error_t *kestu_stk_push(kestu_stk_t *stack, uint32_t tag, void *data, apr_pool_t *pool) {
-    kestu_error_t *err = stack ? push_at(stack, &stack->top, tag, data, pool) : fail(120051);
+    kestu_error_t *err =
+        stack ? push_at(stack, &stack->top, tag, data, pool) : fail(KESTU_ERR_LIST_INSERTION);
     return wrap(err, "Can't push object to stack.");
 }
 

@@ -40,7 +40,7 @@ namespace kestu {
 kestu_error_t *Appender::append(std::string_view text) {
     char *copy = nullptr;
     if (!list)
-        return fail(120051);
+        return fail(KESTU_ERR_LIST_INSERTION);
     if (kestu_error_t *err = copy_text(text, pool, &copy))
         return err;
     return kestu_dl_append(last ? &last : &list->head, 0, copy, &last, pool);
@@ -68,7 +68,7 @@ void kestu_strlist_clear(kestu_strlist_t *list) {
 kestu_error_t *kestu_strlist_addfirst(kestu_strlist_t *list, const char *str, apr_pool_t *pool) {
     char *copy = nullptr;
     if (!list)
-        return fail(120051);
+        return fail(KESTU_ERR_LIST_INSERTION);
     if (kestu_error_t *err = copy_text(view_of(str), pool, &copy))
         return err;
     return kestu_dl_prepend(&list->head, 0, copy, &list->head, pool);

@@ -13,7 +13,7 @@ class Appender {
     Appender(kestu_strlist_t *extended, apr_pool_t *strings_pool)
         : list(extended), pool(strings_pool) {}
 
-    // Fails with 120051 for a null list, as it does for want of memory.
+    // Fails with KESTU_ERR_LIST_INSERTION for a null list, as it does for want of memory.
     [[nodiscard]] kestu_error_t *append(std::string_view text);
 
   private:

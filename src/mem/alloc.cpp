@@ -1,6 +1,7 @@
 // The checked wrappers around the system's allocator.
 #include "kestu_mem.h"
 
+#include "base/kept_errno.hpp"
 #include "mem/memory.hpp"
 
 #include <cstdlib>
@@ -14,6 +15,7 @@ kestu_error_t *kestu_mem_calloc(size_t count, size_t size, void *out) {
     if (size == 0)
         return fail(KESTU_ERR_ELEMENT_SIZE, "Cannot allocate memory for element of size %zu bytes.",
                     size);
+    const KeptErrno kept;
     void *block = std::calloc(count, size);
     *static_cast<void **>(out) = block;
     return block ? nullptr : no_memory(count * size);
@@ -22,6 +24,7 @@ kestu_error_t *kestu_mem_calloc(size_t count, size_t size, void *out) {
 kestu_error_t *kestu_mem_malloc(size_t bytes, void *out) {
     if (bytes == 0)
         return fail(KESTU_ERR_MEMORY_SIZE, "Cannot allocate memory of size %zu bytes.", bytes);
+    const KeptErrno kept;
     void *block = std::malloc(bytes);
     *static_cast<void **>(out) = block;
     return block ? nullptr : no_memory(bytes);
@@ -32,6 +35,7 @@ kestu_error_t *kestu_mem_malloc(size_t bytes, void *out) {
 kestu_error_t *kestu_mem_realloc(size_t bytes, void *inout) {
     if (bytes == 0)
         return fail(KESTU_ERR_MEMORY_SIZE, "Cannot allocate memory for %zu bytes.", bytes);
+    const KeptErrno kept;
     auto **pointer = static_cast<void **>(inout);
     *pointer = std::realloc(*pointer, bytes);
     return *pointer ? nullptr
