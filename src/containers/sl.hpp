@@ -4,7 +4,7 @@
 #include "kestu_sl.h"
 #include "mem/nodes.hpp"
 
-#include <new>
+#include <new> // IWYU pragma: keep
 
 namespace kestu {
 

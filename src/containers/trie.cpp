@@ -2,6 +2,7 @@
 #include "kestu_trie.h"
 
 #include "containers/trie_change.hpp"
+#include "mem/nodes.hpp"
 
 using namespace kestu;
 using namespace kestu::trie;

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "containers/trie_way.hpp"
-#include "mem/nodes.hpp"
+#include "error/error.hpp"
 
 #include <utility>
 

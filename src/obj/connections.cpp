@@ -1,6 +1,7 @@
 // Connecting and disconnecting.
 #include "obj/connections.hpp"
 
+#include "error/error.hpp"
 #include "obj/signals.hpp"
 
 using namespace kestu;

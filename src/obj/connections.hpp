@@ -1,7 +1,7 @@
 // The slot that ties lives together.
 #pragma once
 
-#include "kestu_objsig.h"
+#include "kestu_obj.h"
 
 namespace kestu {
 

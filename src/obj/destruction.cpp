@@ -2,7 +2,6 @@
 // with its parent knows whose destruction goes on afterwards.
 #include "kestu_obj.h"
 
-#include "error/error.hpp"
 #include "obj/children.hpp"
 #include "obj/cleanups.hpp"
 #include "obj/connection_table.hpp"

@@ -2,6 +2,7 @@
 #include "obj/emission.hpp"
 
 #include "base/kept_errno.hpp"
+#include "error/error.hpp"
 #include "obj/signals.hpp"
 
 #include <cstdlib>

@@ -1,7 +1,7 @@
 // What the destruction of an object asks of the emissions that are under way.
 #pragma once
 
-#include "kestu_objsig.h"
+#include "kestu_obj.h"
 
 namespace kestu {
 

@@ -3,7 +3,7 @@
 
 #include "obj/pool_owners.hpp"
 
-#include <new>
+#include <new> // IWYU pragma: keep
 
 using namespace kestu;
 

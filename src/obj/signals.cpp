@@ -1,6 +1,7 @@
 // The signals that an object has.
 #include "obj/signals.hpp"
 
+#include "error/error.hpp"
 using namespace kestu;
 
 namespace kestu {

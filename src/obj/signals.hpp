@@ -1,7 +1,6 @@
 // The signals that an object has, and what waits for the end of their emission.
 #pragma once
 
-#include "error/error.hpp"
 #include "obj/connection_table.hpp"
 
 namespace kestu {
