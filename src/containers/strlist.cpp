@@ -1,7 +1,7 @@
 // Lists of strings.
 #include "containers/strlist.hpp"
 
-#include "mem/memory.hpp"
+#include "mem/nodes.hpp"
 
 #include <cstring>
 
@@ -39,17 +39,17 @@ namespace kestu {
 
 kestu_error_t *Appender::append(std::string_view text) {
     char *copy = nullptr;
-    if (!list)
+    if (!list_)
         return fail(KESTU_ERR_LIST_INSERTION);
-    if (kestu_error_t *err = copy_text(text, pool, &copy))
+    if (kestu_error_t *err = copy_text(text, pool_, &copy))
         return err;
-    return kestu_dl_append(last ? &last : &list->head, 0, copy, &last, pool);
+    return kestu_dl_append(last_ ? &last_ : &list_->head, 0, copy, &last_, pool_);
 }
 
 } // namespace kestu
 
 kestu_error_t *kestu_strlist_create(kestu_strlist_t **list, apr_pool_t *pool) {
-    *list = static_cast<kestu_strlist_t *>(apr_palloc(pool, sizeof **list));
+    *list = pool_node<kestu_strlist_t>(pool);
     if (*list)
         (*list)->head = nullptr;
     return nullptr;
