@@ -52,8 +52,7 @@ kestu_error_t *cpuid_test_genaffinity_bit(const kestu_cpu_genaffinity *mask, uin
     return err;
 }
 
-// Kept: two empty masks differ. Relied on by: callers that take a mask of size 0 for an unknown
-// one.
+// Kept: two empty masks differ. Relied on by: callers for whom a mask of size 0 is an unknown one.
 int intel_cpuid_cmp_equal_genaffinity(const kestu_cpu_genaffinity *a,
                                       const kestu_cpu_genaffinity *b) {
     const kestu_cpu_genaffinity &longer = a->size > b->size ? *a : *b;
