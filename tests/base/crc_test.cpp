@@ -1,8 +1,8 @@
-// The CRCs: what callers rely on, and that every path gives the results of the plain loop.
-#include "base/crc_path.hpp"
+// The CRCs: what callers rely on, and that every kernel gives the results of the plain loop.
+#include "base/crc_kernel.hpp"
 
 #include "kestu_sum.h"
-#include "support/on_path.hpp"
+#include "support/on_kernel.hpp"
 
 #include <gmock/gmock.h>
 
@@ -76,11 +76,11 @@ TEST(Crc, ACrcCanBeContinued) {
     }
 }
 
-class CrcOnPath : public kestu::test::OnPath<CrcPath, crc_dispatch> {};
-INSTANTIATE_TEST_SUITE_P(Paths, CrcOnPath, testing::ValuesIn(crc_dispatch.all()),
-                         kestu::test::name_of_path);
+class CrcOnKernel : public kestu::test::OnKernel<CrcKernel, crc_dispatch> {};
+INSTANTIATE_TEST_SUITE_P(Kernels, CrcOnKernel, testing::ValuesIn(crc_dispatch.all()),
+                         kestu::test::name_of_kernel);
 
-TEST_P(CrcOnPath, AgreesWithDivisionBitByBit) {
+TEST_P(CrcOnKernel, AgreesWithDivisionBitByBit) {
     for (const size_t size : {1, 15, 16, 17, 63, 64, 200, 1024, 4099}) {
         const Bytes data = random_bytes(size);
         EXPECT_EQ(kestu_util_crc32(0xFEDCBA98, data.data(), size),
@@ -91,8 +91,8 @@ TEST_P(CrcOnPath, AgreesWithDivisionBitByBit) {
 }
 
 // Each message ends where its block does, so that a sanitizer sees what is read beyond it.
-TEST_P(CrcOnPath, AgreesWithThePlainLoopForEveryLengthAndAlignment) {
-    const CrcPath &plain = crc_dispatch.all().front();
+TEST_P(CrcOnKernel, AgreesWithThePlainLoopForEveryLengthAndAlignment) {
+    const CrcKernel &plain = crc_dispatch.all().front();
     const Bytes source = random_bytes(1000);
     for (size_t alignment = 0; alignment < 64; ++alignment)
         for (size_t size = 0; size <= source.size(); ++size) {
@@ -104,7 +104,7 @@ TEST_P(CrcOnPath, AgreesWithThePlainLoopForEveryLengthAndAlignment) {
         }
 }
 
-TEST(CrcPaths, TheFastestThatTheFeaturesAllowIsTaken) {
+TEST(CrcKernels, TheFastestThatTheFeaturesAllowIsTaken) {
     const auto best = [](CpuFeatures features) { return crc_dispatch.best(features).name; };
     EXPECT_STREQ(best({}), "sliced");
     EXPECT_STREQ(best({.sha = true}), "sliced");
@@ -113,7 +113,7 @@ TEST(CrcPaths, TheFastestThatTheFeaturesAllowIsTaken) {
     EXPECT_STREQ(best({.clmul = true, .clmul256 = true, .clmul512 = true}), "folded_512");
 }
 
-TEST(CrcPaths, AFeatureCountsOnlyWithItsRegistersSaved) {
+TEST(CrcKernels, AFeatureCountsOnlyWithItsRegistersSaved) {
     constexpr uint32_t leaf1 = 1U << 1 | 1U << 9 | 1U << 19 | 1U << 28;
     constexpr uint32_t leaf7_ebx = 1U << 5 | 1U << 16 | 1U << 29;
     constexpr uint32_t leaf7_ecx = 1U << 10;
@@ -137,7 +137,7 @@ TEST(CrcPaths, AFeatureCountsOnlyWithItsRegistersSaved) {
     EXPECT_FALSE(features_of({leaf1 & ~(1U << 9), leaf7_ebx, leaf7_ecx, 0xE7}).sha);
 }
 
-TEST(CrcPaths, ThreadsMayMeetAtTheFirstCall) {
+TEST(CrcKernels, ThreadsMayMeetAtTheFirstCall) {
     const Bytes data = random_bytes(1000);
     const uint32_t wanted = kestu_util_crc32(0, data.data(), data.size());
     crc_dispatch.forget();

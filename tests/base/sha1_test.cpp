@@ -1,8 +1,8 @@
-// SHA-1: published digests, messages in pieces, and that every path gives the same results.
-#include "base/sha1_path.hpp"
+// SHA-1: published digests, messages in pieces, and that every kernel gives the same results.
+#include "base/sha1_kernel.hpp"
 
 #include "kestu_sum.h"
-#include "support/on_path.hpp"
+#include "support/on_kernel.hpp"
 
 #include <gmock/gmock.h>
 
@@ -61,12 +61,12 @@ Bytes random_bytes(size_t size) {
 
 } // namespace
 
-class Sha1OnPath : public kestu::test::OnPath<Sha1Path, sha1_dispatch> {};
-INSTANTIATE_TEST_SUITE_P(Paths, Sha1OnPath, testing::ValuesIn(sha1_dispatch.all()),
-                         kestu::test::name_of_path);
+class Sha1OnKernel : public kestu::test::OnKernel<Sha1Kernel, sha1_dispatch> {};
+INSTANTIATE_TEST_SUITE_P(Kernels, Sha1OnKernel, testing::ValuesIn(sha1_dispatch.all()),
+                         kestu::test::name_of_kernel);
 
 // From FIPS 180-1 and NIST's collection of examples.
-TEST_P(Sha1OnPath, GivesThePublishedDigests) {
+TEST_P(Sha1OnKernel, GivesThePublishedDigests) {
     EXPECT_EQ(sha1({}), "da39a3ee5e6b4b0d3255bfef95601890afd80709");
     EXPECT_EQ(sha1(bytes("abc")), "a9993e364706816aba3e25717850c26c9cd0d89d");
     EXPECT_EQ(sha1(bytes("abcdbcdecdefdefgefghfghighijhijkijkljklmklmnlmnomnopnopq")),
@@ -77,7 +77,7 @@ TEST_P(Sha1OnPath, GivesThePublishedDigests) {
     EXPECT_EQ(sha1(Bytes(1000000, 'a')), "34aa973cd4c4daa4f61eeb2bdbad27316534016f");
 }
 
-TEST_P(Sha1OnPath, PiecesOfAnySizeGiveTheDigestOfTheWhole) {
+TEST_P(Sha1OnKernel, PiecesOfAnySizeGiveTheDigestOfTheWhole) {
     for (const size_t size : {0, 55, 56, 63, 64, 65, 119, 120, 128, 1000}) {
         const Bytes data = random_bytes(size);
         for (const size_t piece : {1, 3, 63, 64, 65, 127, 128, 200})
@@ -86,7 +86,7 @@ TEST_P(Sha1OnPath, PiecesOfAnySizeGiveTheDigestOfTheWhole) {
 }
 
 // Each message ends where its block does, so that a sanitizer sees what is read beyond it.
-TEST_P(Sha1OnPath, AgreesWithThePlainRoundsForEveryLengthAndAlignment) {
+TEST_P(Sha1OnKernel, AgreesWithThePlainRoundsForEveryLengthAndAlignment) {
     const Bytes source = random_bytes(1000);
     for (size_t size = 0; size <= source.size(); ++size) {
         sha1_dispatch.force(sha1_dispatch.all().front());
@@ -102,7 +102,7 @@ TEST_P(Sha1OnPath, AgreesWithThePlainRoundsForEveryLengthAndAlignment) {
     }
 }
 
-TEST_P(Sha1OnPath, OneCompressionTakesOneBlock) {
+TEST_P(Sha1OnKernel, OneCompressionTakesOneBlock) {
     unsigned char block[KESTU_SHA1_BLOCK_SIZE] = {'a', 'b', 'c', 0x80};
     block[63] = 24;
     kestu_sha1_t context;
@@ -142,11 +142,11 @@ TEST(Sha1, TheContextIsWipedAtTheEnd) {
 // Nothing is computed here, so that half a GiB costs no time and is never read.
 TEST(Sha1, TheBitCountCarriesIntoItsHighWord) {
     static unsigned char last_block[KESTU_SHA1_BLOCK_SIZE];
-    const Sha1Path keep_block = {"keep_block", nullptr,
-                                 [](uint32_t *, const unsigned char *blocks, size_t count) {
-                                     if (count == 1)
-                                         std::copy_n(blocks, sizeof last_block, last_block);
-                                 }};
+    const Sha1Kernel keep_block = {"keep_block", nullptr,
+                                   [](uint32_t *, const unsigned char *blocks, size_t count) {
+                                       if (count == 1)
+                                           std::copy_n(blocks, sizeof last_block, last_block);
+                                   }};
     constexpr uint32_t half_gib = 1U << 29;
     void *unread = mmap(nullptr, half_gib, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     ASSERT_NE(unread, MAP_FAILED);
@@ -166,7 +166,7 @@ TEST(Sha1, TheBitCountCarriesIntoItsHighWord) {
     munmap(unread, half_gib);
 }
 
-TEST(Sha1Paths, TheInstructionsAreTakenWhereTheyAre) {
+TEST(Sha1Kernels, TheInstructionsAreTakenWhereTheyAre) {
     EXPECT_STREQ(sha1_dispatch.best({}).name, "plain");
     EXPECT_STREQ(sha1_dispatch.best({.sha = true}).name, "instructions");
     unsigned char digest[KESTU_SHA1_BUFFER_SIZE];
