@@ -46,9 +46,11 @@ KESTU_API void kestu_log_terminate(kestu_log_t *log);
  * to log.".
  *
  * The text is formatted by apr_vsnprintf, which knows d, i, u, o, x and X with h and l, and c, s,
- * f, e, g and %, all with width and precision. It prints any other conversion as it stands and
- * leaves its argument for the next one: %zu, %lld, %Lf, %a and the flag ' must not be used, so the
- * compiler, which would accept them, is not asked to check the format.
+ * f (below 1e79), e, g and %, all with width and precision. Others it prints as they stand, leaving
+ * their argument for the next one, or takes for something else: %zu, %lld, %hhd, %Lf, %a, %p, %n
+ * and the flag ' must not be used, so the compiler, which would accept them, is not asked to check
+ * the format. A newline at the end of the format comes whatever the values; a text that holds a
+ * zero byte ends there.
  */
 KESTU_API void kestu_log_printf(kestu_log_t *log, const char *format, ...);
 KESTU_API void kestu_log_dtprintf(kestu_log_t *log, const char *format, ...);

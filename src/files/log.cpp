@@ -8,6 +8,8 @@
 #include <apr_time.h>
 
 #include <cstdarg>
+#include <cstring>
+#include <string_view>
 
 using namespace kestu;
 
@@ -27,6 +29,14 @@ void report_write(apr_status_t status) {
 // One write, which the file's append mode puts behind what others wrote.
 void write_text(const kestu_log_t *log, const char *text) {
     report_write(log->file ? apr_file_puts(text, log->file) : APR_EBADF);
+}
+
+// APR ends a text early at some values, and loses the newline behind it: a line is a line even so.
+void end_line(char *text, int length, const char *format) {
+    const std::string_view made(text);
+    const bool is_cut = length >= static_cast<int>(text_size) - 1;
+    if (!is_cut && std::string_view(format).ends_with('\n') && !made.ends_with('\n'))
+        std::memcpy(text + made.size(), "\n", 2);
 }
 
 kestu_error_t *fill_log(kestu_log_t &log, const char *name) {
@@ -73,8 +83,10 @@ void kestu_log_printf(kestu_log_t *log, const char *format, ...) {
     va_start(args, format);
     const int length = apr_vsnprintf(text, sizeof text, format, args);
     va_end(args);
-    if (length > 0)
-        write_text(log, text);
+    if (length <= 0)
+        return;
+    end_line(text, length, format);
+    write_text(log, text);
 }
 
 void kestu_log_dtprintf(kestu_log_t *log, const char *format, ...) {
@@ -85,7 +97,8 @@ void kestu_log_dtprintf(kestu_log_t *log, const char *format, ...) {
     const int length = apr_snprintf(line, sizeof line, "%s: ", date);
     va_list args;
     va_start(args, format);
-    apr_vsnprintf(line + length, text_size, format, args);
+    char *text = line + length;
+    end_line(text, apr_vsnprintf(text, text_size, format, args), format);
     va_end(args);
     write_text(log, line);
 }
