@@ -27,6 +27,21 @@ Position from_key(const Map &map, Key key);
 // The leaf with the longest key that begins a text.
 Position longest_prefix(const Map &map, Key text);
 
+// Has what a walk comes to soon fetched: a child some steps ahead, and what hangs below one that
+// was fetched some steps ago. Most nodes are small.
+inline void prefetch_beyond(const Node &node, Place place) {
+    if (!node.is_small())
+        return;
+    const Child *children = node.children();
+    if (place + 6 < node.count)
+        children[place + 6].prefetch();
+    if (place + 3 >= node.count || !children[place + 3].is_node())
+        return;
+    const Node &next = children[place + 3].node();
+    for (Place below = 0; next.is_small() && below < next.count; ++below)
+        next.children()[below].prefetch();
+}
+
 // Calls `visit` for the leaves at and below `top`, a child of `above`, in their order, until it
 // returns something other than 0, which is returned.
 template <typename Visit>
@@ -45,9 +60,7 @@ int walk(Node *above, Child top, Visit visit) {
         }
         if (node == above)
             return 0;
-        // Most nodes are small, and what stands a little further in one is known by now.
-        if (node->is_small() && place + 2 < node->count)
-            node->children()[place + 2].prefetch();
+        prefetch_beyond(*node, place);
         for (Child child = at_place(*node, place);; child = at_place(*node, place)) {
             if (child.is_leaf()) {
                 leaf = &child.leaf();
