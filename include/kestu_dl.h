@@ -220,9 +220,10 @@ KESTU_API KESTU_MUST_USE kestu_error_t *
 kestu_dl_bubsort(kestu_dl_t *node, kestu_dl_compare_func compare, void *baton);
 
 /*
- * Sort the list of the handle in ascending order by merging: stable, in O(n log n) comparisons, in
- * O(n) where it is sorted already, and without memory. Nodes stay what they are and change their
- * places only. The node that is first then becomes the handle. Both do the same.
+ * Sort the list of the handle in ascending order, as `compare` has it, by merging: stable, in O(n
+ * log n) comparisons, in O(n) where it is sorted already, and without memory. Nodes stay what they
+ * are and change their places only. The node that is first then becomes the handle. Both do the
+ * same.
  */
 KESTU_API void kestu_dl_sort(kestu_dl_t **handle, kestu_dl_compare_func compare, void *baton);
 KESTU_API void kestu_dlm_sort(kestu_dl_t **handle, kestu_dl_compare_func compare, void *baton);
