@@ -56,6 +56,12 @@ KESTU_API void kestu_log_printf(kestu_log_t *log, const char *format, ...);
 KESTU_API void kestu_log_dtprintf(kestu_log_t *log, const char *format, ...);
 
 /*
+ * Appends the chain `err` to `log` as one line of JSON (kestu_error_to_json) of any length. A null
+ * chain appends nothing. Failures are printed as above, and so is that of memory.
+ */
+KESTU_API void kestu_log_json(kestu_log_t *log, kestu_error_t *err);
+
+/*
  * A handler for kestu_error_handle whose baton is the `log`: each `line` of an error, cut to 998
  * characters, becomes a line of the log. Returns 0.
  */
