@@ -20,6 +20,7 @@
 #include "kestu_img_measure.h"
 #include "kestu_img_shape.h"
 #include "kestu_lib.h"
+#include "kestu_link.h"
 #include "kestu_log.h"
 #include "kestu_mach.h"
 #include "kestu_map.h"
