@@ -13,6 +13,6 @@ if(KESTU_SANITIZE)
 else()
   target_compile_options(kestu_options INTERFACE
     -fstack-protector-strong -fstack-clash-protection -fcf-protection=full
-    $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>)
+    $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=${KESTU_FORTIFY}>)
   target_link_options(kestu_options INTERFACE -Wl,-z,relro,-z,now,-z,noexecstack)
 endif()
