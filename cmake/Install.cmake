@@ -15,6 +15,16 @@ install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT dev
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/include/kestu_version.h
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
 
+# The debugger looks for its printers beside the library, or below /usr/share, which it trusts.
+if(BUILD_SHARED_LIBS)
+  set(kestu_gdb_dir ${CMAKE_INSTALL_LIBDIR})
+  if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
+    set(kestu_gdb_dir ${CMAKE_INSTALL_DATADIR}/gdb/auto-load${CMAKE_INSTALL_FULL_LIBDIR})
+  endif()
+  install(FILES packaging/gdb/kestu_gdb.py RENAME libkestu.so.${PROJECT_VERSION}-gdb.py
+    DESTINATION ${kestu_gdb_dir} COMPONENT development)
+endif()
+
 if(KESTU_BUILD_PROGRAM)
   # The program finds the library from its own place, so that an installation may be moved.
   file(RELATIVE_PATH lib_from_bin /prefix/${CMAKE_INSTALL_BINDIR} /prefix/${CMAKE_INSTALL_LIBDIR})

@@ -3,8 +3,13 @@
 gdb loads this by itself with the library. Errors, lists, stacks, trees, tries, string lists, bit arrays,
 objects and images are shown as what they mean; *pointer shows the record of a node itself, as does print /r.
 """
+import struct
+
 import gdb
 import gdb.printing
+
+LEAF = 0
+OCCUPIED = 1
 
 
 def text(pointer):
@@ -13,7 +18,13 @@ def text(pointer):
 
 
 def quoted(data):
-    return '"' + "".join(chr(byte) if 32 <= byte < 127 and byte not in b'"\\' else f"\\x{byte:02x}" for byte in data) + '"'
+    plain = (chr(byte) if 32 <= byte < 127 and byte not in b'"\\' else f"\\x{byte:02x}" for byte in data)
+    return '"' + "".join(plain) + '"'
+
+
+def read(layout, address):
+    """What stands in memory, as struct.unpack takes it apart."""
+    return struct.unpack(layout, gdb.selected_inferior().read_memory(address, struct.calcsize(layout)))
 
 
 def chain(node, link):
@@ -32,11 +43,14 @@ def first(node):
 
 
 def ranges(numbers):
-    """Ascending numbers in short: 1, 4-7."""
+    """Ascending numbers in short: 1, 4-7. No more than a line of them."""
     found = []
     for number in numbers:
         if found and found[-1][1] == number - 1:
             found[-1][1] = number
+        elif len(found) == 32:
+            found[-1] = [number, "..."]
+            break
         else:
             found.append([number, number])
     return ", ".join(str(low) if low == high else f"{low}-{high}" for low, high in found)
@@ -77,11 +91,12 @@ class Nodes(Printer):
 
 class Ring(Nodes):
     def title(self):
-        free = sum(not int(node["flags"]) & 1 for node in chain(self.start(), "next"))
+        free = sum(not int(node["flags"]) & OCCUPIED for node in chain(self.start(), "next"))
         return f"circular list, {free} free" if free else "circular list"
 
     def entries(self):
-        return ((node["tag"], node["data"]) for node in chain(self.start(), "next") if int(node["flags"]) & 1)
+        nodes = chain(self.start(), "next")
+        return ((node["tag"], node["data"]) for node in nodes if int(node["flags"]) & OCCUPIED)
 
 
 class SinglyLinked(Nodes):
@@ -104,8 +119,9 @@ class Strings(Printer):
         return "strings"
 
     def children(self):
-        nodes = chain(first(self.pointer["head"]), "next")
-        return ((str(number), text(node["data"].cast(gdb.lookup_type("char").pointer()))) for number, node in enumerate(nodes))
+        char = gdb.lookup_type("char").pointer()
+        for number, node in enumerate(chain(first(self.pointer["head"]), "next")):
+            yield str(number), text(node["data"].cast(char))
 
 
 class Tree(Printer):
@@ -136,28 +152,26 @@ class Trie(Printer):
         return "trie"
 
     def entries(self):
-        leaf_type = gdb.lookup_type("kestu_trie_leaf_t").pointer()
-        inner_type = gdb.lookup_type("kestu_trie_inner_t").pointer()
-        waiting = [self.pointer["root"]]
+        waiting = [int(self.pointer["root"])]
         while waiting:
             node = waiting.pop()
             if not node:
                 continue
-            if int(node["type"]) == 0:
-                leaf = node.cast(leaf_type)
-                length = int(leaf["length"])
-                key = gdb.selected_inferior().read_memory(int(leaf["key"]), length).tobytes() if length else b""
-                yield quoted(key), leaf["value"]
-                continue
-            inner = node.cast(inner_type)
-            waiting += [inner["children"][half] for half in range(15, -1, -1)]
-            waiting.append(inner["end"].cast(node.type))
+            # Programs have the types of the nodes only when they use them.
+            kind, first_word, second_word, third_word = read("<I4xQQQ", node)
+            if kind == LEAF:
+                key = read(f"{second_word}s", first_word)[0] if second_word else b""
+                yield quoted(key), gdb.Value(third_word).cast(gdb.lookup_type("void").pointer())
+            else:
+                waiting += reversed((first_word, *read("<16Q", node + 24)))
 
 
 class Bits(Printer):
     hint = None
 
     def title(self):
+        if int(self.pointer["nwords"]) != (int(self.pointer["nbits"]) + 63) // 64:
+            return "not a bit array"
         words = (int(self.pointer["words"][word]) for word in range(int(self.pointer["nwords"])))
         bits = (64 * number + bit for number, word in enumerate(words) for bit in range(64) if word >> bit & 1)
         return f"{int(self.pointer['nbits'])} bits, set {{{ranges(bits)}}}"
@@ -179,7 +193,8 @@ class Error(Printer):
     def children(self):
         for number, error in enumerate(chain(self.pointer, "child")):
             place = f" at {error['file'].string()}:{int(error['line'])}" if error["file"] else ""
-            yield str(number), f"{int(error['code'])} {text(error['message'])}{place}"
+            message = f" {text(error['message'])}" if error["message"] else ""
+            yield str(number), f"{int(error['code'])}{message}{place}"
 
 
 class Object(Printer):
@@ -197,9 +212,9 @@ class Object(Printer):
         nodes = [node["data"].cast(obj.type) for node in chain(below, "next") if node["data"]] if root else []
         yield "children", "{" + ", ".join(text(child["name"]) for child in nodes) + "}"
         array = obj["signals"]
-        signals = array["d"].cast(gdb.lookup_type("kestu_osig_t").pointer()) if array else None
-        codes = [str(int(signals[number]["code"])) for number in range(int(array["i"]))] if array else []
-        yield "signals", "{" + ", ".join(codes) + "}"
+        size = int(array["icd"]["sz"]) if array else 0
+        codes = (read("<i", int(array["d"]) + number * size)[0] for number in range(int(array["i"]) if array else 0))
+        yield "signals", "{" + ", ".join(map(str, codes)) + "}"
 
 
 class Image(Printer):
@@ -207,8 +222,9 @@ class Image(Printer):
 
     def title(self):
         image = self.pointer
-        pixels = "no pixels" if not image["data8"] and not image["data16"] else f"{int(image['bits'][0])} bits"
-        return f"image of {int(image['width'])} x {int(image['height'])} pixels, {pixels}, {float(image['xres']):g} per inch"
+        size = f"{int(image['width'])} x {int(image['height'])} pixels"
+        pixels = f"{int(image['bits'][0])} bits each" if image["data8"] or image["data16"] else "not read"
+        return f"image of {size}, {pixels}, {float(image['xres']):g} per inch"
 
     def entries(self):
         return ()
@@ -226,13 +242,22 @@ RECORDS = {
 }
 
 
+def is_readable(pointer):
+    """Whether there is something at a pointer, which may not have been set yet."""
+    try:
+        pointer.dereference().fetch_lazy()
+        return True
+    except gdb.MemoryError:
+        return False
+
+
 def find(value):
     """The printer of a value: a pointer to a node or a record, or a record."""
     kind = value.type.strip_typedefs()
     if kind.code == gdb.TYPE_CODE_PTR:
         name = kind.target().unqualified().strip_typedefs().name
         printer = NODES.get(name) or RECORDS.get(name)
-        return printer(value) if printer and value else None
+        return printer(value) if printer and is_readable(value) else None
     printer = RECORDS.get(kind.unqualified().name)
     return printer(value.address) if printer and value.address else None
 

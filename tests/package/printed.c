@@ -4,8 +4,7 @@
 #include <string.h>
 
 void look(void);
-void look(void) {
-}
+void look(void) {}
 
 #define DO(call)                                                                                   \
     if ((call) != NULL)                                                                            \
@@ -20,6 +19,7 @@ int main(void) {
 
     kestu_dl_t *list = NULL;
     kestu_dl_t *none = NULL;
+    kestu_dl_t *unset = (kestu_dl_t *)8;
     kestu_cdl_t *ring = NULL;
     kestu_cdl_t *free_node = NULL;
     kestu_stk_t *stack = NULL;
@@ -63,7 +63,7 @@ int main(void) {
     image.width = 512;
     image.height = 600;
     image.xres = 300;
-    (void)none;
+    (void)none, (void)unset;
     look();
     return 0;
 }

@@ -6,6 +6,7 @@ up
 print err
 print list
 print none
+print unset
 print ring
 print stack
 print tree
@@ -15,6 +16,6 @@ print strings
 print bits
 print *bits
 print window
-print button->parent->name
+print *button
 print image
-print /r *list
+print /r list->tag
