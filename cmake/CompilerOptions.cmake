@@ -4,7 +4,10 @@ add_library(kestu_options INTERFACE)
 target_compile_options(kestu_options INTERFACE
   -Wall -Wextra -Wpointer-arith -Wcast-align -Wformat=2 -Wno-format-nonliteral -Wundef
   $<$<COMPILE_LANGUAGE:CXX>:-Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wextra-semi>
-  $<$<BOOL:${KESTU_WERROR}>:-Werror>)
+  $<$<BOOL:${KESTU_WERROR}>:-Werror>
+  # The same sources give the same bytes in any folder; debuggers want to know it.
+  -fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=
+  $<$<CONFIG:Release>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=>)
 
 if(KESTU_SANITIZE)
   target_compile_options(kestu_options INTERFACE

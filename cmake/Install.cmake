@@ -56,6 +56,16 @@ install(FILES
   ${CMAKE_CURRENT_BINARY_DIR}/kestu-config-version.cmake
   DESTINATION ${kestu_package_dir} COMPONENT development)
 
+# Lists of what is linked, for those who look for versions with known faults.
+include(cmake/Sbom.cmake)
+set(kestu_sbom_dir ${CMAKE_INSTALL_DATADIR}/sbom)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/libkestu.cdx.json
+  DESTINATION ${kestu_sbom_dir} COMPONENT runtime)
+if(KESTU_BUILD_PROGRAM)
+  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/kestu.cdx.json
+    DESTINATION ${kestu_sbom_dir} COMPONENT program)
+endif()
+
 install(FILES README.md CHANGELOG.md
   DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
