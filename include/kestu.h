@@ -36,6 +36,7 @@
 #include "kestu_sum.h"
 #include "kestu_tree.h"
 #include "kestu_trie.h"
+#include "kestu_uthash.h"
 #include "kestu_util.h"
 #include "kestu_version.h"
 #include "kestu_walk.h"

@@ -1,4 +1,7 @@
 // Signals and slots.
+#include <utarray.h>
+#include <uthash.h>
+
 #include "kestu_objsig.h"
 
 #include "kestu_mem.h"
