@@ -1,12 +1,18 @@
 // Strings: UTF-8 length beside a byte loop, bounded copies beside libbsd, comparison without case
-// beside strcasecmp, replacement beside a search and a copy of the same bytes.
+// beside strcasecmp, replacement beside a search and a copy of the same bytes, checked conversions
+// of numbers beside the C library's parsers.
 #include "kestu_str.h"
 
 #include <benchmark/benchmark.h>
 #include <bsd/string.h>
 
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <random>
 #include <string>
 #include <strings.h>
 
@@ -29,7 +35,7 @@ std::string utf8_text(size_t size) {
 
 template <typename Call>
 void measure(const std::string &name, Call call) {
-    benchmark::RegisterBenchmark(name.c_str(), [call](benchmark::State &state) {
+    benchmark::RegisterBenchmark(name.c_str(), [call](benchmark::State &state) mutable {
         for (auto _ : state)
             benchmark::DoNotOptimize(call());
     });
@@ -105,6 +111,91 @@ void declare_replacements() {
     });
 }
 
+// Numbers of all magnitudes, taken in turn.
+using Texts = std::array<std::string, 512>;
+
+template <typename Make>
+Texts texts_of(Make make) {
+    std::mt19937_64 random(7);
+    Texts texts;
+    for (std::string &text : texts)
+        text = make(random);
+    return texts;
+}
+
+// `read` takes the text and its length.
+template <typename Read>
+void measure_reading(const std::string &name, const Texts &texts, Read read) {
+    size_t next = 0;
+    measure(name, [&texts, read, next]() mutable {
+        const std::string &text = texts[next++ % texts.size()];
+        return read(text.c_str(), text.size());
+    });
+}
+
+void declare_integers() {
+    static const Texts texts = texts_of([](std::mt19937_64 &random) {
+        const uint64_t number = random() >> random() % 63;
+        return std::to_string(static_cast<int64_t>(number >> 1) * (random() % 4 ? 1 : -1));
+    });
+    measure_reading("text to int64/ours", texts, [](const char *s, size_t) {
+        int64_t number = 0;
+        benchmark::DoNotOptimize(kestu_str_to_int64(s, &number));
+        return number;
+    });
+    measure_reading("text to int64/strtoll", texts, [](const char *s, size_t) {
+        char *end = nullptr;
+        errno = 0;
+        const int64_t number = std::strtoll(s, &end, 10);
+        return errno == 0 && end != s && *end == '\0' ? number : 0;
+    });
+    measure_reading("text to int64/limit (from_chars of a known length)", texts,
+                    [](const char *s, size_t size) {
+                        int64_t number = 0;
+                        std::from_chars(s, s + size, number);
+                        return number;
+                    });
+}
+
+void declare_doubles(const std::string &what, const Texts &texts) {
+    const std::string name = "text to double " + what;
+    measure_reading(name + "/ours", texts, [](const char *s, size_t) {
+        double number = 0;
+        benchmark::DoNotOptimize(kestu_str_to_double(s, &number));
+        return number;
+    });
+    measure_reading(name + "/strtod", texts, [](const char *s, size_t) {
+        char *end = nullptr;
+        errno = 0;
+        const double number = std::strtod(s, &end);
+        return errno == 0 && end != s && *end == '\0' ? number : 0;
+    });
+    measure_reading(name + "/limit (from_chars of a known length)", texts,
+                    [](const char *s, size_t size) {
+                        double number = 0;
+                        std::from_chars(s, s + size, number);
+                        return number;
+                    });
+}
+
+std::string printed(const char *format, double number) {
+    char text[64];
+    std::snprintf(text, sizeof text, format, number);
+    return text;
+}
+
+void declare_numbers() {
+    declare_integers();
+    static const Texts amounts = texts_of([](std::mt19937_64 &random) {
+        return printed("%.2f", static_cast<double>(random() % 10000000) / 100);
+    });
+    static const Texts reals = texts_of([](std::mt19937_64 &random) {
+        return printed("%.17g", std::pow(10, static_cast<double>(random() % 6000) / 100 - 30));
+    });
+    declare_doubles("amounts", amounts);
+    declare_doubles("17 digits", reals);
+}
+
 } // namespace
 
 int main(int argc, char **argv) {
@@ -115,6 +206,7 @@ int main(int argc, char **argv) {
     for (const size_t size : {8, 32, 1 << 20})
         declare_comparisons(size);
     declare_replacements();
+    declare_numbers();
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
 }

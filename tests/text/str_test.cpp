@@ -10,6 +10,7 @@
 #include <sys/mman.h>
 
 #include <cerrno>
+#include <cfenv>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -117,6 +118,31 @@ TEST(StrConversion, WhatIsNoNumberIsRefusedAndStoresNothing) {
     EXPECT_EQ(n, 77);
     EXPECT_EQ(wide, 77);
     EXPECT_EQ(real, 77);
+}
+
+TEST(StrConversion, NumbersAreThoseOfTheCLibraryInEveryRounding) {
+    std::mt19937_64 random(1);
+    for (int i = 0; i < 200000; ++i) {
+        std::string text;
+        for (size_t length = random() % (i % 2 ? 9 : 30); text.size() < length;)
+            text += "000123456789.-+e"[random() % (i % 3 ? 13 : 16)];
+        fesetround(i % 8 ? FE_TONEAREST : FE_UPWARD);
+        char *end = nullptr;
+        errno = 0;
+        const double real = std::strtod(text.c_str(), &end);
+        const bool is_real = errno == 0 && !text.empty() && *end == '\0';
+        const long whole = std::strtol(text.c_str(), &end, 10);
+        const bool is_whole = errno != ERANGE && !text.empty() && *end == '\0';
+        double real_read = 0;
+        int64_t whole_read = 0;
+        kestu_error_t *real_err = kestu_str_to_double(text.c_str(), &real_read);
+        kestu_error_t *whole_err = kestu_str_to_int64(text.c_str(), &whole_read);
+        ASSERT_TRUE(is_real ? !real_err && real == real_read : real_err != nullptr) << text;
+        ASSERT_TRUE(is_whole ? !whole_err && whole == whole_read : whole_err != nullptr) << text;
+        kestu_error_clear(real_err);
+        kestu_error_clear(whole_err);
+    }
+    fesetround(FE_TONEAREST);
 }
 
 TEST(StrConversion, FailuresHaveNoPlace) {
