@@ -310,12 +310,27 @@ TEST(StrReplace, AllOccurrencesOrTheFirst) {
     EXPECT_EQ(take_text(kestu_str_replace_all("abc", "a", nullptr)), "abc");
 }
 
-TEST(StrReplace, TextsOfNothingButOccurrences) {
-    const std::string text(10000, 'a');
-    const std::string made = take_text(kestu_str_replace_all(text.c_str(), "a", "bcd"));
-    EXPECT_EQ(made.size(), 30000u);
-    EXPECT_EQ(made.find_first_not_of("bcd"), std::string::npos);
-    EXPECT_EQ(made.substr(made.size() - 6), "bcdbcd");
+TEST(StrReplace, TextsOfAnyLengthAndDensity) {
+    std::mt19937_64 random(1);
+    for (int i = 0; i < 30000; ++i) {
+        const size_t letters = 1 + random() % 3;
+        const auto word = [&](size_t most) {
+            std::string text(random() % most, ' ');
+            for (char &c : text)
+                c = "abc"[random() % letters];
+            return text;
+        };
+        const std::string text = word(random() % 8 ? 300 : 3000);
+        const std::string from = "abc"[random() % letters] + word(random() % 8 ? 4 : 90);
+        const std::string to = word(random() % 4 ? 6 : 100);
+        std::string expected;
+        size_t rest = 0;
+        for (size_t at = 0; (at = text.find(from, rest)) != text.npos; rest = at + from.size())
+            expected += text.substr(rest, at - rest) + to;
+        expected += text.substr(rest);
+        ASSERT_EQ(take_text(kestu_str_replace_all(EdgeText(text), from.c_str(), to.c_str())),
+                  expected);
+    }
 }
 
 TEST(StrReplace, NoMemoryYieldsNullAndLeavesNothing) {
