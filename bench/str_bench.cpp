@@ -1,6 +1,6 @@
-// Strings: UTF-8 length beside a byte loop, bounded copies beside libbsd, comparison without case
-// beside strcasecmp, replacement beside std::string's search and append, checked conversions
-// of numbers beside the C library's parsers.
+// Strings: UTF-8 length beside a byte loop, bounded copies beside libbsd and beside strlen with
+// memcpy, comparison without case beside strcasecmp, replacement beside std::string's search and
+// append, checked conversions of numbers beside the C library's parsers.
 #include "kestu_str.h"
 
 #include <benchmark/benchmark.h>
@@ -58,22 +58,41 @@ void declare_lengths(size_t size) {
 
 void declare_copies(size_t size) {
     static char target[8192];
-    const std::string text = cased_text(size, 0);
+    const char *const text = strdup(cased_text(size, 0).c_str()); // at one place for all
     const std::string copy = "copy of " + std::to_string(size) + " bytes/";
-    measure(copy + "ours",
-            [text] { return kestu_str_strlcpy(target, text.c_str(), sizeof target); });
-    measure(copy + "libbsd", [text] { return strlcpy(target, text.c_str(), sizeof target); });
-    measure(copy + "limit (memcpy)",
-            [text] { return memcpy(target, text.data(), text.size() + 1); });
+    measure(copy + "ours", [text] { return kestu_str_strlcpy(target, text, sizeof target); });
+    measure(copy + "libbsd", [text] { return strlcpy(target, text, sizeof target); });
+    measure(copy + "strlen and memcpy", [text] {
+        const size_t length = strlen(text);
+        memcpy(target, text, length + 1);
+        return length;
+    });
+    measure(copy + "limit (memcpy of a known length)",
+            [text, size] { return memcpy(target, text, size + 1); });
+}
+
+// Behind 16 bytes, or as many as are appended when that is more.
+void declare_appends(size_t size) {
+    static char target[8192];
+    const char *const text = strdup(cased_text(size, 0).c_str()); // at one place for all
+    const size_t before = std::max(size_t{16}, size / 4000 * size);
+    memset(target, 'x', before);
     const std::string append = "appending " + std::to_string(size) + " bytes/";
-    const auto cut = [size] { target[size] = '\0'; };
+    const auto cut = [before] { target[before] = '\0'; };
     measure(append + "ours", [text, cut] {
         cut();
-        return kestu_str_strlcat(target, text.c_str(), sizeof target);
+        return kestu_str_strlcat(target, text, sizeof target);
     });
     measure(append + "libbsd", [text, cut] {
         cut();
-        return strlcat(target, text.c_str(), sizeof target);
+        return strlcat(target, text, sizeof target);
+    });
+    measure(append + "strlen and memcpy", [text, cut] {
+        cut();
+        const size_t found = strlen(target);
+        const size_t length = strlen(text);
+        memcpy(target + found, text, length + 1);
+        return found + length;
     });
 }
 
@@ -214,8 +233,10 @@ void declare_numbers() {
 int main(int argc, char **argv) {
     for (const size_t size : {12, 1 << 20})
         declare_lengths(size);
-    for (const size_t size : {24, 4000})
+    for (const size_t size : {24, 4000}) {
         declare_copies(size);
+        declare_appends(size);
+    }
     for (const size_t size : {8, 32, 1 << 20})
         declare_comparisons(size);
     declare_replacements("10000 hits", std::string(93, 'x') + "pattern");
