@@ -6,6 +6,7 @@
 #include "support/on_kernel.hpp"
 #include "support/pool.hpp"
 #include "text/compare.hpp"
+#include "text/length.hpp"
 
 #include <sys/mman.h>
 
@@ -279,7 +280,12 @@ TEST(StrLength, CharactersOfTextsOfAnyLengthAndBytes) {
             c = static_cast<char>(random() % 8 ? random() % 127 + 1 : random() % 255 + 1);
             expected += (c & 0xC0) != 0x80;
         }
-        EXPECT_EQ(kestu_str_utf8_len(EdgeText(text)), expected) << length;
+        for (const kestu::LengthKernel &kernel : kestu::length_dispatch.all()) {
+            if (kernel.needs && !(kestu::cpu_features().*kernel.needs))
+                continue;
+            for (const size_t behind : {0, 1, 70, 300})
+                EXPECT_EQ(kernel.characters(EdgeText(text, behind)), expected) << kernel.name;
+        }
     }
     EXPECT_EQ(kestu_str_utf8_len(std::string(1 << 20, 'a').c_str()), 1u << 20);
     EXPECT_EQ(kestu_str_utf8_len(std::string(1 << 20, '\x80').c_str()), 0u);
