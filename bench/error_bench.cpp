@@ -102,7 +102,6 @@ BENCHMARK(glib)->Name("error three deep/GError");
 BENCHMARK(exception)->Name("error three deep/C++ exception");
 BENCHMARK(limit)->Name("error three deep/limit (its pool)");
 BENCHMARK(with_location)->Name("error with location/ours");
-BENCHMARK(glib_literal)->Name("error with location/GError without");
 BENCHMARK(without_location)->Name("error with location/limit (without)");
 BENCHMARK(without_location)->Name("error/ours");
 BENCHMARK(glib_literal)->Name("error/GError");
