@@ -1,5 +1,5 @@
-// Walking 20,000 files in 200 folders; beside nftw, and beside the bare system calls that both
-// need.
+// Walking 20,000 files in 200 folders; beside nftw, beside fts, which asks for names only, and
+// beside the bare system calls for the names.
 #include "kestu_dir.h"
 #include "kestu_lib.h"
 
@@ -12,6 +12,7 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <fts.h>
 #include <ftw.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -70,7 +71,19 @@ void with_nftw(benchmark::State &state) {
     check(state);
 }
 
-// Two levels, every file looked up in its folder.
+void with_fts(benchmark::State &state) {
+    visited = 0;
+    char *const roots[] = {root.data(), nullptr};
+    for (auto _ : state) {
+        FTS *walk = fts_open(roots, FTS_PHYSICAL | FTS_NOSTAT, nullptr);
+        while (const FTSENT *entry = fts_read(walk))
+            visited += entry->fts_info == FTS_F || entry->fts_info == FTS_NSOK;
+        fts_close(walk);
+    }
+    check(state);
+}
+
+// Two levels, which is known.
 void limit(benchmark::State &state) {
     visited = 0;
     for (auto _ : state) {
@@ -81,8 +94,7 @@ void limit(benchmark::State &state) {
             const int fd = openat(dirfd(top), folder->d_name, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
             DIR *sub = fdopendir(fd);
             while (const dirent *file = readdir(sub))
-                visited += file->d_type == DT_REG &&
-                           faccessat(fd, file->d_name, F_OK, AT_EACCESS | AT_SYMLINK_NOFOLLOW) == 0;
+                visited += file->d_type == DT_REG;
             closedir(sub);
         }
         closedir(top);
@@ -92,7 +104,8 @@ void limit(benchmark::State &state) {
 
 BENCHMARK_CAPTURE(ours, all, nullptr)->Name("walk 20000 files/ours");
 BENCHMARK(with_nftw)->Name("walk 20000 files/nftw");
-BENCHMARK(limit)->Name("walk 20000 files/limit (its system calls)");
+BENCHMARK(with_fts)->Name("walk 20000 files/fts without stat");
+BENCHMARK(limit)->Name("walk 20000 files/limit (reading the names)");
 BENCHMARK_CAPTURE(ours, filtered, "*.h;*/folder-*/*.c")->Name("walk and match 20000 files/ours");
 
 } // namespace

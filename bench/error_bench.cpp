@@ -60,6 +60,33 @@ void exception(benchmark::State &state) {
     }
 }
 
+// With and without the place where it was made, which the macros add.
+void with_location(benchmark::State &state) {
+    for (auto _ : state) {
+        kestu_error_t *err = kestu_error_create(0, code, nullptr, "Cannot read image.");
+        benchmark::DoNotOptimize(err);
+        kestu_error_clear(err);
+    }
+}
+
+void without_location(benchmark::State &state) {
+    for (auto _ : state) {
+        kestu_error_t *err =
+            kestu_error_create_i(0, code, 0, nullptr, nullptr, nullptr, "Cannot read image.");
+        benchmark::DoNotOptimize(err);
+        kestu_error_clear(err);
+    }
+}
+
+void glib_literal(benchmark::State &state) {
+    const GQuark domain = g_quark_from_static_string("bench");
+    for (auto _ : state) {
+        GError *err = g_error_new_literal(domain, code, "Cannot read image.");
+        benchmark::DoNotOptimize(err);
+        g_error_free(err);
+    }
+}
+
 // What the pool of a chain costs by itself.
 void limit(benchmark::State &state) {
     for (auto _ : state) {
@@ -74,5 +101,10 @@ BENCHMARK(ours)->Name("error three deep/ours");
 BENCHMARK(glib)->Name("error three deep/GError");
 BENCHMARK(exception)->Name("error three deep/C++ exception");
 BENCHMARK(limit)->Name("error three deep/limit (its pool)");
+BENCHMARK(with_location)->Name("error with location/ours");
+BENCHMARK(without_location)->Name("error with location/limit (without)");
+BENCHMARK(without_location)->Name("error/ours");
+BENCHMARK(glib_literal)->Name("error/GError");
+BENCHMARK(limit)->Name("error/limit (its pool)");
 
 } // namespace

@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Prints the table of benchmark results: our figure, the best peer's, their ratio, the known limit.
+"""Prints the table of benchmark results: our figure, the best peer's, their ratio, the known limit and
+what of it we reach. The cases that we lose come first.
 
 Reads JSON files of Google Benchmark. Cases are named "<case>/ours", "<case>/<peer>" and
 "<case>/limit ...", with the arguments of the case behind; the figure of each is the median over the
@@ -40,7 +41,7 @@ def main():
         # Google Benchmark appends arguments and modifiers such as "/iterations:3" to the name.
         case, who, *arguments = (p for p in name.split("/") if not MODIFIER.fullmatch(p))
         cases.setdefault(", ".join([case, *arguments]), {})[who] = time
-    rows = [("case", "ours", "best peer", "", "peer / ours", "limit", "")]
+    rows = []
     for case, times in cases.items():
         limits = {w: t for w, t in times.items() if w.startswith("limit")}
         peers = {w: t for w, t in times.items() if w != "ours" and w not in limits}
@@ -50,6 +51,8 @@ def main():
         peer = min(peers, key=peers.get) if peers else ""
         limit = next(iter(limits), "")
         rows.append((
+            peers[peer] / ours if peer else float("inf"),
+            limits[limit] / ours if limit else float("inf"),
             case,
             readable(ours),
             readable(peers[peer]) if peer else "",
@@ -57,7 +60,10 @@ def main():
             f"{peers[peer] / ours:.2f}" if peer else "",
             readable(limits[limit]) if limit else "",
             limit.removeprefix("limit").strip(" ()"),
+            f"{limits[limit] / ours:.2f}" if limit else "",
         ))
+    head = ("case", "ours", "best peer", "", "peer / ours", "limit", "", "limit / ours")
+    rows = [head] + [row[2:] for row in sorted(rows)]
     widths = [max(len(row[i]) for row in rows) for i in range(len(rows[0]))]
     for row in rows:
         print("  ".join(cell.ljust(width) for cell, width in zip(row, widths)).rstrip())

@@ -62,6 +62,7 @@ set(parts
   "apr|${APR_VERSION}|libapr-1.so.0"
   "tpl|${TPL_VERSION}|libtpl.so.0"
   "uthash|${uthash_version}|"
+  "fast_float|${FastFloat_VERSION}|"
   "glibc|${libc_major}.${libc_minor}|libc.so.6 libm.so.6 ld-linux-x86-64.so.2")
 kestu_write_sbom(${PROJECT_BINARY_DIR}/libkestu.cdx.json libkestu library ${parts})
 if(KESTU_BUILD_PROGRAM)

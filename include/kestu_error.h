@@ -116,15 +116,23 @@ KESTU_API KESTU_MUST_USE kestu_error_t *kestu_error_quick_wrap_i(int line, const
                                                                  kestu_error_t *child,
                                                                  const char *message);
 
+/* The name of the source file; its folders, which errors leave out, where the compiler cannot. */
+#ifdef __FILE_NAME__
+#define KESTU_FILE_NAME __FILE_NAME__
+#else
+#define KESTU_FILE_NAME __FILE__
+#endif
+
 #define kestu_error_create(type, code, child, message)                                             \
-    kestu_error_create_i((type), (code), __LINE__, __FILE__, __func__, (child), (message))
+    kestu_error_create_i((type), (code), __LINE__, KESTU_FILE_NAME, __func__, (child), (message))
 #define kestu_error_createf(type, code, child, ...)                                                \
-    kestu_error_createf_i((type), (code), __LINE__, __FILE__, __func__, (child), __VA_ARGS__)
-#define kestu_error_aprwrap(status) kestu_error_aprwrap_i((status), __LINE__, __FILE__, __func__)
+    kestu_error_createf_i((type), (code), __LINE__, KESTU_FILE_NAME, __func__, (child), __VA_ARGS__)
+#define kestu_error_aprwrap(status)                                                                \
+    kestu_error_aprwrap_i((status), __LINE__, KESTU_FILE_NAME, __func__)
 #define kestu_error_aprwrapf(status, ...)                                                          \
-    kestu_error_aprwrapf_i((status), __LINE__, __FILE__, __func__, __VA_ARGS__)
+    kestu_error_aprwrapf_i((status), __LINE__, KESTU_FILE_NAME, __func__, __VA_ARGS__)
 #define kestu_error_quick_wrap(child, message)                                                     \
-    kestu_error_quick_wrap_i(__LINE__, __FILE__, __func__, (child), (message))
+    kestu_error_quick_wrap_i(__LINE__, KESTU_FILE_NAME, __func__, (child), (message))
 
 /*
  * Appends copies of the chain `b` below the root cause of `a`, so that b's errors become the

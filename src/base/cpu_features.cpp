@@ -38,6 +38,7 @@ CpuFeatures features_of(const CpuAnswers &answers) {
                     has_all(answers.xcr0, saved_256);
     const bool avx512 = features.avx2 && has_all(answers.leaf7_ebx, bit_AVX512F) &&
                         has_all(answers.xcr0, saved_512);
+    features.bytes512 = avx512 && has_all(answers.leaf7_ebx, bit_AVX512BW);
     features.count512 = avx512 && has_all(answers.leaf7_ecx, bit_AVX512VPOPCNTDQ);
     features.clmul = has_all(answers.leaf1_ecx, clmul_baseline);
     features.clmul256 =

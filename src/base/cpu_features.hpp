@@ -12,6 +12,7 @@ struct CpuFeatures {
     bool clmul512 = false; // four products an instruction
     bool sha = false;      // the SHA-1 instructions
     bool avx2 = false;     // integers in 256-bit registers
+    bool bytes512 = false; // bytes in 512-bit registers
     bool count512 = false; // the number of bits set in each word of a 512-bit register
 };
 

@@ -3,6 +3,7 @@
 
 #include <cstdarg>
 #include <cstdint>
+#include <type_traits>
 
 namespace kestu {
 
@@ -10,11 +11,11 @@ namespace kestu {
 // bits; `L` means nothing, since there are no long doubles here.
 enum class ArgumentSize : uint8_t { as_int, as_char, as_short, as_64 };
 
-// The arguments of a format, fetched one after the other.
+// The arguments of a format, fetched one after the other from where they are: a copy of a list that
+// has just been made would wait until that is whole in memory.
 class Arguments {
   public:
-    explicit Arguments(va_list source) { va_copy(list_, source); }
-    ~Arguments() { va_end(list_); }
+    explicit Arguments(va_list source) : list_(source) {}
     Arguments(const Arguments &) = delete;
     Arguments &operator=(const Arguments &) = delete;
 
@@ -45,7 +46,7 @@ class Arguments {
     }
 
   private:
-    va_list list_;
+    std::decay_t<va_list> list_;
 };
 
 // One conversion specification: what stands from a `%` to its conversion character.

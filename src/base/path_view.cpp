@@ -1,6 +1,8 @@
 // The two halves of a path, found from its end.
 #include "base/path_view.hpp"
 
+#include <cstring>
+
 namespace kestu {
 namespace {
 
@@ -11,9 +13,8 @@ std::string_view trim_slashes(std::string_view path) {
 }
 
 std::string_view trim_component(std::string_view path) {
-    while (!path.empty() && path.back() != '/')
-        path.remove_suffix(1);
-    return path;
+    const void *const slash = path.empty() ? nullptr : memrchr(path.data(), '/', path.size());
+    return path.substr(0, slash ? static_cast<const char *>(slash) - path.data() + 1 : 0);
 }
 
 } // namespace

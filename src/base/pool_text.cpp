@@ -24,14 +24,10 @@ char *pool_copy(apr_pool_t *pool, std::string_view text) {
     return copy;
 }
 
-char *pool_draft(apr_pool_t *pool, Draft &draft, std::string_view suffix) {
-    const size_t length = draft.length();
-    char *text = pool_bytes(pool, length + suffix.size());
-    if (text) {
+char *pool_draft(apr_pool_t *pool, Draft &draft) {
+    char *text = pool_bytes(pool, draft.length());
+    if (text)
         draft.write(text);
-        std::memcpy(text + length, suffix.data(), suffix.size());
-        text[length + suffix.size()] = '\0';
-    }
     return text;
 }
 

@@ -11,7 +11,7 @@ namespace kestu {
 
 char *pool_copy(apr_pool_t *pool, std::string_view text);
 
-// The text of a draft, with `suffix` behind. Of one that could not be formatted, what was produced.
-char *pool_draft(apr_pool_t *pool, Draft &draft, std::string_view suffix = "");
+// The text of a draft. Of one that could not be formatted, what was produced.
+char *pool_draft(apr_pool_t *pool, Draft &draft);
 
 } // namespace kestu

@@ -1,14 +1,16 @@
 // Making errors. Everything that makes one ends in `build`, which fills a record once.
 #include "error/error.hpp"
 
+#include "base/draft.hpp"
 #include "base/kept_errno.hpp"
 #include "base/path_view.hpp"
-#include "base/pool_text.hpp"
+#include "base/short_copy.hpp"
 #include "error/elements.hpp"
 #include "error/state.hpp"
 
-#include <algorithm>
 #include <cstdarg>
+#include <optional>
+#include <string_view>
 
 namespace kestu {
 namespace {
@@ -33,29 +35,60 @@ struct Message {
     std::string_view suffix = "";
 };
 
-bool copy_into(apr_pool_t *pool, std::string_view text, const char *&field) {
-    field = pool_copy(pool, text);
-    return field != nullptr;
+// A text to be kept with an error, if there is one.
+using Kept = std::optional<std::string_view>;
+
+Kept kept_text(const char *text) {
+    return text ? Kept(text) : std::nullopt;
 }
 
-bool set_message(kestu_error_t *err, const Message &message) {
-    if (message.format) {
-        Draft draft(message.format, *message.args);
-        err->message = pool_draft(err->pool, draft, message.suffix);
-        return err->message;
-    }
-    return !message.text || copy_into(err->pool, message.text, err->message);
+Kept kept_name(const char *file) {
+    return file ? Kept(last_component(file).substr(0, max_file_name)) : std::nullopt;
 }
 
-bool set_location(kestu_error_t *err, const Location &location) {
+size_t size_of(const Kept &text) {
+    return text ? text->size() + 1 : 0;
+}
+
+// Puts a text at `at`, from where it moves on.
+const char *put(char *&at, const Kept &text) {
+    if (!text)
+        return nullptr;
+    const char *const begin = at;
+    copy_bytes(at, text->data(), text->size());
+    at += text->size();
+    *at++ = '\0';
+    return begin;
+}
+
+// An element with its texts, all in one block. Null without memory.
+kestu_error_t *make(apr_pool_t *pool, const Location &location, const Kept &message, Draft *draft,
+                    std::string_view suffix) {
+    const Kept file = kept_name(location.file);
+    const Kept function = kept_text(location.function);
+    const size_t drafted = draft ? draft->length() + suffix.size() + 1 : 0;
+    const size_t size =
+        sizeof(kestu_error_t) + size_of(file) + size_of(function) + size_of(message) + drafted;
+    auto *err = static_cast<kestu_error_t *>(apr_palloc(pool, size));
+    if (!err)
+        return nullptr;
+    auto *at = reinterpret_cast<char *>(err + 1);
     err->line = location.line;
-    if (location.file) {
-        std::string_view name = last_component(location.file);
-        name = {name.data(), std::min(name.size(), max_file_name)};
-        if (!copy_into(err->pool, name, err->file))
-            return false;
+    err->file = put(at, file);
+    err->function = put(at, function);
+    err->message = draft ? at : put(at, message);
+    if (draft) {
+        draft->write(at);
+        put(at += draft->length(), suffix);
     }
-    return !location.function || copy_into(err->pool, location.function, err->function);
+    return err;
+}
+
+kestu_error_t *make(apr_pool_t *pool, const Location &location, const Message &message) {
+    if (!message.format)
+        return make(pool, location, kept_text(message.text), nullptr, {});
+    Draft draft(message.format, *message.args);
+    return make(pool, location, {}, &draft, message.suffix);
 }
 
 kestu_error_t *build(int type, int code, const Location &location, kestu_error_t *child,
@@ -65,19 +98,13 @@ kestu_error_t *build(int type, int code, const Location &location, kestu_error_t
     apr_pool_t *pool = shares_pool ? child->pool : nullptr;
     apr_status_t status = pool ? APR_SUCCESS : new_error_pool(&pool);
     if (status == APR_SUCCESS) {
-        auto *err = static_cast<kestu_error_t *>(apr_palloc(pool, sizeof(kestu_error_t)));
-        if (err) {
-            *err = {.type = type,
-                    .code = code,
-                    .message = nullptr,
-                    .file = nullptr,
-                    .line = 0,
-                    .function = nullptr,
-                    .data = nullptr,
-                    .pool = pool,
-                    .child = child};
-            if (set_location(err, location) && set_message(err, message))
-                return err;
+        if (kestu_error_t *err = make(pool, location, message)) {
+            err->type = type;
+            err->code = code;
+            err->data = nullptr;
+            err->pool = pool;
+            err->child = child;
+            return err;
         }
         if (!shares_pool)
             apr_pool_destroy(pool);

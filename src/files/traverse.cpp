@@ -4,6 +4,7 @@
 
 #include "base/kept_errno.hpp"
 #include "files/pattern.hpp"
+#include "files/presence.hpp"
 #include "kestu_mem.h"
 #include "mem/memory.hpp"
 
@@ -16,7 +17,6 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 using namespace kestu;
 
@@ -83,29 +83,25 @@ class FolderList {
 
 enum class Kind { folder, file, other };
 
-// Whether a file is still there and may be looked up. Asking costs less than reading its state.
-bool is_there(int folder, const char *name) {
-    return faccessat(folder, name, F_OK, AT_EACCESS | AT_SYMLINK_NOFOLLOW) == 0;
-}
-
-// What an entry is. The file system tells with its name, or else when it is looked up; a file or
-// link that cannot be looked up any more counts as something else.
-Kind kind_of(int folder, const apr_finfo_t &entry) {
-    switch (entry.filetype) {
-    case APR_DIR:
+// What an entry is. The file system tells with its name, or else when it is looked up; what cannot
+// be looked up any more counts as something else.
+Kind kind_of(int folder, const dirent &entry) {
+    switch (entry.d_type) {
+    case DT_DIR:
         return Kind::folder;
-    case APR_REG:
-    case APR_LNK:
-        if (is_there(folder, entry.name))
-            return Kind::file;
-        break;
-    case APR_NOFILE:
-        break;
-    default:
+    case DT_REG:
+    case DT_LNK:
+        return Kind::file;
+    case DT_BLK:
+    case DT_CHR:
+    case DT_FIFO:
+    case DT_SOCK:
         return Kind::other;
+    default:
+        break;
     }
     struct stat now;
-    if (fstatat(folder, entry.name, &now, AT_SYMLINK_NOFOLLOW) != 0)
+    if (fstatat(folder, entry.d_name, &now, AT_SYMLINK_NOFOLLOW) != 0)
         return Kind::other;
     if (S_ISDIR(now.st_mode))
         return Kind::folder;
@@ -131,13 +127,13 @@ class Traversal {
   private:
     kestu_error_t *visit_folder(const char *path);
     kestu_error_t *visit_entries(const char *folder, DIR *stream);
-    kestu_error_t *visit_entry(const char *folder, int fd, const apr_finfo_t &entry);
-    kestu_error_t *visit_file(const char *path);
-    apr_status_t read_entry(DIR *stream, apr_finfo_t &entry);
+    kestu_error_t *visit_entry(const char *folder, int fd, const dirent &entry);
+    kestu_error_t *visit_file(const char *path, const char *name);
 
     const kestu_dir_traverse_t &options_;
     apr_pool_t *folder_pool_ = nullptr; // holds the folder at hand, which is open
     apr_pool_t *entry_pool_ = nullptr;  // cleared before each entry
+    Presence presence_;                 // of the files of the folder at hand
     FolderList found_;                  // in the folder at hand
     FolderList waiting_;
     bool stopped_by_error_ = false;
@@ -180,54 +176,47 @@ kestu_error_t *Traversal::visit_folder(const char *path) {
 
 kestu_error_t *Traversal::visit_entries(const char *folder, DIR *stream) {
     const int fd = dirfd(stream);
+    presence_.enter(fd);
     int failed_reads = 0;
     for (;;) {
-        apr_finfo_t entry = {};
-        const apr_status_t status = read_entry(stream, entry);
-        if (APR_STATUS_IS_ENOENT(status))
-            return nullptr;
-        if (entry.name) {
+        apr_pool_clear(entry_pool_);
+        errno = 0;
+        if (const dirent *entry = readdir(stream)) {
             failed_reads = 0;
-            if (kestu_error_t *err = visit_entry(folder, fd, entry))
+            if (kestu_error_t *err = visit_entry(folder, fd, *entry))
                 return err;
+        } else if (errno == 0) {
+            return nullptr;
         } else if (++failed_reads == max_failed_reads) {
-            return fail_apr(status);
+            return fail_apr(errno);
         } else {
             warn_of_nameless_entry();
         }
     }
 }
 
-// APR copies the name into the pool of the handle that it reads through. A new handle for each
-// entry, in a pool that is cleared before, needs no more than the block that a pool begins with,
-// however large the folder is. Only the name is asked for: kind_of looks files up without their
-// whole path.
-apr_status_t Traversal::read_entry(DIR *stream, apr_finfo_t &entry) {
-    apr_pool_clear(entry_pool_);
-    apr_dir_t *handle = nullptr;
-    apr_os_dir_put(&handle, stream, entry_pool_);
-    return apr_dir_read(&entry, APR_FINFO_NAME, handle);
-}
-
-kestu_error_t *Traversal::visit_entry(const char *folder, int fd, const apr_finfo_t &entry) {
+kestu_error_t *Traversal::visit_entry(const char *folder, int fd, const dirent &entry) {
     const Kind kind = kind_of(fd, entry);
     if (kind == Kind::other)
         return nullptr;
-    if (kind == Kind::folder && (!(options_.flags & KESTU_DIR_RECURSE) || is_dots(entry.name)))
+    if (kind == Kind::folder && (!(options_.flags & KESTU_DIR_RECURSE) || is_dots(entry.d_name)))
         return nullptr;
     char *path = nullptr;
     if (apr_status_t status =
-            apr_filepath_merge(&path, folder, entry.name, APR_FILEPATH_NATIVE, entry_pool_))
-        return fail_apr(status);
-    return kind == Kind::folder ? found_.append(path) : visit_file(path);
+            apr_filepath_merge(&path, folder, entry.d_name, APR_FILEPATH_NATIVE, entry_pool_))
+        return kind == Kind::folder || presence_.has(entry.d_name) ? fail_apr(status) : nullptr;
+    return kind == Kind::folder ? found_.append(path) : visit_file(path, entry.d_name);
 }
 
-kestu_error_t *Traversal::visit_file(const char *path) {
+// Of the files that the lists let pass, those are left out that vanished or cannot be looked up.
+kestu_error_t *Traversal::visit_file(const char *path, const char *name) {
     const bool excluded =
         options_.exclude && matchToCompositePattern(path, options_.exclude, &options_);
-    if (excluded || !matchToCompositePattern(path, options_.include, &options_))
+    if (excluded || !matchToCompositePattern(path, options_.include, &options_) ||
+        !presence_.has(name))
         return nullptr;
-    kestu_error_t *err = options_.callback(path, options_.user_data, entry_pool_);
+    kestu_error_t *err =
+        presence_.during([&] { return options_.callback(path, options_.user_data, entry_pool_); });
     if (!err || err == KestuDLlistStopWalking)
         return err;
     if (options_.flags & KESTU_DIR_STOP) {

@@ -28,6 +28,7 @@ struct Register128 {
 constexpr CompareKernel kernels[] = {
     {"registers_128", nullptr, compare_folded_128},
     {"registers_256", &CpuFeatures::avx2, compare_folded_256},
+    {"registers_512", &CpuFeatures::bytes512, compare_folded_512},
 };
 
 constexpr CompareKernel first_use = {"not_chosen", nullptr, [](const char *s1, const char *s2) {

@@ -15,5 +15,6 @@ extern Dispatch<CompareKernel> compare_dispatch;
 
 int compare_folded_128(const char *s1, const char *s2);
 int compare_folded_256(const char *s1, const char *s2);
+int compare_folded_512(const char *s1, const char *s2);
 
 } // namespace kestu

@@ -65,7 +65,7 @@ template <typename Register>
 }
 
 // At the first of the bytes where a comparison stops. Most comparisons stop at two terminators.
-[[gnu::always_inline]] inline int difference_at(const char *s1, const char *s2, unsigned found) {
+[[gnu::always_inline]] inline int difference_at(const char *s1, const char *s2, uint64_t found) {
     const int at = std::countr_zero(found);
     return s1[at] == s2[at] ? 0 : fold(s1[at]) - fold(s2[at]);
 }

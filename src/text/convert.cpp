@@ -3,6 +3,7 @@
 
 #include "base/kept_errno.hpp"
 #include "error/error.hpp"
+#include "text/plain_numbers.hpp"
 
 #include <cctype>
 #include <cerrno>
@@ -13,11 +14,12 @@ using namespace kestu;
 
 namespace {
 
-// One conversion: `parse` is the C library's parser, `word` and `code` what failures are reported
-// with.
+// One conversion of what is not plain: `parse` is the C library's parser, `word` and `code` what
+// failures are reported with.
 template <typename Parsed, typename Stored>
-kestu_error_t *convert(const char *s, Stored *out, Parsed (*parse)(const char *, char **), int code,
-                       const char *word) {
+[[gnu::noinline]] kestu_error_t *convert(const char *s, Stored *out,
+                                         Parsed (*parse)(const char *, char **), int code,
+                                         const char *word) {
     const KeptErrno kept;
     auto *end = const_cast<char *>(s);
     errno = 0;
@@ -30,23 +32,36 @@ kestu_error_t *convert(const char *s, Stored *out, Parsed (*parse)(const char *,
     return nullptr;
 }
 
+long parse_decimal(const char *s, char **end) {
+    return std::strtol(s, end, 10);
+}
+
+template <typename Stored>
+kestu_error_t *convert_integer(const char *s, Stored *out, const char *word) {
+    const std::optional<int64_t> value = plain_integer(s);
+    if (!value)
+        return convert(s, out, parse_decimal, KESTU_ERR_INTEGER_TEXT, word);
+    *out = static_cast<Stored>(*value);
+    return nullptr;
+}
+
 } // namespace
 
 kestu_error_t *kestu_str_to_double(const char *s, double *out) {
-    return convert(s, out, std::strtod, KESTU_ERR_DOUBLE_TEXT, "double");
+    const std::optional<double> value = plain_double(s);
+    if (!value)
+        return convert(s, out, std::strtod, KESTU_ERR_DOUBLE_TEXT, "double");
+    *out = *value;
+    return nullptr;
 }
 
 // Kept: the low 32 bits of what fits a long are stored. Relied on by: callers.
 kestu_error_t *kestu_str_to_integer(const char *s, int *out) {
-    return convert<long>(
-        s, out, [](const char *text, char **end) { return std::strtol(text, end, 10); },
-        KESTU_ERR_INTEGER_TEXT, "integer");
+    return convert_integer(s, out, "integer");
 }
 
 kestu_error_t *kestu_str_to_int64(const char *s, int64_t *out) {
-    return convert<long long>(
-        s, out, [](const char *text, char **end) { return std::strtoll(text, end, 10); },
-        KESTU_ERR_INTEGER_TEXT, "int64");
+    return convert_integer(s, out, "int64");
 }
 
 int kestu_str_is_integer(const char *s) {

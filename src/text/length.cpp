@@ -1,4 +1,6 @@
 // Lengths in bytes and in characters, and trimming.
+#include "text/length.hpp"
+
 #include "kestu_str.h"
 
 #include <cctype>
@@ -6,6 +8,7 @@
 #include <cstring>
 #include <emmintrin.h>
 
+namespace kestu {
 namespace {
 
 using Bytes [[gnu::vector_size(16)]] = unsigned char;
@@ -45,14 +48,20 @@ size_t count_first_bytes(const char *s, size_t size) {
     return total;
 }
 
+constexpr LengthKernel kernels[] = {
+    {"registers_128", nullptr, characters_128},
+    {"registers_512", &CpuFeatures::bytes512, characters_512},
+};
+
+constexpr LengthKernel first_use = {
+    "not_chosen", nullptr, [](const char *s) { return length_dispatch.choose().characters(s); }};
+
 } // namespace
 
-int kestu_str_len(const char *s) {
-    return static_cast<int>(std::strlen(s));
-}
+constinit Dispatch<LengthKernel> length_dispatch{kernels, first_use};
 
 // Counts in blocks that are still in the nearest cache when they are looked at again.
-size_t kestu_str_utf8_len(const char *s) {
+size_t characters_128(const char *s) {
     size_t characters = 0;
     for (;; s += max_counted) {
         const size_t size = strnlen(s, max_counted);
@@ -60,6 +69,16 @@ size_t kestu_str_utf8_len(const char *s) {
         if (size < max_counted)
             return characters;
     }
+}
+
+} // namespace kestu
+
+int kestu_str_len(const char *s) {
+    return static_cast<int>(std::strlen(s));
+}
+
+size_t kestu_str_utf8_len(const char *s) {
+    return kestu::length_dispatch.current().characters(s);
 }
 
 char *kestu_str_trim(char *s) {

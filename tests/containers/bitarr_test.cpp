@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <functional>
 #include <random>
 #include <string>
 
@@ -143,6 +144,26 @@ TEST(BitArray, RandomStepsAgreeWithText) {
             ASSERT_EQ(kestu_bitarr_num_bits_cleared(arrays.of[k]), model[k].size() - ones);
         }
     }
+}
+
+// Results too large for caches are stored in another way.
+TEST(BitArray, LargeArraysAreCombinedWordByWord) {
+    kestu_bitarr_t *a = nullptr, *b = nullptr, *out = nullptr;
+    ASSERT_OK(kestu_bitarr_create(&a, (size_t{1} << 26) + 64 * 3));
+    ASSERT_OK(kestu_bitarr_create(&b, (size_t{1} << 26) + 64 * 5));
+    std::mt19937_64 random(1);
+    for (const kestu_bitarr_t *array : {a, b})
+        std::generate_n(array->words, array->nwords, std::ref(random));
+    ASSERT_OK(kestu_bitarr_and(a, b, &out));
+    size_t wrong = 0;
+    for (size_t i = 0; i < b->nwords; ++i)
+        wrong += out->words[i] != (i < a->nwords ? a->words[i] & b->words[i] : 0);
+    ASSERT_OK(kestu_bitarr_or(b, a, &out));
+    for (size_t i = 0; i < b->nwords; ++i)
+        wrong += out->words[i] != (i < a->nwords ? a->words[i] | b->words[i] : b->words[i]);
+    EXPECT_EQ(wrong, 0u);
+    for (kestu_bitarr_t *array : {a, b, out})
+        kestu_bitarr_free(array);
 }
 
 TEST(BitArray, OperationsClearWhatCallersLeftAboveTheLastBit) {

@@ -6,10 +6,12 @@
 #include "support/on_kernel.hpp"
 #include "support/pool.hpp"
 #include "text/compare.hpp"
+#include "text/length.hpp"
 
 #include <sys/mman.h>
 
 #include <cerrno>
+#include <cfenv>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -117,6 +119,31 @@ TEST(StrConversion, WhatIsNoNumberIsRefusedAndStoresNothing) {
     EXPECT_EQ(n, 77);
     EXPECT_EQ(wide, 77);
     EXPECT_EQ(real, 77);
+}
+
+TEST(StrConversion, NumbersAreThoseOfTheCLibraryInEveryRounding) {
+    std::mt19937_64 random(1);
+    for (int i = 0; i < 200000; ++i) {
+        std::string text;
+        for (size_t length = random() % (i % 2 ? 9 : 30); text.size() < length;)
+            text += "000123456789.-+e"[random() % (i % 3 ? 13 : 16)];
+        fesetround(i % 8 ? FE_TONEAREST : FE_UPWARD);
+        char *end = nullptr;
+        errno = 0;
+        const double real = std::strtod(text.c_str(), &end);
+        const bool is_real = errno == 0 && !text.empty() && *end == '\0';
+        const long whole = std::strtol(text.c_str(), &end, 10);
+        const bool is_whole = errno != ERANGE && !text.empty() && *end == '\0';
+        double real_read = 0;
+        int64_t whole_read = 0;
+        kestu_error_t *real_err = kestu_str_to_double(text.c_str(), &real_read);
+        kestu_error_t *whole_err = kestu_str_to_int64(text.c_str(), &whole_read);
+        ASSERT_TRUE(is_real ? !real_err && real == real_read : real_err != nullptr) << text;
+        ASSERT_TRUE(is_whole ? !whole_err && whole == whole_read : whole_err != nullptr) << text;
+        kestu_error_clear(real_err);
+        kestu_error_clear(whole_err);
+    }
+    fesetround(FE_TONEAREST);
 }
 
 TEST(StrConversion, FailuresHaveNoPlace) {
@@ -253,7 +280,12 @@ TEST(StrLength, CharactersOfTextsOfAnyLengthAndBytes) {
             c = static_cast<char>(random() % 8 ? random() % 127 + 1 : random() % 255 + 1);
             expected += (c & 0xC0) != 0x80;
         }
-        EXPECT_EQ(kestu_str_utf8_len(EdgeText(text)), expected) << length;
+        for (const kestu::LengthKernel &kernel : kestu::length_dispatch.all()) {
+            if (kernel.needs && !(kestu::cpu_features().*kernel.needs))
+                continue;
+            for (const size_t behind : {0, 1, 70, 300})
+                EXPECT_EQ(kernel.characters(EdgeText(text, behind)), expected) << kernel.name;
+        }
     }
     EXPECT_EQ(kestu_str_utf8_len(std::string(1 << 20, 'a').c_str()), 1u << 20);
     EXPECT_EQ(kestu_str_utf8_len(std::string(1 << 20, '\x80').c_str()), 0u);
@@ -284,12 +316,27 @@ TEST(StrReplace, AllOccurrencesOrTheFirst) {
     EXPECT_EQ(take_text(kestu_str_replace_all("abc", "a", nullptr)), "abc");
 }
 
-TEST(StrReplace, TextsOfNothingButOccurrences) {
-    const std::string text(10000, 'a');
-    const std::string made = take_text(kestu_str_replace_all(text.c_str(), "a", "bcd"));
-    EXPECT_EQ(made.size(), 30000u);
-    EXPECT_EQ(made.find_first_not_of("bcd"), std::string::npos);
-    EXPECT_EQ(made.substr(made.size() - 6), "bcdbcd");
+TEST(StrReplace, TextsOfAnyLengthAndDensity) {
+    std::mt19937_64 random(1);
+    for (int i = 0; i < 30000; ++i) {
+        const size_t letters = 1 + random() % 3;
+        const auto word = [&](size_t most) {
+            std::string text(random() % most, ' ');
+            for (char &c : text)
+                c = "abc"[random() % letters];
+            return text;
+        };
+        const std::string text = word(random() % 8 ? 300 : 3000);
+        const std::string from = "abc"[random() % letters] + word(random() % 8 ? 4 : 90);
+        const std::string to = word(random() % 4 ? 6 : 100);
+        std::string expected;
+        size_t rest = 0;
+        for (size_t at = 0; (at = text.find(from, rest)) != text.npos; rest = at + from.size())
+            expected += text.substr(rest, at - rest) + to;
+        expected += text.substr(rest);
+        ASSERT_EQ(take_text(kestu_str_replace_all(EdgeText(text), from.c_str(), to.c_str())),
+                  expected);
+    }
 }
 
 TEST(StrReplace, NoMemoryYieldsNullAndLeavesNothing) {

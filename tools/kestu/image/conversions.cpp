@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
+#include <numeric>
+#include <vector>
 
 namespace program {
 namespace {
@@ -21,95 +23,127 @@ struct ConversionOptions {
     double latitude = 5;
 };
 
-// A double for each pixel of an image.
-class Matrix {
-  public:
-    explicit Matrix(const kestu_img_t &image) : height(image.height), width(image.width) {}
-    ~Matrix() {
-        if (rows)
-            kestu_mem_matrix_free(rows, sizeof **rows, 0, height - 1, 0, width - 1);
-    }
-    Matrix(const Matrix &) = delete;
-    Matrix &operator=(const Matrix &) = delete;
-
-    kestu_error_t *allocate() {
-        return kestu_mem_matrix_alloc(&rows, sizeof **rows, 0, height - 1, 0, width - 1);
-    }
-    template <typename Use>
-    void for_each(Use use) {
-        for (int r = 0; r < height; ++r)
-            for (int c = 0; c < width; ++c)
-                use(rows[r][c], r, c);
-    }
-
-    const int height, width;
-    double **rows = nullptr;
-};
+// What the levels of an image become. The conversions go by the level of a pixel alone, so that no
+// matrix of doubles is needed.
+using Values = std::vector<double>;
 
 // Densities that nothing can be measured of stand for the saturated one; unless it is given, it is
 // the density one level beside the end of the scale.
-kestu_error_t *to_density(const kestu_img_t &image, Matrix &values,
+kestu_error_t *to_density(const kestu_img_t &levels, Values &values,
                           const ConversionOptions &options) {
-    const double largest = std::log10(image.bits[0] == 8 ? 255.0 : 65535.0);
+    const double largest = std::log10(levels.bits[0] == 8 ? 255.0 : 65535.0);
     const double saturated = options.saturated.value_or(largest);
-    kestu_error_t *err = kestu_img_calc_density(&image, values.rows, saturated);
+    double *row = values.data();
+    kestu_error_t *err = kestu_img_calc_density(&levels, &row, saturated);
     if (!err)
-        values.for_each([&](double &x, int, int) { x = std::isinf(x) ? saturated : x; });
+        for (double &x : values)
+            x = std::isinf(x) ? saturated : x;
     return err;
 }
 
-kestu_error_t *to_intensity(const kestu_img_t &image, Matrix &values,
+kestu_error_t *to_intensity(const kestu_img_t &levels, Values &values,
                             const ConversionOptions &options) {
-    return kestu_img_calc_fujiri(&image, values.rows, options.resolution, options.sensitivity,
+    double *row = values.data();
+    return kestu_img_calc_fujiri(&levels, &row, options.resolution, options.sensitivity,
                                  options.latitude);
 }
 
-kestu_error_t *to_mask(const kestu_img_t &image, Matrix &values, const ConversionOptions &) {
-    return kestu_img_data_dmask(&image, values.rows);
+kestu_error_t *to_mask(const kestu_img_t &levels, Values &values, const ConversionOptions &) {
+    double *row = values.data();
+    return kestu_img_data_dmask(&levels, &row);
 }
 
-// The levels of the picture do not tell what they stand for: a line about it goes to `said`.
-kestu_error_t *write_scaled(Matrix &values, const ConversionOptions &options, std::string &said) {
+// Puts what `table` has for the level of each pixel into the rows of a picture, which may be those
+// of the image.
+template <typename Sample, typename Level>
+void map_pixels(const kestu_img_t &image, Level *const *from, Sample *const *to,
+                const std::vector<Sample> &table) {
+    for (int r = 0; r < image.height; ++r)
+        for (int c = 0; c < image.width; ++c)
+            to[r][c] = table[from[r][c]];
+}
+
+template <typename Sample>
+void map_pixels(const kestu_img_t &image, Sample *const *to, const std::vector<Sample> &table) {
+    if (image.bits[0] == 8)
+        map_pixels(image, image.data8, to, table);
+    else
+        map_pixels(image, image.data16, to, table);
+}
+
+// The levels of the picture do not tell what they stand for: a line about it goes to `said`. The
+// least value has level 0, and white is zero.
+kestu_error_t *write_scaled(Image &image, const Values &values, const ConversionOptions &options,
+                            std::string &said) {
+    Histogram histogram;
+    if (kestu_error_t *err = histogram.measure(image.record))
+        return err;
     double minimum = HUGE_VAL;
     double maximum = -HUGE_VAL;
-    values.for_each([&](double x, int, int) {
-        minimum = std::min(minimum, x);
-        maximum = std::max(maximum, x);
-    });
+    for (size_t level = 0; level < values.size(); ++level)
+        if (histogram.levels()[level] > 0) {
+            minimum = std::min(minimum, values[level]);
+            maximum = std::max(maximum, values[level]);
+        }
     if (!std::isfinite(maximum))
         return refusal("The values are too large for a picture.");
+    constexpr double largest = 65535;
+    std::vector<uint16_t> table(values.size());
+    if (minimum < maximum)
+        for (size_t level = 0; level < values.size(); ++level)
+            if (histogram.levels()[level] > 0)
+                table[level] = static_cast<uint16_t>(values[level] == maximum
+                                                         ? largest
+                                                         : (values[level] - minimum) * largest /
+                                                               (maximum - minimum));
+    Image made;
+    kestu_img_t &picture = image.record.bits[0] == 16 ? image.record : made.record;
+    if (&picture == &made.record)
+        if (kestu_error_t *err = make_black(picture, image.record.width, image.record.height, 16))
+            return err;
+    map_pixels(image.record, picture.data16, table);
+    picture.photometric = 0;
     said =
         text("%s: levels 0 to %d stand for %.6g to %.6g\n", printable(options.out.c_str()).c_str(),
              minimum < maximum ? 65535 : 0, minimum, maximum);
-    return write_new_file(options.out, [&](const char *partial) {
-        return kestu_img_darr_to_tiff(partial, values.rows, values.height, values.width);
-    });
+    return write_new_file(
+        options.out, [&](const char *partial) { return kestu_img_write_tiff(partial, &picture); });
 }
 
-kestu_error_t *write_mask(Matrix &values, const ConversionOptions &options, std::string &said) {
-    Image mask;
-    if (kestu_error_t *err = make_black(mask.record, values.width, values.height, 8))
+kestu_error_t *write_mask(Image &image, const Values &values, const ConversionOptions &options,
+                          std::string &said) {
+    Histogram histogram;
+    if (kestu_error_t *err = histogram.measure(image.record))
         return err;
+    const auto pixels = static_cast<unsigned long long>(image.record.height) *
+                        static_cast<unsigned long long>(image.record.width);
     unsigned long long bright = 0;
-    values.for_each([&](double x, int r, int c) {
-        mask.record.data8[r][c] = x > 0 ? 255 : 0;
-        bright += x > 0;
-    });
-    said =
-        text("%s: %'llu of %'llu pixels are data\n", printable(options.out.c_str()).c_str(), bright,
-             static_cast<unsigned long long>(values.height) *
-                 static_cast<unsigned long long>(values.width));
-    return write_new_file(options.out, [&](const char *partial) {
-        return kestu_img_write_tiff(partial, &mask.record);
-    });
+    std::vector<uint8_t> table(values.size());
+    for (size_t level = 0; level < values.size(); ++level)
+        if (values[level] > 0) {
+            table[level] = 255;
+            bright += histogram.levels()[level];
+        }
+    Image made;
+    kestu_img_t &picture = image.record.bits[0] == 8 ? image.record : made.record;
+    if (&picture == &made.record)
+        if (kestu_error_t *err = make_black(picture, image.record.width, image.record.height, 8))
+            return err;
+    map_pixels(image.record, picture.data8, table);
+    picture.photometric = 1;
+    said = text("%s: %'llu of %'llu pixels are data\n", printable(options.out.c_str()).c_str(),
+                bright, pixels);
+    return write_new_file(
+        options.out, [&](const char *partial) { return kestu_img_write_tiff(partial, &picture); });
 }
 
 struct Conversion {
     const char *name;
     const char *description;
-    kestu_error_t *(*convert)(const kestu_img_t &image, Matrix &values,
+    kestu_error_t *(*convert)(const kestu_img_t &levels, Values &values,
                               const ConversionOptions &options);
-    kestu_error_t *(*write)(Matrix &values, const ConversionOptions &options, std::string &said);
+    kestu_error_t *(*write)(Image &image, const Values &values, const ConversionOptions &options,
+                            std::string &said);
 };
 
 constexpr Conversion density = {"density", "Write the optical density of each pixel", to_density,
@@ -119,29 +153,37 @@ constexpr Conversion fuji = {"fuji", "Write the relative intensity of an imaging
 constexpr Conversion mask = {"mask", "Write white for data and black for the dark end of the range",
                              to_mask, write_mask};
 
-// Memory is asked for when an image without rows is found to be good.
-kestu_error_t *check(const Conversion &conversion, kestu_img_t image,
-                     const ConversionOptions &options) {
-    image.height = 0;
-    Matrix none(image);
-    return conversion.convert(image, none, options);
+// Converts an image of one row that has every level once.
+kestu_error_t *convert_levels(const Conversion &conversion, const kestu_img_t &image,
+                              const ConversionOptions &options, Values &values) {
+    values.resize(image.bits[0] == 8 ? 256 : 65536);
+    std::vector<uint8_t> samples8(values.size());
+    std::vector<uint16_t> samples16(values.size());
+    std::iota(samples8.begin(), samples8.end(), uint8_t{0});
+    std::iota(samples16.begin(), samples16.end(), uint16_t{0});
+    uint8_t *row8 = samples8.data();
+    uint16_t *row16 = samples16.data();
+    kestu_img_t levels = image;
+    levels.width = static_cast<int32_t>(values.size());
+    levels.height = 1;
+    levels.data8 = &row8;
+    levels.data16 = &row16;
+    return conversion.convert(levels, values, options);
 }
 
 void run(const Conversion &conversion, const ConversionOptions &options, Outcome &outcome) {
     Progress progress(std::string("kestu image ") + conversion.name, 3);
     Image image;
-    const kestu_img_t &record = image.record;
-    if (!progress.ok(kestu_img_read(options.path.c_str(), &image.record), options.path, outcome) ||
-        !progress.ok(check(conversion, record, options), options.path, outcome))
+    Values values;
+    if (!progress.ok(kestu_img_read(options.path.c_str(), &image.record), options.path, outcome))
         return;
     progress.advance();
-    Matrix values(record);
-    if (!progress.ok(values.allocate(), options.path, outcome) ||
-        !progress.ok(conversion.convert(record, values, options), options.path, outcome))
+    if (!progress.ok(convert_levels(conversion, image.record, options, values), options.path,
+                     outcome))
         return;
     progress.advance();
     std::string said;
-    if (progress.ok(conversion.write(values, options, said), options.out, outcome))
+    if (progress.ok(conversion.write(image, values, options, said), options.out, outcome))
         progress.aside([&] { print(said); });
 }
 
