@@ -1,20 +1,13 @@
 // The parameter parser beside a plain one that goes character by character, on any lines.
-#include "kestu_lib.h"
+#include "fuzz/check.hpp"
 #include "kestu_prsd.h"
 #include "kestu_str.h"
 
-#include <cstdint>
-#include <cstdlib>
-#include <cstring>
-#include <string>
 #include <vector>
 
-namespace {
+using namespace kestu::fuzz;
 
-void require(bool condition) {
-    if (!condition)
-        std::abort();
-}
+namespace {
 
 struct PlainParser {
     std::string separators;
@@ -54,18 +47,12 @@ struct PlainParser {
     }
 };
 
-bool converts(kestu_error_t *refusal) {
-    const bool converts = !refusal;
-    kestu_error_clear(refusal);
-    return converts;
-}
-
 void check(const kestu_prsd_param_t &param, const std::string &text) {
     int i = 0;
     double d = 0.0;
-    if (converts(kestu_str_to_integer(text.c_str(), &i))) {
+    if (succeeded(kestu_str_to_integer(text.c_str(), &i))) {
         require(param.type == KESTU_PRSD_INT && param.i == i);
-    } else if (converts(kestu_str_to_double(text.c_str(), &d))) {
+    } else if (succeeded(kestu_str_to_double(text.c_str(), &d))) {
         require(param.type == KESTU_PRSD_DOUBLE && std::memcmp(&param.d, &d, sizeof d) == 0);
     } else {
         require(param.type == KESTU_PRSD_STRING && param.s == text);
@@ -94,8 +81,7 @@ void parse(const std::vector<std::string> &lines) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
-    static const bool started = kestu_initialize() == KESTU_INIT_OK;
-    require(started);
+    start_library();
     std::vector<std::string> lines(1);
     for (size_t i = 0; i < size; ++i) {
         if (data[i] == '\n')
