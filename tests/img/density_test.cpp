@@ -4,7 +4,6 @@
 #include "picture.hpp"
 #include "support/chain.hpp"
 
-#include <cerrno>
 #include <cmath>
 #include <functional>
 #include <limits>
@@ -78,21 +77,6 @@ TEST(Density, EveryPixelIsWhatTheFormulaGives) {
         expect_formula<uint16_t>(measure, 130, 1100);
         expect_formula<uint16_t>(measure, 2050, 65);
     }
-}
-
-TEST(Density, KnownValues) {
-    Picture<uint8_t> picture({{0, 128, 255}});
-    picture.img.photometric = 0;
-    Matrix out(1, 3);
-    ASSERT_OK(kestu_img_calc_density(&picture.img, out.rows.data(), 9));
-    EXPECT_THAT(out.values[0], testing::ElementsAre(0.0, std::log10(255.0 / 127.0), 9.0));
-    ASSERT_OK(kestu_img_calc_fujiri(&picture.img, out.rows.data(), 100, 4000, 5));
-    EXPECT_DOUBLE_EQ(out.values[0][0], std::pow(10, -2.5));
-    EXPECT_DOUBLE_EQ(out.values[0][2], std::pow(10, 2.5));
-    errno = EXDEV;
-    ASSERT_OK(kestu_img_calc_fujiri(&picture.img, out.rows.data(), 100, 4000, 1e6));
-    EXPECT_EQ(errno, EXDEV);
-    EXPECT_EQ(out.values[0][2], std::numeric_limits<double>::infinity());
 }
 
 TEST(Density, OtherImagesAreRefusedAndEmptyOnesLeftAlone) {

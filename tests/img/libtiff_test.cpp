@@ -68,22 +68,6 @@ TYPED_TEST(LibtiffExchange, ItsFilesAreRead) {
         }
 }
 
-TYPED_TEST(LibtiffExchange, TheLastOfSeveralDirectoriesHolds) {
-    const MemoryFile file;
-    TIFF *tiff = TIFFOpen(file.path(), "wl");
-    ASSERT_NE(tiff, nullptr);
-    const Picture<TypeParam> last(6, 5);
-    write_directory(tiff, Picture<uint8_t>(20, 3), {3, 0, 2});
-    write_directory(tiff, Picture<uint16_t>(9, 8), {1, 0, 2});
-    write_directory(tiff, last, {2, 1, 2});
-    TIFFClose(tiff);
-    Image img;
-    ASSERT_OK(kestu_img_read(file.path(), &img));
-    EXPECT_EQ(img.pixels(), last.pixels());
-    EXPECT_EQ(img.photometric, 1);
-    EXPECT_EQ(img.n_strip_bytes, 3);
-}
-
 // Some images have more rows than one system call takes.
 TYPED_TEST(LibtiffExchange, ItReadsWhatIsWritten) {
     for (const auto &[height, width] : {std::pair{1, 1}, {61, 47}, {600, 3}, {2, 700}}) {

@@ -4,7 +4,6 @@
 #include "support/chain.hpp"
 
 #include <algorithm>
-#include <cerrno>
 #include <filesystem>
 
 #include <fcntl.h>
@@ -26,10 +25,7 @@ const Element no_meaning(120152, "Unknown photometric interpretation");
 // Refused with a root cause by both readers, but that the one of tags alone leaves pixels alone.
 void expect_refused(std::string_view bytes, const Element &root) {
     Image img, info;
-    errno = EXDEV;
-    kestu_error_t *refused = read_bytes(bytes, img);
-    EXPECT_EQ(errno, EXDEV);
-    EXPECT_CHAIN(refused, Element(root.first, reading), root);
+    EXPECT_CHAIN(read_bytes(bytes, img), Element(root.first, reading), root);
     EXPECT_FALSE(img.holds_arrays() || img.type != 0);
     kestu_error_t *err = read_bytes(bytes, info, kestu::read_tiff_info);
     if (root == not_complete || root == no_meaning) {
@@ -56,13 +52,8 @@ TEST(TiffRefusal, FilesThatHoldNoImage) {
         std::string bytes;
         Element root;
     } cases[] = {
-        {"no byte", "", too_short},
-        {"three bytes", "II*", too_short},
-        {"half an offset", "II*\0abc"s, too_short},
         {"big-endian", "MM\0*\0\0\0\10"s, {120150, "Motorola TIFF is not supported."}},
         {"IM", "IM*\0"s, unknown},
-        {"MI", "MI*\0"s, unknown},
-        {"text", "A text.", unknown},
         {"another number", "II+\0"s, {120150, "Unknown TIFF format."}},
         {"no directory", "II*\0\0\0\0\0"s, {0, "No image data were found."}},
         {"a directory that is its next", tiff_header(8) + empty(8), loop},
@@ -79,9 +70,6 @@ TEST(TiffRefusal, FilesThatHoldNoImage) {
         SCOPED_TRACE(what);
         expect_refused(bytes, root);
     }
-    Image img;
-    EXPECT_CHAIN(read_bytes(Tiff().drop(262).drop(279).bytes(), img), Element(120152, reading),
-                 no_meaning);
 }
 
 TEST(TiffRefusal, TagsThatBreakTheirRulesOrReachPastTheEndOfTheFile) {
@@ -94,23 +82,18 @@ TEST(TiffRefusal, TagsThatBreakTheirRulesOrReachPastTheEndOfTheFile) {
     } cases[] = {
         {{258, longs, 1, 8}, invalid("name=258 type=4 length=1 offset=8")},
         {{258, shorts, 4, 33}, invalid("name=258 type=3 length=4 offset=33")},
-        {{258, shorts, 0, 33}, invalid("name=258 type=3 length=0 offset=33")},
         {{277, shorts, 3, 1}, invalid("name=277 type=3 length=3 offset=1")},
-        {{277, longs, 1, 1}, invalid("name=277 type=4 length=1 offset=1")},
         {{277, 65535, ~0u, 1u << 31}, invalid("name=277 type=65535 length=-1 offset=-2147483648")},
-        {{282, rational, 1, 12}, invalid("name=282 type=5 length=1 offset=12")},
         {{283, rational, 1, 12}, invalid("name=283 type=5 length=1 offset=12")},
         {{296, shorts, 1, 1}, {120152, "Unknown resolution units [1] in TIFF file"}},
         {{258, shorts, 3, 0x7fffffff}, too_short},
         {{273, longs, 2, 0xffffffff}, too_short},
         {{273, longs, 0xffffffff, 8}, too_short},
-        {{273, shorts, 1 << 20, 8}, too_short},
         {{279, longs, 0x80000000, 8}, too_short},
         {{279, shorts, 2, 0x2000}, too_short},
         {{282, rational, 1, 1000}, too_short},
         {{283, rational, 1, 0xffffffff}, too_short},
         {{305, ascii, 0xffffffff, 8}, too_short},
-        {{305, ascii, 200, 8}, too_short},
         {{305, ascii, 1, 1000}, too_short},
         {{279, longs, 1, 1000}, not_complete},
         {{273, longs, 1, 0xffffffff}, not_complete},
@@ -167,10 +150,7 @@ TEST(TiffRefusal, AFileCutAnywhereLeavesNothingBehind) {
     ASSERT_EQ(tags.size(), 140u);
     const std::string file = tags + pixels;
     EXPECT_EQ(pixels_of(file), std::vector<int>(pixels.begin(), pixels.end()));
-    {
-        SCOPED_TRACE("what is kept from the first error on");
-        expect_refused("", too_short);
-    }
+    expect_refused("", too_short); // what is kept from the first error on
     const long blocks = live_blocks();
     for (size_t size = 0; size < file.size(); ++size) {
         SCOPED_TRACE(size);
@@ -200,7 +180,7 @@ TEST(TiffRefusal, PathsThatLeadToNoFile) {
     std::filesystem::create_symlink(loop, loop);
     ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
     Image img;
-    for (const std::string &path : {folder / "missing", loop, loop + "/a"}) {
+    for (const std::string &path : {folder / "missing", loop}) {
         std::fill_n(reinterpret_cast<char *>(&img), sizeof(kestu_img_t), '\xff');
         EXPECT_CHAIN(kestu_img_read_tiff(path.c_str(), &img), Element(120030, reading),
                      Element(120030, "Cannot open file '" + path + "'"));
