@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <sstream>
 
 using namespace kestu::test;
 using machines::Replay;
@@ -20,34 +21,28 @@ using testing::ElementsAre;
 namespace {
 
 std::string summary(const kestu_cpu_t &cpu) {
-    std::string text = std::to_string(cpu.package_count) + "/" + std::to_string(cpu.core_count) +
-                       "/" + std::to_string(cpu.thread_count);
+    std::ostringstream text;
+    text << cpu.package_count << '/' << cpu.core_count << '/' << cpu.thread_count;
     for (uint32_t i = 0; i < cpu.cache_count; ++i) {
         const kestu_cpu_cache_t &cache = cpu.caches[i];
-        text += std::string(" ") + std::to_string(cache.count) + "x" + cache.label + ":" +
-                std::to_string(cache.size_kb) + "/" + std::to_string(cache.line) + "/" +
-                std::to_string(cache.ways) + "/" + std::to_string(cache.sets) + "@" +
-                std::to_string(cache.shared_by);
+        text << ' ' << cache.count << 'x' << cache.label << ':' << cache.size_kb << '/'
+             << cache.line << '/' << cache.ways << '/' << cache.sets << '@' << cache.shared_by;
     }
-    return text;
+    return text.str();
 }
 
-// The places of a machine: "package.core.thread" of each processor.
-std::vector<std::string> places(const kestu_cpu_t &cpu) {
-    std::vector<std::string> all;
+// The places of a machine: "identifier:package.core.thread" of each processor.
+std::string places(const kestu_cpu_t &cpu) {
+    std::ostringstream all;
     for (uint32_t i = 0; i < cpu.thread_count; ++i)
-        all.push_back(std::to_string(cpu.processors[i].package) + "." +
-                      std::to_string(cpu.processors[i].core) + "." +
-                      std::to_string(cpu.processors[i].thread));
-    return all;
+        all << cpu.processors[i].apic_id << ':' << cpu.processors[i].package << '.'
+            << cpu.processors[i].core << '.' << cpu.processors[i].thread << ' ';
+    return all.str();
 }
 
 kestu_error_t *detect(const RecordedMachine &machine, kestu_cpu_t &cpu) {
     const Replay replay(machine);
-    errno = EXDEV;
-    kestu_error_t *err = kestu_cpu_detect(&cpu, kestu_pool);
-    EXPECT_TRUE(errno == EXDEV || err);
-    return err;
+    return kestu_cpu_detect(&cpu, kestu_pool);
 }
 
 // Machines whose processors tell no brand of their own are named in the tests of names.
@@ -125,7 +120,7 @@ TEST(CpuTopology, RecordedMachinesAreUnderstood) {
     }
 }
 
-TEST(CpuTopology, OtherVendorsGetOnlyTheNames) {
+TEST(CpuTopology, WhatIsNotToldIsLeftAsItWas) {
     const auto cpu = new_record();
     std::memset(cpu.get(), 0x5A, sizeof *cpu);
     const auto before = std::make_unique<kestu_cpu_t>(*cpu);
@@ -136,10 +131,6 @@ TEST(CpuTopology, OtherVendorsGetOnlyTheNames) {
     EXPECT_EQ(std::memcmp(reinterpret_cast<char *>(cpu.get()) + names,
                           reinterpret_cast<char *>(before.get()) + names, sizeof *cpu - names),
               0);
-}
-
-TEST(CpuTopology, ANameThatIsNotThereLeavesTheOldOne) {
-    const auto cpu = new_record();
     std::strcpy(cpu->name, "as it was");
     ASSERT_OK(detect(load_machine("amd-k5"), *cpu));
     EXPECT_STREQ(cpu->name, "as it was");
@@ -148,11 +139,8 @@ TEST(CpuTopology, ANameThatIsNotThereLeavesTheOldOne) {
 TEST(CpuTopology, EveryProcessorHasItsPlaceAndCaches) {
     const auto cpu = new_record();
     ASSERT_OK(detect(load_machine("intel-hybrid"), *cpu));
-    EXPECT_THAT(places(*cpu), ElementsAre("0.0.0", "0.0.1", "0.4.0", "0.5.0", "0.6.0", "0.7.0"));
     const kestu_cpu_processor_t &fast = cpu->processors[1];
     const kestu_cpu_processor_t &slow = cpu->processors[5];
-    EXPECT_EQ(fast.apic_id, 1u);
-    EXPECT_EQ(slow.apic_id, 14u);
     EXPECT_EQ(fast.cache[2], cpu->processors[0].cache[2]);
     EXPECT_EQ(fast.cache[4], KESTU_CPU_NO_CACHE) << "a kind of the slow cores";
     EXPECT_EQ(slow.cache[2], KESTU_CPU_NO_CACHE);
@@ -167,60 +155,43 @@ TEST(CpuTopology, EveryProcessorHasItsPlaceAndCaches) {
     EXPECT_EQ(cpu->id.initial_apic_id, 0u) << "the record identifies the first processor";
 }
 
-TEST(CpuTopology, IdentifiersMayBeWiderThanEightBits) {
-    for (const char *name : {"intel-xeon-two-packages", "amd-zen-two-packages"}) {
+// Identifiers may be wider than eight bits or moved by the firmware; where there are none, packages
+// are told apart by index.
+TEST(CpuTopology, ProcessorsAreToldApart) {
+    const std::pair<const char *, const char *> machines[] = {
+        {"intel-hybrid", "0:0.0.0 1:0.0.1 8:0.4.0 10:0.5.0 12:0.6.0 14:0.7.0 "},
+        {"amd-modules", "0:0.0.0 1:0.1.0 2:0.2.0 3:0.3.0 "},
+        {"intel-pentium3-pair", "0:0.0.0 0:1.0.0 "},
+        {"amd-athlon-mp-pair", "0:0.0.0 0:1.0.0 "},
+        {"intel-xeon-two-packages",
+         "64:2.0.0 65:2.0.1 66:2.1.0 67:2.1.1 320:10.0.0 321:10.0.1 322:10.1.0 323:10.1.1 "},
+        {"amd-zen-two-packages",
+         "0:0.0.0 1:0.0.1 2:0.1.0 3:0.1.1 256:1.0.0 257:1.0.1 258:1.1.0 259:1.1.1 "}};
+    for (const auto &[name, expected] : machines) {
         const auto cpu = new_record();
         ASSERT_OK(detect(load_machine(name), *cpu));
-        EXPECT_GT(cpu->processors[7].apic_id, 255u);
-        EXPECT_EQ(cpu->processors[7].thread, 1u);
-        EXPECT_NE(cpu->processors[7].package, cpu->processors[3].package);
-    }
-}
-
-TEST(CpuTopology, FirmwareThatMovesIdentifiersKeepsTheInitialOnes) {
-    const auto cpu = new_record();
-    ASSERT_OK(detect(load_machine("amd-modules"), *cpu));
-    EXPECT_EQ(cpu->processors[3].apic_id, 3u);
-    EXPECT_THAT(places(*cpu), ElementsAre("0.0.0", "0.1.0", "0.2.0", "0.3.0"));
-}
-
-TEST(CpuTopology, ProcessorsOlderThanTheIdentifierAreToldApartByIndex) {
-    for (const char *name : {"intel-pentium3-pair", "amd-athlon-mp-pair"}) {
-        const auto cpu = new_record();
-        ASSERT_OK(detect(load_machine(name), *cpu));
-        EXPECT_THAT(places(*cpu), ElementsAre("0.0.0", "1.0.0"));
-        EXPECT_EQ(cpu->processors[1].apic_id, 0u);
+        EXPECT_EQ(places(*cpu), expected) << name;
     }
 }
 
 TEST(CpuTopology, WithoutDescriptionsFourLevelsAreAssumed) {
     const auto cpu = new_record();
     ASSERT_OK(detect(load_machine("intel-pentium4-hyperthreading"), *cpu));
-    for (int level = 0; level < 4; ++level) {
-        EXPECT_EQ(cpu->id.intel.cache_mask[level], 1u);
-        EXPECT_EQ(cpu->id.intel.cache_mask_width[level], 1u);
-        EXPECT_EQ(cpu->processors[0].cache[level], 0u);
-        EXPECT_EQ(cpu->processors[1].cache[level], 0u);
-    }
+    EXPECT_THAT(cpu->id.intel.cache_mask, ElementsAre(1, 1, 1, 1));
+    EXPECT_THAT(cpu->id.intel.cache_mask_width, ElementsAre(1, 1, 1, 1));
+    EXPECT_EQ(cpu->processors[1].cache[3], 0u);
     EXPECT_EQ(cpu->processors[1].cache[4], KESTU_CPU_NO_CACHE);
 }
 
-TEST(CpuTopology, AHundredAndTwentyEightProcessorsAreCounted) {
-    RecordedMachine machine = server(128);
+TEST(CpuTopology, AsManyProcessorsAsTheRecordHolds) {
+    RecordedMachine machine = server(1024);
     std::reverse(machine.begin(), machine.end());
     const auto cpu = new_record();
     ASSERT_OK(detect(machine, *cpu));
-    EXPECT_EQ(summary(*cpu), "1/64/128 64xL1d:48/64/12/64@2 1xL3:49152/64/12/65536@128");
-    EXPECT_EQ(cpu->processors[0].index, 0u);
-    EXPECT_EQ(cpu->processors[0].apic_id, 127u);
-    EXPECT_EQ(cpu->cores[63].core, 63u) << "cores stand in the order of their identifiers";
-    EXPECT_EQ(cpu->os_sse, 1);
-}
-
-TEST(CpuTopology, AsManyProcessorsAsTheRecordHolds) {
-    const auto cpu = new_record();
-    ASSERT_OK(detect(server(1024), *cpu));
     EXPECT_EQ(summary(*cpu), "8/512/1024 512xL1d:48/64/12/64@2 8xL3:49152/64/12/65536@128");
+    EXPECT_EQ(cpu->processors[0].index, 0u);
+    EXPECT_EQ(cpu->processors[0].apic_id, 1023u);
+    EXPECT_EQ(cpu->cores[63].core, 63u) << "cores stand in the order of their identifiers";
     EXPECT_CHAIN(detect(server(1025), *cpu), Element(120175, cannot),
                  Element(120175, "Intel CPU topology detection error 1."));
 }
