@@ -1,6 +1,9 @@
 // Objects and signals: emission to 1, 10 and 1000 slots, each for an object of its own; connecting
-// and disconnecting, with the hidden slots that tie lives; creating and destroying. Beside GObject,
-// libsigc++ and boost.signals2, and a bare loop over function pointers.
+// and disconnecting, with the hidden slots that tie lives; creating and destroying; large families.
+// Beside GObject, libsigc++ and boost.signals2, a bare loop over function pointers, and APR's pools
+// without objects.
+#include "in_child.hpp"
+
 #include "kestu_lib.h"
 #include "kestu_objsig.h"
 
@@ -162,6 +165,63 @@ void create_gobject(benchmark::State &state) {
     }
 }
 
+constexpr size_t depth = 100'000;
+constexpr size_t width = 1'000'000;
+
+kestu_obj_t *new_object(apr_pool_t *pool) {
+    kestu_obj_t *obj = nullptr;
+    kestu_error_clear(kestu_obj_create(&obj, nullptr, pool));
+    return obj;
+}
+
+// Destroying a chain of objects, each in the pool of its parent.
+double chain_ours() {
+    kestu_obj_t *top = new_object(kestu_pool), *last = top;
+    for (size_t i = 1; i < depth; ++i) {
+        kestu_obj_t *child = new_object(kestu_obj_get_pool(last));
+        kestu_error_clear(kestu_obj_addc(last, child));
+        last = child;
+    }
+    return seconds_for([&] { kestu_obj_destroy(top); });
+}
+
+double chain_of_pools() {
+    apr_pool_t *top = nullptr, *last = nullptr;
+    apr_pool_create_ex(&top, kestu_pool, nullptr, nullptr);
+    last = top;
+    for (size_t i = 1; i < depth; ++i)
+        apr_pool_create_ex(&last, last, nullptr, nullptr);
+    return seconds_for([&] { apr_pool_destroy(top); });
+}
+
+// Adding children to one parent, and destroying them all.
+double wide_ours() {
+    kestu_obj_t *top = new_object(kestu_pool);
+    std::vector<kestu_obj_t *> children(width);
+    for (kestu_obj_t *&child : children)
+        child = new_object(kestu_pool);
+    return seconds_for([&] {
+        for (kestu_obj_t *child : children)
+            kestu_error_clear(kestu_obj_addc(top, child));
+        kestu_obj_destroy(top);
+    });
+}
+
+double wide_of_pools() {
+    apr_pool_t *top = nullptr, *child = nullptr;
+    apr_pool_create_ex(&top, kestu_pool, nullptr, nullptr);
+    for (size_t i = 0; i < width; ++i)
+        apr_pool_create_ex(&child, top, nullptr, nullptr);
+    return seconds_for([&] { apr_pool_destroy(top); });
+}
+
+void register_family(const char *name, double (*body)()) {
+    benchmark::RegisterBenchmark(name,
+                                 [body](benchmark::State &state) { measure_in_child(state, body); })
+        ->Apply(in_children)
+        ->Iterations(1);
+}
+
 } // namespace
 
 int main(int argc, char **argv) {
@@ -179,6 +239,10 @@ int main(int argc, char **argv) {
     benchmark::RegisterBenchmark("connect and disconnect/libsigc++", connect_sigc);
     benchmark::RegisterBenchmark("create with a named child/ours", create_ours);
     benchmark::RegisterBenchmark("create with a named child/GObject", create_gobject);
+    register_family("destroy 100000 deep/ours", chain_ours);
+    register_family("destroy 100000 deep/limit (bare pools)", chain_of_pools);
+    register_family("add and destroy 1000000 wide/ours", wide_ours);
+    register_family("add and destroy 1000000 wide/limit (bare pools)", wide_of_pools);
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     kestu_terminate();

@@ -77,6 +77,13 @@ void declare_comparisons(size_t size) {
     const std::string name = "comparison of " + std::to_string(size) + " bytes/";
     measure(name + "ours", [a, b] { return kestu_str_stricmp(a.c_str(), b.c_str()); });
     measure(name + "strcasecmp", [a, b] { return strcasecmp(a.c_str(), b.c_str()); });
+    // As parts of other texts, which lie anywhere in memory.
+    const std::string part = "x" + a, other = "12345" + b;
+    const std::string parts = "comparison of parts of " + std::to_string(size) + " bytes/";
+    measure(parts + "ours",
+            [part, other] { return kestu_str_stricmp(part.c_str() + 1, other.c_str() + 5); });
+    measure(parts + "strcasecmp",
+            [part, other] { return strcasecmp(part.c_str() + 1, other.c_str() + 5); });
 }
 
 void declare_replacements() {

@@ -71,7 +71,8 @@ KESTU_API KESTU_MUST_USE kestu_error_t *kestu_dl_insert_after(kestu_dl_t *node,
  *
  * The first two take constant time; the others walk from the handle to that end of the list. Error:
  * 120012 under "Unable to add DL node.", "Unable to prepend DL object." or "Unable to append DL
- * object.", with list, handle and `out` untouched.
+ * object.", over "Can't allocate memory for dlm node." in the `dlm` forms, with list, handle and
+ * `out` untouched.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_dl_add_after(kestu_dl_t **handle, uint32_t tag,
                                                            void *data, kestu_dl_t **out,
@@ -157,8 +158,8 @@ KESTU_API void kestu_dl_destroy(kestu_dl_t **handle);
  * the next node that is still there; in the end it is null.
  *
  * kestu_dl_destroy_errfunc stops at the first error of `fn` and returns it under "Error while
- * destroy DL List."; the node of the error and those before it stay deleted, and the handle reaches
- * the rest. KestuDLlistStopWalking stops it too and is returned unchanged.
+ * destroy DL List.", KestuDLlistStopWalking too; the node of the error and those before it stay
+ * deleted, and the handle reaches the rest.
  */
 KESTU_API void kestu_dlm_destroy(kestu_dl_t **handle);
 KESTU_API void kestu_dl_destroy_func(kestu_dl_t **handle, kestu_visit_func fn, void *baton);

@@ -84,7 +84,8 @@ KESTU_API extern kestu_error_t *KestuDLlistStopWalking;
  * `type` is one of the kinds above, `code` the error code, `child` the cause or null; with a cause
  * the new error lives in the cause's pool, otherwise in a new pool of its own. `message` is copied
  * and may be null; `format` and what follows it are formatted as by kestu_str_snprintf. Of a text
- * that cannot be formatted, what was produced until then is kept.
+ * that cannot be formatted, what was produced until then is kept. No long double may be passed: the
+ * compiler accepts one under `%Lf`, but a double is fetched.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_error_create_i(int type, int code, int line,
                                                              const char *file, const char *function,
@@ -97,7 +98,8 @@ kestu_error_createf_i(int type, int code, int line, const char *file, const char
 /*
  * Errors of kind 0 and code 0 without a cause whose message is the text that APR has for `status`;
  * the second form puts the formatted text and ": " before it, and leaves the message out when
- * `format` is null. `line`, `file` and `function` are as above.
+ * `format` is null. `line`, `file` and `function` are as above. No long double may be passed: the
+ * compiler accepts one under `%Lf`, but a double is fetched.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *
 kestu_error_aprwrap_i(apr_status_t status, int line, const char *file, const char *function);

@@ -8,9 +8,10 @@
  *     kestu_obj_destroy(window);                   // and with it the button
  *
  * An object lives until kestu_obj_destroy, or until its pool, or a pool above it, is cleared or
- * destroyed; the same happens in either case. It owns its children and destroys them first. Signals
- * are in kestu_objsig.h. An object and all that it is connected with belong to one thread at a
- * time; types may be registered on many threads at once, and looked up while nobody registers.
+ * destroyed; the same happens in either case. It owns its children and destroys them first;
+ * families and pools within pools may be of any depth. Signals are in kestu_objsig.h. An object and
+ * all that it is connected with belong to one thread at a time; types may be registered on many
+ * threads at once, and looked up while nobody registers.
  */
 #ifndef KESTU_OBJ_H
 #define KESTU_OBJ_H
@@ -63,7 +64,8 @@ KESTU_API KESTU_MUST_USE kestu_error_t *kestu_obj_engine_init(apr_pool_t *pool);
 
 /*
  * Stops the object engine and forgets all types and signal types; codes are not handed out again.
- * Objects have to be destroyed before. It may be started again. Errors are APR's under "Cannot
+ * Objects have to be destroyed before. It may be started again. The end of its pool, or of one
+ * above it, stops it too. Errors are APR's under "Cannot
  * terminate OBJECT engine correctly.", after which the rest of the engine stays.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_obj_engine_terminate(void);
@@ -81,7 +83,7 @@ kestu_objtype_register(uint32_t *code, kestu_strlist_t *names, kestu_objtype_cre
 /* Whether any of `names` belongs to a registered type: not 0 when one does. */
 KESTU_API int32_t kestu_objtype_is_names_exist(kestu_strlist_t *names);
 
-/* The code of the first registered type with that `name`, or 0. */
+/* The code of the first registered type with that `name`, or 0; `name` may be null. */
 KESTU_API uint32_t kestu_objtype_query_typecode(const char *name);
 
 /*
@@ -98,6 +100,10 @@ KESTU_API KESTU_MUST_USE kestu_error_t *kestu_objtype_create_object(const char *
  * Creates an object with a copy of `name`, which may be null, in a new child of `pool` and stores
  * it through `out`. Errors, under "Cannot create object.", are those of APR and of allocation; the
  * object stored may then be half made, and goes with `pool`.
+ *
+ * Slots and cleanups may make objects in the pool of an object that is being destroyed: they end
+ * with that pool. When it is ending already and its object is dead, nothing can be made there any
+ * more, nor in the pool of what was made so late; the error is APR_ENOPOOL's.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_obj_create(kestu_obj_t **out, const char *name,
                                                          apr_pool_t *pool);
@@ -107,19 +113,26 @@ KESTU_API KESTU_MUST_USE kestu_error_t *kestu_obj_create(kestu_obj_t **out, cons
  * its children in their order; leaves its parent; drops its signals, so that everything connected
  * with it forgets it; destroys its pool. All that may be called from slots and cleanups, on this or
  * any other object: an object that is being destroyed is not destroyed twice.
+ *
+ * A pool in which something is just being destroyed waits until the outermost destruction on this
+ * thread has ended. After one by APR, by the end of a pool, it waits on and goes with the next
+ * object that is destroyed.
  */
 KESTU_API void kestu_obj_destroy(kestu_obj_t *obj);
 
 /* kestu_obj_destroy for `obj` in the shape of a callback; `tag` and `baton` are not used. */
 KESTU_API void kestu_obj_destroy_callback(uint32_t tag, void *obj, void *baton);
 
-/* All of kestu_obj_destroy for `obj` but its pool: the cleanup of every object's pool. */
+/*
+ * All of kestu_obj_destroy for `obj` but its pool: the cleanup of every object's pool. When it is
+ * called by hand, kestu_obj_destroy still has to destroy the pool.
+ */
 KESTU_API apr_status_t kestu_obj_cleanup(void *obj);
 
 /*
  * What an object carries; `obj` must not be null, and setting returns null. A name is copied into
- * the object's pool; a child keeps the `name` that it was added under. `type` is a code, `data` the
- * user's.
+ * the object's pool; without memory for the copy it stays as it was. A child keeps the `name` that
+ * it was added under. `type` is a code, `data` the user's.
  */
 KESTU_API kestu_error_t *kestu_obj_set_name(kestu_obj_t *obj, const char *name);
 KESTU_API kestu_error_t *kestu_obj_set_type(kestu_obj_t *obj, uint32_t type);
@@ -136,7 +149,7 @@ KESTU_API apr_pool_t *kestu_obj_get_pool(kestu_obj_t *obj);
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_obj_addc(kestu_obj_t *parent, kestu_obj_t *child);
 
-/* The child of `parent` that was added under `name`, or null. */
+/* The child of `parent` that was added under `name`, or null; `name` may be null. */
 KESTU_API kestu_obj_t *kestu_obj_getc(kestu_obj_t *parent, const char *name);
 
 /*
@@ -159,6 +172,8 @@ KESTU_API kestu_obj_t *kestu_obj_removec_func(kestu_obj_t *parent, kestu_int_fun
  * Calls `pre` and then `post` (either may be null) with `baton` for the children of `obj`, given a
  * child's type and the child; and around them all, with 0 and null, for the node above them. The
  * first result that is not null ends the walk and is returned under "Cannot walk objects childs".
+ * `post` may destroy or remove the child that it is given; beyond that no child may go meanwhile,
+ * nor `obj`.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_obj_child_walk_err_first(kestu_obj_t *obj,
                                                                        kestu_err_func pre,

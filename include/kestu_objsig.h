@@ -83,7 +83,11 @@ KESTU_API extern UT_icd osig_icd;
 KESTU_API extern UT_icd oslot_icd;
 KESTU_API extern UT_icd osigact_icd;
 
-/* Releases what the signal `osig`, a kestu_osig_t, holds: the destructor of osig_icd. */
+/*
+ * Releases what the signal `osig`, a kestu_osig_t, holds: the destructor of osig_icd. The entries
+ * of a signal that a program has built itself are given to kestu_mem_free, their slots to
+ * utarray_free.
+ */
 KESTU_API void osig_dtor(void *osig);
 
 /*
@@ -102,7 +106,7 @@ KESTU_API KESTU_MUST_USE kestu_error_t *kestu_objsig_register(uint32_t *code, co
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_objsig_deregister(uint32_t code);
 
-/* The code of the signal type called `name`, or 0. */
+/* The code of the signal type called `name`, or 0; `name` may be null. */
 KESTU_API uint32_t kestu_objsig_query_type(const char *name);
 
 /*
@@ -152,7 +156,10 @@ KESTU_API void kestu_obj_disconnect(kestu_obj_t *source, uint32_t code, kestu_ob
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_obj_emit_signal(kestu_obj_t *obj, uint32_t code,
                                                               void *argument);
 
-/* Writes the signals of `obj`, their destinations and slots to `stream`, for people. */
+/*
+ * Writes the signals of `obj`, their destinations and slots to `stream`, for people. A destination
+ * that has died since the emission of its signal began is printed without its name.
+ */
 KESTU_API void kestu_obj_print_signals(kestu_obj_t *obj, FILE *stream);
 
 KESTU_END_DECLS

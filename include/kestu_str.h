@@ -71,12 +71,16 @@ KESTU_API char *kestu_str_trim(char *s);
 KESTU_API char *kestu_str_replace_all(const char *s, const char *from, const char *to);
 KESTU_API char *kestu_str_replace(const char *s, const char *from, const char *to);
 
-/* Replaces every byte `from` in `s` by `to`, in place, and returns `s`. */
+/*
+ * Replaces every byte `from` in `s` by `to`, in place, and returns `s`. With a `to` of 0 the text
+ * ends at the first byte replaced, and what stands behind it stays as it is.
+ */
 KESTU_API char *kestu_str_replace_char(char *s, char from, char to);
 
 /*
  * Formatting: into `buf` of `size` bytes, or into a new string stored through `ret`. Results and
  * failures are those of rpl_vsnprintf and rpl_vasprintf (kestu_format.h) for `format` and `args`.
+ * No long double may be passed: the compiler accepts one under `%Lf`, but a double is fetched.
  */
 KESTU_API int kestu_str_snprintf(char *buf, size_t size, const char *format, ...)
     KESTU_PRINTF(3, 4);
@@ -85,7 +89,8 @@ KESTU_API int kestu_str_vasprintf(char **ret, const char *format, va_list args) 
 
 /*
  * Formats `format` with `args`, or with the arguments that follow, into a string that lives in
- * `pool`. Null when the text cannot be formatted or no memory is left.
+ * `pool`. Null when the text cannot be formatted or no memory is left. No long double may be
+ * passed: the compiler accepts one under `%Lf`, but a double is fetched.
  */
 KESTU_API char *kestu_str_psprintf(apr_pool_t *pool, const char *format, ...) KESTU_PRINTF(2, 3);
 KESTU_API char *kestu_str_pvsprintf(apr_pool_t *pool, const char *format, va_list args)

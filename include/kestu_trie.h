@@ -14,8 +14,14 @@
  * with one comparison. Tries of the `trie` functions live in a pool and go with it; those of the
  * `triem` functions come from the system's allocator, which gets back at once what is deleted. Keys
  * are copied, values are never looked at nor freed. Keys may be of any length: nothing here
- * recurses, save a walk that gets no memory for its way back. Any number of threads may search and
- * walk a trie that nobody changes.
+ * recurses. Any number of threads may search and walk a trie that nobody changes.
+ *
+ * A caller may change the records: insertions, deletions and walks go by what they say. So do
+ * searches, but within a beginning of 16 bytes or more that keys share they may see a changed type
+ * or link only after the next insertion or deletion of a key with that beginning; what a caller
+ * takes out there stays in memory until then. Nodes that a caller puts into a trie of the `triem`
+ * functions come from kestu_mem_malloc, and are freed like its own; so is a leaf's key that he
+ * replaces by a block of its own.
  *
  * In all functions `trie` is the handle, `key` points to the `length` bytes of a key and may be
  * null when there are none, and `baton` is handed through to the callback `fn`.
@@ -101,6 +107,8 @@ KESTU_API void kestu_triem_delete(kestu_trie_t *trie, const void *key, size_t le
  * Calls `fn` for every entry, or for every entry below `node`, which may be null. A key comes
  * before those that it begins; otherwise the order is that of the first differing half-byte, low
  * halves before high halves, and so not that of bytes. `fn` may search the trie but not change it.
+ * Only where no memory is left for the way back, and keys branch off at more than 64 depths of it,
+ * a walk needs the keys in the leaves as they were inserted, and may else end early.
  */
 KESTU_API void kestu_trie_walk(const kestu_trie_t *trie, kestu_trie_func fn, void *baton);
 KESTU_API void traverse_node(const kestu_trie_node_t *node, kestu_trie_func fn, void *baton);

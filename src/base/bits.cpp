@@ -15,9 +15,9 @@ unsigned char kestu_util_bit_scan_reverse(uint32_t *index, uint64_t mask) {
     return 1;
 }
 
-// The ends of the range follow the arithmetic and not the rule (count 0 gives width 63 and 31 ones,
-// counts above 2^31 give width 32 and no ones): processor identification relies on the masks as
-// they are.
+// Kept: the ends of the range follow the arithmetic and not the rule (count 0 gives width 63 and 31
+// ones, counts above 2^31 give width 32 and no ones). Relied on by: the identification of
+// processors.
 uint32_t kestu_util_create_mask(uint32_t count, uint32_t *width) {
     uint32_t top = 0;
     const bool found = kestu_util_bit_scan_reverse(&top, uint64_t{count} * 2 - 1) != 0;

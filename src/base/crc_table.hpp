@@ -1,7 +1,7 @@
 // CRCs by tables alone, on every processor.
 #pragma once
 
-#include "base/crc_polynomial.hpp"
+#include "base/crc_polynomial.hpp" // IWYU pragma: export
 
 namespace kestu {
 

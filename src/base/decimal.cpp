@@ -7,8 +7,9 @@
 // ties and hardly ever otherwise, the comparison with one half is made with all bits.
 #include "base/decimal.hpp"
 
+#include "base/digits.hpp"
+
 #include <algorithm>
-#include <utility>
 
 namespace kestu {
 namespace {

@@ -2,7 +2,6 @@
 // binary value as it is.
 #pragma once
 
-#include "base/digits.hpp"
 #include "base/natural.hpp"
 
 #include <cstdint>

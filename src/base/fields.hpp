@@ -6,7 +6,6 @@
 
 #include <cstdint>
 #include <cwchar>
-#include <string_view>
 
 namespace kestu {
 

@@ -146,7 +146,7 @@ void Formatter::convert_string(const Spec &spec) {
         put_string(sink_, spec, static_cast<const char *>(text));
 }
 
-// The width is ignored for characters: callers have come to lay out around that.
+// Kept: the width is ignored for characters. Relied on by: callers that lay out around it.
 void Formatter::convert_char(const Spec &spec) {
     const int c = arguments_.next_int();
     if (spec.size == ArgumentSize::as_64)

@@ -1,6 +1,8 @@
 // The digits of a number as text.
 #include "base/number_text.hpp"
 
+#include "base/digits.hpp"
+
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>

@@ -1,5 +1,7 @@
 #include "base/pool_text.hpp"
 
+#include "base/kept_errno.hpp"
+
 #include <cstring>
 
 namespace kestu {
@@ -7,6 +9,7 @@ namespace {
 
 // Room for the length of a text and its terminator.
 char *pool_bytes(apr_pool_t *pool, size_t length) {
+    const KeptErrno kept;
     return static_cast<char *>(apr_palloc(pool, length + 1));
 }
 

@@ -2,7 +2,7 @@
 #include "console/editor.hpp"
 
 #include "error/error.hpp"
-#include "mem/nodes.hpp"
+#include "mem/memory.hpp"
 
 namespace kestu {
 namespace {
@@ -47,7 +47,7 @@ const Editor::Binding Editor::bindings[] = {
 kestu_error_t *Editor::begin() {
     ctx_.hist_index = -1;
     ctx_.fresh = 1;
-    return line_.begin() ? nullptr : fail_memory(Line::first_size);
+    return line_.begin() ? nullptr : no_memory(Line::first_size);
 }
 
 Effect Editor::feed(int key) {
@@ -128,7 +128,7 @@ Effect Editor::fail_unreadable() {
 Effect Editor::insert(char character) {
     if (line_.insert(character))
         return {};
-    return {.next = Next::stop, .error = fail_memory(2 * ctx_.size)};
+    return {.next = Next::stop, .error = no_memory(2 * ctx_.size)};
 }
 
 // Kept: the line feed stands where the cursor stood, with the rest of the line behind it. Relied on

@@ -1,5 +1,6 @@
 #include "console/line.hpp"
 
+#include "base/kept_errno.hpp"
 #include "kestu_str.h"
 
 #include <algorithm>
@@ -62,6 +63,7 @@ void Line::measure() {
 } // namespace kestu
 
 void kestu_ri_readline_growbuffer(kestu_ri_t *ctx, size_t size) {
+    const kestu::KeptErrno kept_errno;
     size = std::max<size_t>(size, 1);
     auto *line = static_cast<char *>(apr_palloc(ctx->line_pool, size));
     if (!line)

@@ -2,10 +2,8 @@
 // copied once, whatever its length.
 #include "kestu_prsd.h"
 
-#include "base/pool_text.hpp"
-#include "error/error.hpp"
 #include "kestu_str.h"
-#include "mem/nodes.hpp"
+#include "mem/memory.hpp"
 
 #include <algorithm>
 #include <cctype>
@@ -23,12 +21,11 @@ kestu_error_t *make_room(kestu_prsd_t &prsd, apr_pool_t *pool) {
     const auto used = static_cast<size_t>(prsd.n);
     const size_t tens = used / entries_at_once;
     if ((tens & (tens - 1)) == 0) {
-        const size_t bytes =
-            std::max<size_t>(2 * used, entries_at_once) * sizeof(kestu_prsd_param_t);
-        auto *params = static_cast<kestu_prsd_param_t *>(apr_palloc(pool, bytes));
-        if (!params)
-            return fail_memory(bytes);
-        std::memset(params, 0, bytes);
+        const size_t entries = std::max<size_t>(2 * used, entries_at_once);
+        kestu_prsd_param_t *params = nullptr;
+        if (kestu_error_t *err = pool_make(pool, &params, entries))
+            return err;
+        std::fill_n(params, entries, kestu_prsd_param_t{});
         std::copy_n(prsd.params, used, params);
         prsd.params = params;
     }
@@ -75,9 +72,9 @@ kestu_error_t *add_parameter(kestu_prsd_t &prsd, std::string_view text, apr_pool
     if (prsd.room == 0)
         if (kestu_error_t *err = make_room(prsd, pool))
             return err;
-    char *copy = pool_copy(pool, text);
-    if (!copy)
-        return fail_memory(text.size() + 1);
+    char *copy = nullptr;
+    if (kestu_error_t *err = pool_make_text(pool, &copy, text))
+        return err;
     classify(prsd, prsd.params[prsd.n], copy);
     ++prsd.n;
     --prsd.room;

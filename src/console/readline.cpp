@@ -2,11 +2,10 @@
 #include "kestu_readline.h"
 
 #include "base/kept_errno.hpp"
-#include "base/pool_text.hpp"
 #include "console/editor.hpp"
 #include "console/terminal.hpp"
 #include "error/error.hpp"
-#include "mem/nodes.hpp"
+#include "mem/memory.hpp"
 
 #include <cerrno>
 #include <cstring>
@@ -17,24 +16,20 @@ namespace {
 
 using Next = Effect::Next;
 
-kestu_error_t *new_pool(apr_pool_t **pool, apr_pool_t *parent) {
-    const apr_status_t status = apr_pool_create_ex(pool, parent, nullptr, nullptr);
-    return status == APR_SUCCESS ? nullptr : fail_apr(status);
-}
-
 kestu_error_t *fill_context(kestu_ri_t &ctx, const char *prompt) {
-    if (prompt && !(ctx.prompt = pool_copy(ctx.pool, prompt)))
-        return fail_memory(std::strlen(prompt) + 1);
+    if (prompt)
+        if (kestu_error_t *err = pool_make_text(ctx.pool, &ctx.prompt, prompt))
+            return err;
     if (kestu_error_t *err = kestu_strlist_create(&ctx.history, ctx.pool))
         return err;
     if (!ctx.history)
-        return fail_memory(sizeof *ctx.history);
+        return no_memory(sizeof *ctx.history);
     return new_pool(&ctx.line_pool, ctx.pool);
 }
 
 kestu_error_t *make_context(kestu_ri_t **out, const char *prompt, int echo, apr_pool_t *pool) {
     kestu_ri_t *ctx = nullptr;
-    kestu_error_t *err = PoolNodes{pool}.make(&ctx);
+    kestu_error_t *err = pool_make(pool, &ctx);
     if (err)
         return err;
     *ctx = {};

@@ -1,6 +1,7 @@
 // The bit array.
 #include "kestu_bitarr.h"
 
+#include "base/kept_errno.hpp"
 #include "containers/bitarr_count.hpp"
 #include "error/error.hpp"
 #include "kestu_mem.h"
@@ -139,6 +140,7 @@ void kestu_bitarr_free(kestu_bitarr_t *ba) {
 }
 
 void kestu_bitarr_print(const kestu_bitarr_t *ba, FILE *stream) {
+    const KeptErrno kept;
     char text[4096];
     const kestu_bitarr_t &array = array_of(ba);
     for (size_t first = 0; first < array.nbits; first += sizeof text) {

@@ -34,12 +34,12 @@ class Adder {
     static constexpr size_t words_in_register = sizeof(Register) / sizeof(uint64_t);
     static constexpr size_t words_in_round = 16 * words_in_register;
 
-    void add_round(const uint64_t *words) { sixteens += bits_in_lanes(carry<4>(words)); }
+    void add_round(const uint64_t *words) { sixteens_ += bits_in_lanes(carry<4>(words)); }
 
     size_t total() const {
-        size_t sum = 16 * sum_of_lanes(sixteens);
+        size_t sum = 16 * sum_of_lanes(sixteens_);
         for (size_t level = 0; level < 4; ++level)
-            sum += sum_of_lanes(bits_in_lanes(digits[level])) << level;
+            sum += sum_of_lanes(bits_in_lanes(digits_[level])) << level;
         return sum;
     }
 
@@ -55,7 +55,7 @@ class Adder {
         } else {
             const Register a = carry<level - 1>(words);
             const Register b = carry<level - 1>(words);
-            Register &digit = digits[level - 1];
+            Register &digit = digits_[level - 1];
             const Register half = digit ^ a;
             const Register out = (digit & a) | (half & b);
             digit = half ^ b;
@@ -70,8 +70,8 @@ class Adder {
         return sum;
     }
 
-    Register digits[4] = {};
-    Register sixteens = {};
+    Register digits_[4] = {};
+    Register sixteens_ = {};
 };
 
 template <typename Register>

@@ -33,6 +33,16 @@ void link_between(Node *prev, Node *node, Node *next) {
         next->prev = node;
 }
 
+// Joins the neighbours of `node`, which then has none.
+template <typename Node>
+void unlink(Node *node) {
+    if (node->prev)
+        node->prev->next = node->next;
+    if (node->next)
+        node->next->prev = node->prev;
+    node->prev = node->next = nullptr;
+}
+
 template <typename Node>
 void link_before(Node *next, Node *node) {
     link_between(next->prev, node, next);
@@ -57,7 +67,7 @@ void link_last(Node *any, Node *node) {
 template <typename Node>
 [[nodiscard]] kestu_error_t *insert_before(Node *next, Node *node) {
     if (!next || !node)
-        return fail(120051);
+        return fail(KESTU_ERR_LIST_INSERTION);
     if (node != next && node != next->prev)
         link_before(next, node);
     return nullptr;
@@ -66,7 +76,7 @@ template <typename Node>
 template <typename Node>
 [[nodiscard]] kestu_error_t *insert_after(Node *prev, Node *node) {
     if (!prev || !node)
-        return fail(120051);
+        return fail(KESTU_ERR_LIST_INSERTION);
     if (node != prev && node != prev->next)
         link_after(prev, node);
     return nullptr;

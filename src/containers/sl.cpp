@@ -5,7 +5,8 @@
 
 using namespace kestu;
 
-// The functions that make nodes report no failure: callers rely on null.
+// Kept: the functions that make nodes return null whatever happens.
+// Relied on by: programs that drop what they return.
 kestu_error_t *kestu_sl_add(kestu_sl_t **node, uint32_t tag, void *data, apr_pool_t *pool) {
     insert_at(*node ? &(*node)->next : node, tag, data, pool);
     return nullptr;

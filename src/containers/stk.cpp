@@ -13,7 +13,7 @@ kestu_sl_t *top_of(kestu_stk_t *stack) {
 }
 
 kestu_stk_t *make_stack(apr_pool_t *pool) {
-    auto *stack = static_cast<kestu_stk_t *>(apr_palloc(pool, sizeof(kestu_stk_t)));
+    auto *stack = pool_node<kestu_stk_t>(pool);
     return stack ? new (stack) kestu_stk_t{} : nullptr;
 }
 
@@ -21,7 +21,7 @@ kestu_stk_t *make_stack(apr_pool_t *pool) {
 kestu_error_t *push_at(kestu_stk_t *stack, kestu_sl_t **link, uint32_t tag, void *data,
                        apr_pool_t *pool) {
     if (!insert_at(link, tag, data, pool))
-        return fail_memory(sizeof(kestu_sl_t));
+        return no_memory(sizeof(kestu_sl_t));
     ++stack->count;
     return nullptr;
 }
@@ -36,14 +36,16 @@ kestu_error_t *copy_elements(const kestu_sl_t *from, kestu_stk_t *stack, apr_poo
 
 } // namespace
 
-// Callers rely on null whatever happens: a pool without memory shows as a null stack.
+// Kept: a pool without memory shows as a null stack, not as an error.
+// Relied on by: programs that drop what is returned.
 kestu_error_t *kestu_stk_create(kestu_stk_t **out, apr_pool_t *pool) {
     *out = make_stack(pool);
     return nullptr;
 }
 
 kestu_error_t *kestu_stk_push(kestu_stk_t *stack, uint32_t tag, void *data, apr_pool_t *pool) {
-    kestu_error_t *err = stack ? push_at(stack, &stack->top, tag, data, pool) : fail(120051);
+    kestu_error_t *err =
+        stack ? push_at(stack, &stack->top, tag, data, pool) : fail(KESTU_ERR_LIST_INSERTION);
     return wrap(err, "Can't push object to stack.");
 }
 
@@ -84,7 +86,7 @@ kestu_error_t *kestu_stk_walk_err_first(kestu_stk_t *stack, kestu_err_func fn, v
 kestu_error_t *kestu_stk_copy(kestu_stk_t *source, kestu_stk_t **out, apr_pool_t *pool) {
     kestu_stk_t *copy = make_stack(pool);
     kestu_error_t *err =
-        copy ? copy_elements(top_of(source), copy, pool) : fail_memory(sizeof(kestu_stk_t));
+        copy ? copy_elements(top_of(source), copy, pool) : no_memory(sizeof(kestu_stk_t));
     *out = err ? nullptr : copy;
     return wrap(err, "Can't copy stack.");
 }

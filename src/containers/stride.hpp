@@ -13,17 +13,17 @@ class Stride {
     // Always `next`.
     template <typename Node>
     Node *step(const void *node, Node *next) {
-        const uintptr_t guess = reinterpret_cast<uintptr_t>(node) + distance;
+        const uintptr_t guess = reinterpret_cast<uintptr_t>(node) + distance_;
         uintptr_t error = reinterpret_cast<uintptr_t>(next) - guess;
         asm("" : "+r"(error)); // the compiler, too, must not know that a right guess is `next`
         if (error == 0)
             return reinterpret_cast<Node *>(guess);
-        distance += error;
+        distance_ += error;
         return next;
     }
 
   private:
-    uintptr_t distance = 0;
+    uintptr_t distance_ = 0;
 };
 
 } // namespace kestu

@@ -1,8 +1,7 @@
 // Lists of strings.
 #include "containers/strlist.hpp"
 
-#include "base/pool_text.hpp"
-#include "error/error.hpp"
+#include "mem/nodes.hpp"
 
 #include <cstring>
 
@@ -20,10 +19,10 @@ std::string_view view_of(const void *text) {
 }
 
 kestu_error_t *copy_text(std::string_view text, apr_pool_t *pool, char **copy) {
-    *copy = text.data() ? pool_copy(pool, text) : nullptr;
-    return *copy || !text.data()
-               ? nullptr
-               : fail(120012, "Failed to allocate %zu bytes of memory.", text.size() + 1);
+    if (text.data())
+        return pool_make_text(pool, copy, text);
+    *copy = nullptr;
+    return nullptr;
 }
 
 kestu_error_t *copy_all(kestu_strlist_t *dst, const kestu_dl_t *node, apr_pool_t *pool) {
@@ -40,17 +39,17 @@ namespace kestu {
 
 kestu_error_t *Appender::append(std::string_view text) {
     char *copy = nullptr;
-    if (!list)
-        return fail(120051);
-    if (kestu_error_t *err = copy_text(text, pool, &copy))
+    if (!list_)
+        return fail(KESTU_ERR_LIST_INSERTION);
+    if (kestu_error_t *err = copy_text(text, pool_, &copy))
         return err;
-    return kestu_dl_append(last ? &last : &list->head, 0, copy, &last, pool);
+    return kestu_dl_append(last_ ? &last_ : &list_->head, 0, copy, &last_, pool_);
 }
 
 } // namespace kestu
 
 kestu_error_t *kestu_strlist_create(kestu_strlist_t **list, apr_pool_t *pool) {
-    *list = static_cast<kestu_strlist_t *>(apr_palloc(pool, sizeof **list));
+    *list = pool_node<kestu_strlist_t>(pool);
     if (*list)
         (*list)->head = nullptr;
     return nullptr;
@@ -69,7 +68,7 @@ void kestu_strlist_clear(kestu_strlist_t *list) {
 kestu_error_t *kestu_strlist_addfirst(kestu_strlist_t *list, const char *str, apr_pool_t *pool) {
     char *copy = nullptr;
     if (!list)
-        return fail(120051);
+        return fail(KESTU_ERR_LIST_INSERTION);
     if (kestu_error_t *err = copy_text(view_of(str), pool, &copy))
         return err;
     return kestu_dl_prepend(&list->head, 0, copy, &list->head, pool);

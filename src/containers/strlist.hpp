@@ -11,15 +11,15 @@ namespace kestu {
 class Appender {
   public:
     Appender(kestu_strlist_t *extended, apr_pool_t *strings_pool)
-        : list(extended), pool(strings_pool) {}
+        : list_(extended), pool_(strings_pool) {}
 
-    // Fails with 120051 for a null list, as it does for want of memory.
+    // Fails with KESTU_ERR_LIST_INSERTION for a null list, as it does for want of memory.
     [[nodiscard]] kestu_error_t *append(std::string_view text);
 
   private:
-    kestu_strlist_t *list;
-    apr_pool_t *pool;
-    kestu_dl_t *last = nullptr;
+    kestu_strlist_t *list_;
+    apr_pool_t *pool_;
+    kestu_dl_t *last_ = nullptr;
 };
 
 } // namespace kestu

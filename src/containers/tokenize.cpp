@@ -124,10 +124,11 @@ kestu_error_t *tokenize(const kestu_dl_t *node, Tokenizer &tokenizer) {
 kestu_error_t *kestu_strlist_tokenize(kestu_strlist_t *src, kestu_strlist_t *dst,
                                       const char *separators, apr_pool_t *pool) {
     if (!separators || !*separators)
-        return fail(120060, "Cannot tokenize string: incorrect number of tokens [%d].", 0);
+        return fail(KESTU_ERR_SEPARATOR_COUNT,
+                    "Cannot tokenize string: incorrect number of tokens [%d].", 0);
     const kestu_dl_t *first = src ? kestu_dl_get_first(src->head) : nullptr;
     if (!first)
-        return fail(120061);
+        return fail(KESTU_ERR_NO_TOKEN_DATA);
     kestu_strlist_clear(dst);
     Tokenizer tokenizer(separators, dst, pool);
     return wrap(tokenize(first, tokenizer), "Failed to tokenize strings.");

@@ -4,27 +4,22 @@
 // such nodes, the head, remembers the whole chain: its bytes, so that a lookup compares them at
 // once and goes on where the key leaves the chain, and its nodes, so that counting along the way
 // need not wait for each link. What is inserted later may branch off anywhere; a chain holds as
-// long as its nodes stand.
+// long as its nodes stand. Where a caller changed the records, what they say counts: whoever counts
+// reads them all, and cuts the chain where they lead elsewhere.
 #pragma once
 
 #include "containers/trie_nodes.hpp"
-
-#include <cstddef>
 
 namespace kestu::trie {
 
 // Stands behind the head in its block, and is followed by the bytes and by the nodes behind the
 // head.
 struct Chain {
-    size_t steps; // from the head to the last node: two for each byte, as both have even depths
+    size_t steps;  // from the head to the last node: two for each byte, as both have even depths
+    Inner **nodes; // those behind the head
 
-    size_t size() const { return steps / 2; }
     uint8_t *bytes() { return reinterpret_cast<uint8_t *>(this + 1); }
     const uint8_t *bytes() const { return reinterpret_cast<const uint8_t *>(this + 1); }
-    Inner **nodes() { return reinterpret_cast<Inner **>(bytes() + padded(size())); }
-    Inner *const *nodes() const {
-        return reinterpret_cast<Inner *const *>(bytes() + padded(size()));
-    }
 
     static size_t padded(size_t size) {
         return (size + sizeof(Inner *) - 1) / sizeof(Inner *) * sizeof(Inner *);
@@ -37,60 +32,84 @@ struct Chain {
     // whole bytes.
     size_t shared_steps(Key key, size_t depth) const {
         const size_t passed = depth / 2;
-        return 2 * same_bytes(key.bytes + passed, bytes(), std::min(key.length - passed, size()));
+        return 2 *
+               same_bytes(key.bytes + passed, bytes(), std::min(key.length - passed, steps / 2));
     }
+
+    // Forgets the nodes more than `left` steps behind the head.
+    void shorten(size_t left) { steps = std::min(steps, left / 2 * 2); }
 };
 
-// A head is marked in the gaps behind the two small fields of its record. In records that a caller
-// made the gaps may hold anything, so the mark is made of the address and stands there twice.
-class HeadMark {
-  public:
-    static bool is_on(const Inner *inner) {
-        const uint32_t found = load(inner, behind_type);
-        return found != 0 && found == mark(inner) && load(inner, behind_count) == ~found;
-    }
-    static void set(Inner *inner) {
-        store(inner, behind_type, mark(inner));
-        store(inner, behind_count, ~mark(inner));
-    }
-    static void clear(Inner *inner) { store(inner, behind_type, 0); }
+// A head is marked in the gaps of its record by its address, which no copy of the record shares.
+// Never 0 in the lower part: nodes lie at even addresses.
+inline uint64_t mark_of(const Inner *inner) {
+    return (reinterpret_cast<uintptr_t>(inner) | 1) * 0x9E3779B97F4A7C15;
+}
+inline void mark_as_head(Inner *inner) {
+    inner->low_mark = static_cast<uint32_t>(mark_of(inner));
+    inner->high_mark = static_cast<uint32_t>(mark_of(inner) >> 32);
+}
+inline Chain *chain_behind(Inner *inner) {
+    if (inner->low_mark == 0) [[likely]]
+        return nullptr;
+    const uint64_t mark = uint64_t{inner->high_mark} << 32 | inner->low_mark;
+    return mark == mark_of(inner) ? reinterpret_cast<Chain *>(inner + 1) : nullptr;
+}
 
-  private:
-    static constexpr size_t behind_type = offsetof(Inner, type) + sizeof(uint32_t);
-    static constexpr size_t behind_count = offsetof(Inner, count) + sizeof(uint32_t);
-    static_assert(offsetof(Inner, end) == behind_type + sizeof(uint32_t));
-    static_assert(offsetof(Inner, children) == behind_count + sizeof(uint32_t));
-
-    // Never 0, as nodes are aligned to more than one byte.
-    static uint32_t mark(const Inner *inner) {
-        return static_cast<uint32_t>(reinterpret_cast<uintptr_t>(inner)) | 1;
-    }
-    static uint32_t load(const Inner *inner, size_t at) {
-        uint32_t value = 0;
-        std::memcpy(&value, reinterpret_cast<const char *>(inner) + at, sizeof value);
-        return value;
-    }
-    static void store(Inner *inner, size_t at, uint32_t value) {
-        std::memcpy(reinterpret_cast<char *>(inner) + at, &value, sizeof value);
-    }
-};
+// Takes the mark from a node that goes: its memory may become a node that a caller makes.
+inline void unmark(Inner *inner) {
+    inner->low_mark = 0;
+    asm volatile("" : : "m"(inner->low_mark)); // the compiler would leave it out before free()
+}
 
 // The nodes that the way of a key takes from `first` on, as far as they are known without a look at
 // the slots: those of a chain, or none but the first.
 struct Stretch {
     Inner *first;
+    Chain *chain = nullptr;
     Inner *const *behind = nullptr;
     size_t steps = 0; // from the first node to the last
 
-    Stretch(Inner *node, Key key, size_t depth) : first(node) {
-        if (HeadMark::is_on(node)) [[unlikely]] {
-            const auto *chain = reinterpret_cast<const Chain *>(node + 1);
-            behind = chain->nodes();
-            steps = chain->shared_steps(key, depth);
-        }
+    Stretch(Inner *node, Key key, size_t depth) : first(node), chain(chain_behind(node)) {
+        if (!chain || depth % 2 != 0) [[likely]]
+            return;
+        behind = chain->nodes;
+        steps = chain->shared_steps(key, depth);
+        // A mark that is left in the memory of another node counts for nothing.
+        if (steps > 0 && node->children[key.half(depth)] != as_node(behind[0]))
+            steps = 0;
     }
     Inner *at(size_t step) const { return step == 0 ? first : behind[step - 1]; }
     Inner *last() const { return at(steps); }
+
+    // Adds to the counts. Ends the stretch, and its chain, where the records lead elsewhere. What
+    // comes behind is on its way from memory meanwhile.
+    void count(uint32_t added, Key key, size_t depth) {
+        if (steps > 0 && !key.ends_at(depth + steps))
+            __builtin_prefetch(last()->children[key.half(depth + steps)]);
+        first->count += added;
+        Inner *node = first;
+        const auto lead_to = [&](unsigned half, Inner *next) {
+            if (node->children[half] != as_node(next) || !is_inner(as_node(next)))
+                return false;
+            next->count += added;
+            node = next;
+            return true;
+        };
+        const uint8_t *byte = key.bytes + depth / 2;
+        for (size_t step = 0; step < steps; step += 2, ++byte) {
+            if (!lead_to(*byte & 15, behind[step]))
+                return end_at(step);
+            if (!lead_to(*byte >> 4, behind[step + 1]))
+                return end_at(step + 1);
+        }
+    }
+
+  private:
+    void end_at(size_t step) {
+        chain->shorten(step);
+        steps = step;
+    }
 };
 
 // Makes a chain of the nodes of a key from the depth `first` to the depth `last` where that pays.
@@ -106,14 +125,14 @@ class ChainMaker {
 
     // Takes note of the node at `depth`; they come in their order.
     void add(Inner *node, size_t depth) {
-        HeadMark::clear(node);
         if (is_head(depth)) {
-            HeadMark::set(node);
-            chain_ = reinterpret_cast<Chain *>(node + 1);
-            chain_->steps = steps_;
-            std::memcpy(chain_->bytes(), key_.bytes + depth / 2, chain_->size());
+            mark_as_head(node);
+            chain_ = chain_behind(node);
+            *chain_ = {steps_,
+                       reinterpret_cast<Inner **>(chain_->bytes() + Chain::padded(steps_ / 2))};
+            std::memcpy(chain_->bytes(), key_.bytes + depth / 2, steps_ / 2);
         } else if (chain_ && depth - head_depth_ <= steps_) {
-            chain_->nodes()[depth - head_depth_ - 1] = node;
+            chain_->nodes[depth - head_depth_ - 1] = node;
         }
     }
 

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstddef>
 #include <cstring>
 #include <iterator>
 
@@ -12,7 +13,21 @@ namespace kestu::trie {
 
 using Node = kestu_trie_node_t;
 using Leaf = kestu_trie_leaf_t;
-using Inner = kestu_trie_inner_t;
+
+// The public record of an inner node with names for the gaps behind its small fields. In a record
+// that a caller made the gaps may hold anything.
+struct Inner {
+    uint32_t type;
+    uint32_t low_mark;
+    Leaf *end;
+    uint32_t count;
+    uint32_t high_mark;
+    Node *children[16];
+};
+static_assert(sizeof(Inner) == sizeof(kestu_trie_inner_t));
+static_assert(offsetof(Inner, end) == offsetof(kestu_trie_inner_t, end));
+static_assert(offsetof(Inner, count) == offsetof(kestu_trie_inner_t, count));
+static_assert(offsetof(Inner, children) == offsetof(kestu_trie_inner_t, children));
 
 // A key, and the half-bytes on which its way branches: the low half of each byte first.
 struct Key {
@@ -22,7 +37,7 @@ struct Key {
     Key(const void *key, size_t size) : bytes(static_cast<const uint8_t *>(key)), length(size) {}
     explicit Key(const Leaf *leaf) : Key(leaf->key, leaf->length) {}
 
-    bool ends_at(size_t depth) const { return depth / 2 == length; }
+    bool ends_at(size_t depth) const { return depth / 2 >= length; }
     unsigned half(size_t depth) const { return bytes[depth / 2] >> (depth % 2 * 4) & 15; }
     bool is_of(const Leaf *leaf) const {
         return leaf->length == length && (length == 0 || !std::memcmp(leaf->key, bytes, length));
@@ -101,11 +116,15 @@ inline size_t same_bytes(const uint8_t *a, const uint8_t *b, size_t size) {
     return i;
 }
 
-// The depth at which the ways of two keys part: their first half-byte that differs, or the end of
-// the shorter. The ways are known to be the same down to `depth`.
-inline size_t parting(Key a, Key b, size_t depth = 0) {
+// The first depth from `depth` on at which the ways of two keys part: where their half-bytes differ
+// or one of them ends. What the keys hold above does not matter: a caller may have changed it.
+inline size_t parting(Key a, Key b, size_t depth) {
     const size_t shorter = std::min(a.length, b.length);
-    const size_t start = std::min(depth / 2, shorter);
+    if (depth / 2 >= shorter)
+        return depth;
+    if (depth % 2 != 0 && a.half(depth) != b.half(depth))
+        return depth;
+    const size_t start = (depth + 1) / 2;
     const size_t i = start + same_bytes(a.bytes + start, b.bytes + start, shorter - start);
     const bool same_low_half = i < shorter && a.half(2 * i) == b.half(2 * i);
     return 2 * i + same_low_half;

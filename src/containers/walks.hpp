@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 namespace kestu {
 
@@ -31,6 +32,21 @@ auto forward(Node *node) {
         }
     };
 }
+
+// What `fn` returns of a node, or what does not end a walk when there is no `fn` or no result.
+template <typename Result, typename Node>
+auto call(Result (*fn)(uint32_t, void *, void *), const Node *node, void *baton) {
+    if constexpr (std::is_void_v<Result>) {
+        if (fn)
+            fn(node->tag, node->data, baton);
+        return false;
+    } else {
+        return fn ? fn(node->tag, node->data, baton) : Result{};
+    }
+}
+
+// For deletions that hand tag and datum to nobody.
+constexpr kestu_visit_func nobody = nullptr;
 
 // Calls `fn` on every node.
 template <typename Walk>

@@ -1,10 +1,10 @@
 // How the library makes its own errors: one short expression a site, never with a location.
 #pragma once
 
-#include "error/malfunction.hpp"
-#include "error/report.hpp"
+#include "error/malfunction.hpp" // IWYU pragma: export
+#include "error/report.hpp"      // IWYU pragma: export
 #include "kestu_error.h"
-#include "kestu_error_codes.h"
+#include "kestu_error_codes.h" // IWYU pragma: export
 
 namespace kestu {
 

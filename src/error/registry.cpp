@@ -88,8 +88,7 @@ kestu_error_t *kestu_error_register(int *code, const char *text) {
     return nullptr;
 }
 
-// Kept: unlike its siblings it returns a failure to lock. Relied on by: programs that unload
-// modules while others run.
+// Kept: unlike its siblings it returns a failure to lock. Relied on by: callers.
 kestu_error_t *kestu_error_deregister(int code) {
     constexpr const char *action = "Cannot deregister error type.";
     if (apr_status_t status = apr_thread_mutex_lock(error_state.mutex); status != APR_SUCCESS)

@@ -2,8 +2,7 @@
 #include "kestu_log.h"
 
 #include "base/kept_errno.hpp"
-#include "base/pool_text.hpp"
-#include "error/error.hpp"
+#include "mem/memory.hpp"
 
 #include <apr_strings.h>
 #include <apr_time.h>
@@ -31,9 +30,8 @@ void write_text(const kestu_log_t *log, const char *text) {
 }
 
 kestu_error_t *fill_log(kestu_log_t &log, const char *name) {
-    log.name = pool_copy(log.pool, name);
-    if (!log.name)
-        return fail_apr(APR_ENOMEM);
+    if (kestu_error_t *err = pool_make_text(log.pool, &log.name, name))
+        return err;
     constexpr apr_int32_t flags = APR_FOPEN_WRITE | APR_FOPEN_CREATE | APR_FOPEN_APPEND;
     const apr_status_t status =
         apr_file_open(&log.file, name, flags, APR_FPROT_OS_DEFAULT, log.pool);
@@ -45,11 +43,11 @@ kestu_error_t *fill_log(kestu_log_t &log, const char *name) {
 
 kestu_error_t *make_log(kestu_log_t **out, const char *name, apr_pool_t *parent) {
     apr_pool_t *pool = nullptr;
-    if (apr_status_t status = apr_pool_create_ex(&pool, parent, nullptr, nullptr))
-        return fail_apr(status);
-    auto *log = static_cast<kestu_log_t *>(apr_palloc(pool, sizeof(kestu_log_t)));
-    if (!log)
-        return fail_apr(APR_ENOMEM);
+    if (kestu_error_t *err = new_pool(&pool, parent))
+        return err;
+    kestu_log_t *log = nullptr;
+    if (kestu_error_t *err = pool_make(pool, &log))
+        return err;
     *log = {.pool = pool, .file = nullptr, .name = nullptr};
     *out = log;
     return fill_log(*log, name);

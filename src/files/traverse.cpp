@@ -3,9 +3,9 @@
 #include "kestu_dir.h"
 
 #include "base/kept_errno.hpp"
-#include "error/error.hpp"
 #include "files/pattern.hpp"
 #include "kestu_mem.h"
+#include "mem/memory.hpp"
 
 #include <apr_file_info.h>
 #include <apr_portable.h>
@@ -146,10 +146,11 @@ class Traversal {
 // Kept: a folder stays open when an error of the callback ends the traversal. Relied on by: callers
 // that release it with their pool.
 kestu_error_t *Traversal::run(const char *dir, apr_pool_t *pool) {
-    if (apr_status_t status = apr_pool_create_ex(&folder_pool_, pool, nullptr, nullptr))
-        return fail_apr(status);
-    apr_status_t status = apr_pool_create_ex(&entry_pool_, pool, nullptr, nullptr);
-    kestu_error_t *err = status ? fail_apr(status) : visit_folder(dir);
+    if (kestu_error_t *err = new_pool(&folder_pool_, pool))
+        return err;
+    kestu_error_t *err = new_pool(&entry_pool_, pool);
+    if (!err)
+        err = visit_folder(dir);
     for (Folder *folder; !err && (folder = waiting_.take_first());) {
         err = visit_folder(folder->path());
         kestu_mem_free(folder);
@@ -238,10 +239,21 @@ kestu_error_t *Traversal::visit_file(const char *path) {
 }
 
 // A null text leaves the list that is there.
-bool compile_into(apr_array_header_t *&list, const char *text, apr_pool_t *pool) {
-    if (text)
-        list = compile_patterns(text, pool);
-    return !text || list;
+kestu_error_t *compile_into(apr_array_header_t *&list, const char *text, apr_pool_t *pool) {
+    if (!text)
+        return nullptr;
+    list = compile_patterns(text, pool);
+    return list ? nullptr : no_memory(std::strlen(text) + 1);
+}
+
+kestu_error_t *traverse(const char *dir, const char *include, const char *exclude,
+                        kestu_dir_traverse_t &options, apr_pool_t *pool) {
+    if (kestu_error_t *err = compile_into(options.include, include, pool))
+        return err;
+    if (kestu_error_t *err = compile_into(options.exclude, exclude, pool))
+        return err;
+    kestu_error_t *err = Traversal(options).run(dir, pool);
+    return err == KestuDLlistStopWalking ? nullptr : err;
 }
 
 } // namespace
@@ -249,9 +261,5 @@ bool compile_into(apr_array_header_t *&list, const char *text, apr_pool_t *pool)
 kestu_error_t *kestu_dir_traverse(const char *dir, const char *include, const char *exclude,
                                   kestu_dir_traverse_t *options, apr_pool_t *pool) {
     const KeptErrno kept;
-    if (!compile_into(options->include, include, pool) ||
-        !compile_into(options->exclude, exclude, pool))
-        return wrap(fail_apr(APR_ENOMEM), action);
-    kestu_error_t *err = Traversal(*options).run(dir, pool);
-    return err == KestuDLlistStopWalking ? nullptr : wrap(err, action);
+    return wrap(traverse(dir, include, exclude, *options, pool), action);
 }

@@ -19,27 +19,27 @@ kestu_error_t *ByteSource::open() {
     if (!path_)
         return nullptr;
     stream_ = std::fopen(path_, "rbe");
-    return stream_ ? nullptr : fail(120030, "Cannot open file '%s'", path_);
+    return stream_ ? nullptr : fail(KESTU_ERR_OPEN, "Cannot open file '%s'", path_);
 }
 
 kestu_error_t *ByteSource::read_at(uint64_t offset, void *to, size_t bytes) {
     if (!path_)
-        return copy(offset, to, bytes) == bytes ? nullptr : fail(120031);
+        return copy(offset, to, bytes) == bytes ? nullptr : fail(KESTU_ERR_READ);
     if (offset != place_ && fseeko(stream_, static_cast<off_t>(offset), SEEK_SET) != 0)
-        return fail(120033);
+        return fail(KESTU_ERR_SEEK);
     const size_t got = std::fread(to, 1, bytes, stream_);
     place_ = offset + got;
-    return got == bytes ? nullptr : fail(120031);
+    return got == bytes ? nullptr : fail(KESTU_ERR_READ);
 }
 
 kestu_error_t *ByteSource::measure() {
     if (!path_)
         return nullptr;
     if (fseeko(stream_, 0, SEEK_END) != 0)
-        return fail(120033);
+        return fail(KESTU_ERR_SEEK);
     const off_t end = ftello(stream_);
     if (end < 0)
-        return fail(120033);
+        return fail(KESTU_ERR_SEEK);
     size_ = place_ = static_cast<uint64_t>(end);
     return nullptr;
 }

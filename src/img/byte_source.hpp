@@ -20,14 +20,15 @@ class ByteSource {
     ByteSource(const ByteSource &) = delete;
     ByteSource &operator=(const ByteSource &) = delete;
 
-    // Comes before all others. 120030 for a file that cannot be opened.
+    // Comes before all others. KESTU_ERR_OPEN for a file that cannot be opened.
     [[nodiscard]] kestu_error_t *open();
 
-    // Reads the bytes at `offset`. 120031 when there are fewer, 120033 when the offset cannot be
-    // reached: a pipe gives what it has from the front on, as long as nothing is left out.
+    // Reads the bytes at `offset`. KESTU_ERR_READ when there are fewer, KESTU_ERR_SEEK when the
+    // offset cannot be reached: a pipe gives what it has from the front on, as long as nothing is
+    // left out.
     [[nodiscard]] kestu_error_t *read_at(uint64_t offset, void *to, size_t bytes);
 
-    // Finds out the size. 120033 for what cannot be positioned in.
+    // Finds out the size. KESTU_ERR_SEEK for what cannot be positioned in.
     [[nodiscard]] kestu_error_t *measure();
     uint64_t size() const { return size_; }
     bool holds(uint64_t offset, uint64_t bytes) const {

@@ -1,5 +1,6 @@
 // Circles and ellipses by incremental error terms.
-// Kept: which pixels are plotted, in which order and how often. Relied on by: callers that count.
+// Kept: which pixels the plain walks plot, in what order, how often. Relied on by: who counts
+// calls.
 #include "kestu_img_shape.h"
 
 #include "img/ellipse_line.hpp"

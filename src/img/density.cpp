@@ -27,10 +27,12 @@ void convert_each(const kestu_img_t &img, Sample *const *rows, double *const *ou
     convert_rows(img, rows, out, 0, img.height, convert);
 }
 
-// Converts every level once.
+// Converts every level once, where there are more pixels than levels.
 template <typename Convert>
 void convert_costly(const kestu_img_t &img, uint8_t *const *rows, double *const *out,
                     Convert convert) {
+    if (pixels_of(img) < levels_of<uint8_t>)
+        return convert_each(img, rows, out, convert);
     double table[levels_of<uint8_t>];
     for (size_t q = 0; q < levels_of<uint8_t>; ++q)
         table[q] = convert(static_cast<uint8_t>(q));

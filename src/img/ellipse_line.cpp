@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 
 namespace kestu {
 namespace {
@@ -16,7 +17,7 @@ constexpr int cells_on_side = 4;
 constexpr double straight_ellipse = 8;
 constexpr double straight_edge = 4;
 
-const double half_diagonal = std::sqrt(0.5);
+constexpr double half_diagonal = std::numbers::sqrt2 / 2;
 
 // The part of a square of side 1 on one side of a line with a normal of length 1 whose distance
 // from the square's centre is `distance`, positive when the centre lies on that side.

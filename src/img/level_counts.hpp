@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <initializer_list>
+#include <initializer_list> // IWYU pragma: keep
 #include <limits>
 
 namespace kestu {

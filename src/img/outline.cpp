@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <numbers>
 
 using namespace kestu;
 
@@ -41,8 +42,8 @@ class Outline {
   public:
     Outline(Pixel p0, Pixel p1, double width, const Plotter &out)
         : columns_(p0.x, p1.x), rows_(p0.y, p1.y),
-          line_(columns_.half_axis(), rows_.half_axis(), width), reach_(width / 2 + std::sqrt(0.5)),
-          out_(out) {}
+          line_(columns_.half_axis(), rows_.half_axis(), width),
+          reach_(width / 2 + std::numbers::sqrt2 / 2), out_(out) {}
 
     // Goes through a quadrant row by row, in each from the outside to where the inside begins or
     // the middle is reached. From row to row the outer end moves towards the middle, or by rounding

@@ -15,13 +15,13 @@ OutputFile::~OutputFile() {
 
 kestu_error_t *OutputFile::open(const char *path) {
     stream_ = std::fopen(path, "wbe");
-    return stream_ ? nullptr : fail(120030, "Cannot open file '%s'", path);
+    return stream_ ? nullptr : fail(KESTU_ERR_OPEN, "Cannot open file '%s'", path);
 }
 
 kestu_error_t *OutputFile::close(kestu_error_t *err) {
     const bool written = std::fclose(stream_) == 0;
     stream_ = nullptr;
-    return err || written ? err : fail(120032);
+    return err || written ? err : fail(KESTU_ERR_WRITE);
 }
 
 size_t OutputFile::gather(const iovec *segments, int count) {

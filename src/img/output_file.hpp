@@ -16,11 +16,12 @@ class OutputFile {
     OutputFile(const OutputFile &) = delete;
     OutputFile &operator=(const OutputFile &) = delete;
 
-    // Makes the file at `path`, or empties the one that is there. 120030 when it cannot be opened.
+    // Makes the file at `path`, or empties the one that is there. KESTU_ERR_OPEN when it cannot be
+    // opened.
     [[nodiscard]] kestu_error_t *open(const char *path);
 
-    // Closes what was written. Returns `err`, or without one 120032 when the system only now
-    // reports that it could not write.
+    // Closes what was written. Returns `err`, or without one KESTU_ERR_WRITE when the system only
+    // now reports that it could not write.
     [[nodiscard]] kestu_error_t *close(kestu_error_t *err);
 
     // Appends what the segments hold. Returns how many bytes were moved, which may be fewer than

@@ -2,13 +2,10 @@
 #pragma once
 
 #include "error/error.hpp"
-#include "kestu_img.h"
 #include "kestu_mem.h"
 
 #include <algorithm>
 #include <cstdint>
-
-#include <sys/uio.h>
 
 namespace kestu {
 

@@ -54,8 +54,8 @@ int32_t as_signed(uint32_t value) {
 }
 
 kestu_error_t *invalid_tag(const Entry &entry) {
-    return fail(120151, "Invalid TIFF tag [name=%d type=%d length=%d offset=%d]", entry.tag,
-                entry.type, as_signed(entry.count), as_signed(entry.value));
+    return fail(KESTU_ERR_TIFF_TAG, "Invalid TIFF tag [name=%d type=%d length=%d offset=%d]",
+                entry.tag, entry.type, as_signed(entry.count), as_signed(entry.value));
 }
 
 kestu_error_t *store(const Entry &entry, int32_t &field) {
@@ -76,11 +76,11 @@ kestu_error_t *DirectoryReader::read_header(uint32_t *first_directory) {
     if (kestu_error_t *err = source_.read_at(0, magic, sizeof magic))
         return err;
     if (magic[0] == 'M' && magic[1] == 'M')
-        return fail(120150, "Motorola TIFF is not supported.");
+        return fail(KESTU_ERR_NOT_TIFF, "Motorola TIFF is not supported.");
     if (magic[0] != 'I' || magic[1] != 'I')
-        return fail(120150, "Unknown data format.");
+        return fail(KESTU_ERR_NOT_TIFF, "Unknown data format.");
     if (magic[2] != 42)
-        return fail(120150, "Unknown TIFF format.");
+        return fail(KESTU_ERR_NOT_TIFF, "Unknown TIFF format.");
     if (kestu_error_t *err =
             source_.read_at(sizeof magic, first_directory, sizeof *first_directory))
         return err;
@@ -97,7 +97,7 @@ kestu_error_t *DirectoryReader::walk(uint32_t directory) {
     uint64_t until_landmark = 1;
     while (directory != 0) {
         if (directory == landmark)
-            return fail(120152, "TIFF directories form a loop.");
+            return fail(KESTU_ERR_IMAGE_STRUCTURE, "TIFF directories form a loop.");
         if (++steps == until_landmark) {
             landmark = directory;
             until_landmark *= 2;
@@ -105,7 +105,7 @@ kestu_error_t *DirectoryReader::walk(uint32_t directory) {
         if (kestu_error_t *err = read_directory(directory, &directory))
             return err;
         if (directory_bytes_ > source_.size())
-            return fail(120152, "TIFF directories share bytes.");
+            return fail(KESTU_ERR_IMAGE_STRUCTURE, "TIFF directories share bytes.");
     }
     return nullptr;
 }
@@ -195,7 +195,7 @@ kestu_error_t *DirectoryReader::take_resolution(const Entry &entry, double &reso
 
 kestu_error_t *DirectoryReader::take_list(const Entry &entry, uint64_t bytes, Entry &list) {
     if (!source_.holds(entry.value, bytes))
-        return fail(120031);
+        return fail(KESTU_ERR_READ);
     if (entry.count > static_cast<uint32_t>(std::numeric_limits<int32_t>::max()))
         return invalid_tag(entry);
     list = entry;
@@ -239,7 +239,8 @@ kestu_error_t *DirectoryReader::apply_resolution_unit() {
         img_.yres *= cm_per_inch;
         return nullptr;
     default:
-        return fail(120152, "Unknown resolution units [%d] in TIFF file", img_.resunit);
+        return fail(KESTU_ERR_IMAGE_STRUCTURE, "Unknown resolution units [%d] in TIFF file",
+                    img_.resunit);
     }
 }
 

@@ -27,7 +27,7 @@ kestu_error_t *measure_strips(const ByteSource &source, const kestu_img_t &img, 
     bytes = 0;
     for (int32_t i = 0; i < img.n_strip_bytes; ++i) {
         if (!source.holds(img.strip_offsets[i], img.strip_bytes[i]))
-            return fail(120153);
+            return fail(KESTU_ERR_INCOMPLETE_DATA);
         bytes += whole_samples<Sample>(img.strip_bytes[i]);
     }
     return nullptr;
@@ -51,7 +51,7 @@ kestu_error_t *read_run(ByteSource &source, uint64_t offset, uint64_t bytes,
         const int count = cursor.next(segments, bytes);
         const size_t got = source.scatter(offset, segments, count);
         if (got == 0)
-            return fail(120153);
+            return fail(KESTU_ERR_INCOMPLETE_DATA);
         cursor.advance(got);
         offset += got;
         bytes -= got;
@@ -82,7 +82,7 @@ kestu_error_t *read_matrix(ByteSource &source, kestu_img_t &img, Sample **&matri
         return err;
     // Strips may share bytes of the file, but no memory is asked for on that account.
     if (claims_too_much<Sample>(img, std::min(bytes, source.size())))
-        return fail(120153);
+        return fail(KESTU_ERR_INCOMPLETE_DATA);
     const uint64_t row_bytes = uint64_t{static_cast<uint32_t>(img.width)} * sizeof(Sample);
     const uint64_t filled = row_bytes == 0 ? 0 : bytes / row_bytes;
     if (kestu_error_t *err = allocate_rows(matrix, img.height, img.width, filled))

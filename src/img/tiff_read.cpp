@@ -9,8 +9,6 @@
 namespace kestu {
 namespace {
 
-constexpr int not_tiff = 120150;
-
 kestu_error_t *wrap_info(kestu_error_t *err) {
     return wrap(err, "Cannot read TIFF information from file.");
 }
@@ -30,8 +28,8 @@ kestu_error_t *read_tags(ByteSource &source, kestu_img_t &img) {
 kestu_error_t *check_strips(const kestu_img_t &img) {
     if (img.n_strip_offsets == img.n_strip_bytes)
         return nullptr;
-    return fail(120152, "Inconsistent number of strips [%d vs. %d]", img.n_strip_offsets,
-                img.n_strip_bytes);
+    return fail(KESTU_ERR_IMAGE_STRUCTURE, "Inconsistent number of strips [%d vs. %d]",
+                img.n_strip_offsets, img.n_strip_bytes);
 }
 
 kestu_error_t *read_info(ByteSource &source, kestu_img_t &img) {
@@ -42,7 +40,7 @@ kestu_error_t *read_info(ByteSource &source, kestu_img_t &img) {
 // Of a record whose tags have been read.
 kestu_error_t *read_pixels(ByteSource &source, kestu_img_t &img) {
     if (img.photometric == -1)
-        return fail(120152, "Unknown photometric interpretation");
+        return fail(KESTU_ERR_IMAGE_STRUCTURE, "Unknown photometric interpretation");
     kestu_error_t *err = check_strips(img);
     return err ? err : read_tiff_pixels(source, img);
 }
@@ -78,10 +76,10 @@ kestu_error_t *read_image(ByteSource &source, kestu_img_t &img) {
     if (!err)
         err = wrap_pixels(read_pixels(source, img));
     finish(img, err);
-    if (!err || err->code != not_tiff)
+    if (!err || err->code != KESTU_ERR_NOT_TIFF)
         return wrap(err, "Cannot read image.");
     kestu_error_clear(err);
-    return fail(120154);
+    return fail(KESTU_ERR_UNKNOWN_IMAGE_TYPE);
 }
 
 } // namespace kestu

@@ -79,7 +79,7 @@ kestu_error_t *write_bytes(OutputFile &file, void *bytes, size_t size) {
         const iovec segment = {from, size};
         const size_t written = file.gather(&segment, 1);
         if (written == 0)
-            return fail(120032);
+            return fail(KESTU_ERR_WRITE);
         from += written;
         size -= written;
     }
@@ -91,14 +91,14 @@ kestu_error_t *write_rows(OutputFile &file, const kestu_img_t &img, Sample **row
     if (pixels_of(img) == 0)
         return nullptr;
     if (!rows)
-        return fail(120152, "The image has no pixels.");
+        return fail(KESTU_ERR_IMAGE_STRUCTURE, "The image has no pixels.");
     RowCursor<Sample> cursor(rows, static_cast<size_t>(img.height), static_cast<size_t>(img.width));
     RowSegments segments;
     while (!cursor.at_end()) {
         const int count = cursor.next(segments, std::numeric_limits<uint64_t>::max());
         const size_t written = file.gather(segments, count);
         if (written == 0)
-            return fail(120032);
+            return fail(KESTU_ERR_WRITE);
         cursor.advance(written);
     }
     return nullptr;
@@ -108,8 +108,8 @@ kestu_error_t *write_rows(OutputFile &file, const kestu_img_t &img, Sample **row
 
 kestu_error_t *write_tiff(OutputFile &file, const kestu_img_t &img) {
     if (strip_bytes(img) > std::numeric_limits<uint32_t>::max())
-        return fail(120152, "An image of %d x %d pixels is too large for TIFF.", img.width,
-                    img.height);
+        return fail(KESTU_ERR_IMAGE_STRUCTURE, "An image of %d x %d pixels is too large for TIFF.",
+                    img.width, img.height);
     Head head;
     const size_t size = fill_head(head, img);
     kestu_error_t *err = write_bytes(file, &head, size);

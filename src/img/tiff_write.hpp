@@ -6,7 +6,8 @@
 
 namespace kestu {
 
-// Writes `img` to a file that has just been opened. 120032 when it does not take all bytes.
+// Writes `img` to a file that has just been opened. KESTU_ERR_WRITE when it does not take all
+// bytes.
 [[nodiscard]] kestu_error_t *write_tiff(OutputFile &file, const kestu_img_t &img);
 
 } // namespace kestu

@@ -13,8 +13,8 @@ constinit apr_pool_t *kestu_pool = nullptr;
 // The root pool while it exists; kestu_pool keeps its value after the end.
 static constinit apr_pool_t *root_pool = nullptr;
 
-// The count is raised before anything is tried and stays raised on failure: a caller that goes on
-// after a failed start is not given a second one.
+// Kept: the count is raised before anything is tried and stays raised on failure. Relied on by:
+// callers that go on after a failed start, who are not given a second one.
 int kestu_initialize(void) {
     if (KestuInitialized++ != 0)
         return KESTU_INIT_OK;

@@ -10,15 +10,13 @@ using namespace kestu;
 
 namespace {
 
-constexpr int affinity_problem = 120173;
-
 // Null when the mask has room for the processor; `action` is what could not be done.
 kestu_error_t *check_bound(const kestu_cpu_genaffinity &mask, uint32_t cpu, const char *action) {
     const uint64_t capacity = uint64_t{mask.size} * 8;
     if (cpu < capacity)
         return nullptr;
-    return fail(affinity_problem, "Can't %s cpu %u bit (mask supports only up to %u cpus).", action,
-                cpu, static_cast<uint32_t>(capacity));
+    return fail(KESTU_ERR_AFFINITY, "Can't %s cpu %u bit (mask supports only up to %u cpus).",
+                action, cpu, static_cast<uint32_t>(capacity));
 }
 
 uint8_t bit(uint32_t cpu) {
@@ -54,8 +52,7 @@ kestu_error_t *cpuid_test_genaffinity_bit(const kestu_cpu_genaffinity *mask, uin
     return err;
 }
 
-// Kept: two empty masks differ. Relied on by: callers that take a mask of size 0 for an unknown
-// one.
+// Kept: two empty masks differ. Relied on by: callers for whom a mask of size 0 is an unknown one.
 int intel_cpuid_cmp_equal_genaffinity(const kestu_cpu_genaffinity *a,
                                       const kestu_cpu_genaffinity *b) {
     const kestu_cpu_genaffinity &longer = a->size > b->size ? *a : *b;

@@ -11,8 +11,6 @@
 
 using namespace kestu;
 
-constexpr int bind_failed = 120174;
-
 [[gnu::noinline]] kestu_error_t *kestu_cpu_bind_context_to_logcpu(uint32_t cpu) {
     const KeptErrno kept;
     cpu_set_t set;
@@ -22,6 +20,6 @@ constexpr int bind_failed = 120174;
         CPU_SET(cpu, &set);
     if (sched_setaffinity(0, sizeof set, &set) == 0)
         return nullptr;
-    return wrap(fail(bind_failed, "%s", std::strerror(errno)),
+    return wrap(fail(KESTU_ERR_BIND, "%s", std::strerror(errno)),
                 "Failed to bind context to a logical processor.");
 }

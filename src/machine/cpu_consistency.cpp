@@ -12,8 +12,6 @@
 
 using namespace kestu;
 
-constexpr int affinity_problem = 120173;
-
 [[gnu::noinline]] kestu_error_t *
 kestu_cpu_set_chk_process_affinity_consistency(kestu_cpu_genaffinity *mask, uint32_t count) {
     const KeptErrno kept;
@@ -22,7 +20,7 @@ kestu_cpu_set_chk_process_affinity_consistency(kestu_cpu_genaffinity *mask, uint
     sched_getaffinity(0, sizeof allowed, &allowed);
     for (uint32_t cpu = 0; cpu < count; ++cpu) {
         if (cpu >= CPU_SETSIZE || !CPU_ISSET(cpu, &allowed))
-            return fail(affinity_problem, "%s", std::strerror(errno));
+            return fail(KESTU_ERR_AFFINITY, "%s", std::strerror(errno));
         if (kestu_error_t *err = intel_cpuid_set_genaffinity_bit(mask, cpu))
             return err;
     }

@@ -2,11 +2,11 @@
 #include "kestu_cpu.h"
 
 #include "base/kept_errno.hpp"
-#include "error/error.hpp"
 #include "kestu_str.h"
 #include "machine/cpu_leaf.hpp"
 #include "machine/cpu_topology.hpp"
 #include "machine/cpu_vendor.hpp"
+#include "mem/memory.hpp"
 
 #include <cerrno>
 #include <cstring>
@@ -17,11 +17,8 @@ using namespace kestu;
 
 namespace {
 
-constexpr int cpuid_missing = 120170;
-constexpr int affinity_problem = 120173;
-
 kestu_error_t *fail_affinity() {
-    return fail(affinity_problem, "%s", std::strerror(errno));
+    return fail(KESTU_ERR_AFFINITY, "%s", std::strerror(errno));
 }
 
 kestu_error_t *detect_vendor(kestu_cpu_t &record, apr_pool_t *scratch, bool &identified) {
@@ -46,13 +43,12 @@ kestu_error_t *detect(kestu_cpu_t &record, apr_pool_t *pool) {
     if (sched_getaffinity(0, sizeof saved, &saved) != 0)
         return fail_affinity();
     if (!kestu_cpu_check_cpuid_flag())
-        return fail(cpuid_missing);
+        return fail(KESTU_ERR_NO_CPUID);
     const VendorId id = vendor_id(running_processor()(0));
     kestu_str_strlcpy(record.vendor_id, id.text, sizeof record.vendor_id);
-    apr_pool_t *scratch;
-    const apr_status_t status = apr_pool_create_ex(&scratch, pool, nullptr, nullptr);
-    if (status != APR_SUCCESS)
-        return fail_apr(status);
+    apr_pool_t *scratch = nullptr;
+    if (kestu_error_t *err = new_pool(&scratch, pool))
+        return err;
     bool identified = false;
     kestu_error_t *err = detect_vendor(record, scratch, identified);
     if (identified && record.id.flags.sse)

@@ -13,9 +13,6 @@
 namespace kestu {
 namespace {
 
-constexpr int thread_level_missing = 120171;
-constexpr int leaves_restricted = 120172;
-
 constexpr uint32_t all_ones = 0xFFFFFFFF;
 
 // The leaf numbers its levels with eight bits.
@@ -72,7 +69,7 @@ kestu_error_t *split_by_leaf_b(const Leaves &leaves, kestu_cpu_split_t &split) {
         }
     }
     if (!has_threads)
-        return fail(thread_level_missing);
+        return fail(KESTU_ERR_NO_THREAD_LEVEL);
     if (has_cores) {
         split.core_mask = core_and_thread_mask ^ split.thread_mask;
     } else {
@@ -94,7 +91,7 @@ kestu_error_t *split_by_counts(const Leaves &leaves, const kestu_cpu_id_t &id,
         cores = bits(leaves(4).eax, 26, 31) + 1;
         threads /= cores;
     } else if (id.intel.restricted) {
-        return fail(leaves_restricted);
+        return fail(KESTU_ERR_CPUID_RESTRICTED);
     }
     split.thread_mask = kestu_util_create_mask(threads, &split.thread_width);
     split.core_mask = kestu_util_create_mask(cores, &split.core_width);

@@ -2,24 +2,24 @@
 #include "machine/cpu_topology.hpp"
 
 #include "base/kept_errno.hpp"
-#include "error/error.hpp"
 #include "kestu_mach.h"
 #include "machine/cpu_count.hpp"
+#include "mem/memory.hpp"
 
 #include <algorithm>
-#include <cstring>
 
 namespace kestu {
 namespace {
 
-constexpr int inconsistent_topology = 120175;
 constexpr int32_t every_processor = -1;
 
-// Zeroed memory for `count` objects, or null when there is none left; not null for a count of 0.
+// Zeroed memory for `count` objects.
 template <typename T>
-T *allocate(apr_pool_t *pool, size_t count) {
-    void *block = apr_palloc(pool, count * sizeof(T) + 1);
-    return block ? static_cast<T *>(std::memset(block, 0, count * sizeof(T))) : nullptr;
+kestu_error_t *make_zeroed(apr_pool_t *pool, T **made, size_t count) {
+    kestu_error_t *err = pool_make(pool, made, count);
+    if (!err)
+        std::fill_n(*made, count, T{});
+    return err;
 }
 
 bool wants_rate(const kestu_cpu_t &record, uint32_t cpu) {
@@ -63,8 +63,7 @@ kestu_error_t *visit_processors(const Rules &rules, const kestu_cpu_genaffinity 
 kestu_error_t *fail_flaw(const Rules &rules, Flaw flaw) {
     if (flaw == Flaw::none)
         return nullptr;
-    return fail(inconsistent_topology, rules.flaw_text,
-                rules.flaw_numbers[static_cast<size_t>(flaw)]);
+    return fail(KESTU_ERR_TOPOLOGY, rules.flaw_text, rules.flaw_numbers[static_cast<size_t>(flaw)]);
 }
 
 } // namespace
@@ -74,14 +73,13 @@ kestu_error_t *detect_topology(const Rules &rules, kestu_cpu_t &record, apr_pool
     const KeptErrno kept;
     const auto count = static_cast<uint32_t>(std::max(kestu_mach_os_cpu_num(), 0));
     kestu_cpu_genaffinity mask = {.size = count / 8 + 1, .bits = nullptr};
-    mask.bits = allocate<uint8_t>(pool, mask.size);
-    if (!mask.bits)
-        return fail_apr(APR_ENOMEM);
+    if (kestu_error_t *err = make_zeroed(pool, &mask.bits, mask.size))
+        return err;
     if (kestu_error_t *err = kestu_cpu_set_chk_process_affinity_consistency(&mask, count))
         return err;
-    auto *visits = allocate<Visit>(pool, count);
-    if (!visits)
-        return fail_apr(APR_ENOMEM);
+    Visit *visits = nullptr;
+    if (kestu_error_t *err = make_zeroed(pool, &visits, count))
+        return err;
     uint32_t visited;
     if (kestu_error_t *err =
             visit_processors(rules, mask, count, visits, visited, record, identified))

@@ -3,8 +3,8 @@
 // are.
 #include "kestu_array.h"
 
-#include "error/error.hpp"
 #include "kestu_mem.h"
+#include "mem/memory.hpp"
 
 #include <cstring>
 
@@ -29,22 +29,22 @@ uint64_t count_innermost(const kestu_mem_array_t &array) {
 }
 
 // The way from the outermost block to innermost block `number` of `blocks`.
-class Path {
+class Descent {
   public:
-    Path(kestu_mem_array_t &walked, uint64_t blocks, uint64_t number)
-        : array(walked), below(blocks), rest(number) {}
+    Descent(kestu_mem_array_t &walked, uint64_t blocks, uint64_t number)
+        : array(walked), below_(blocks), rest_(number) {}
 
     // Goes on through `block`, the one at hand, which is not an innermost one: where in it the
     // pointer to the next one stands.
     void **through(void *block) {
-        below /= array.dims[depth++];
-        void **slot = static_cast<void **>(block) + rest / below;
-        rest %= below;
+        below_ /= array.dims[depth++];
+        void **slot = static_cast<void **>(block) + rest_ / below_;
+        rest_ %= below_;
         return slot;
     }
 
     // Whether no later innermost block hangs off the block at hand.
-    bool comes_last() const { return rest == below - 1; }
+    bool comes_last() const { return rest_ == below_ - 1; }
 
     bool at_end() const { return depth == last_depth(array); }
 
@@ -52,16 +52,16 @@ class Path {
     uint32_t depth = 0; // of the block at hand
 
   private:
-    uint64_t below; // innermost blocks that hang off the block at hand
-    uint64_t rest;  // and which of them is wanted
+    uint64_t below_; // innermost blocks that hang off the block at hand
+    uint64_t rest_;  // and which of them is wanted
 };
 
 // Releases the blocks that exist on the way from `block` on, innermost first: going down, each
 // block, whose entries are not needed any more, keeps in its first one where to go back to.
-void free_path(Path path, void *block) {
+void free_way(Descent way, void *block) {
     void **above = nullptr;
-    while (block && !path.at_end()) {
-        void *next = *path.through(block);
+    while (block && !way.at_end()) {
+        void *next = *way.through(block);
         auto **entries = static_cast<void **>(block);
         entries[0] = above;
         above = entries;
@@ -78,25 +78,25 @@ void free_path(Path path, void *block) {
 void free_storage(kestu_mem_array_t &array) {
     const uint64_t blocks = count_innermost(array);
     for (uint64_t number = 0; number < blocks; ++number) {
-        Path path(array, blocks, number);
+        Descent way(array, blocks, number);
         void *block = array.data;
-        while (!path.comes_last())
-            block = *path.through(block);
-        free_path(path, block);
+        while (!way.comes_last())
+            block = *way.through(block);
+        free_way(way, block);
     }
 }
 
 // Makes the blocks that are missing on the way; when one fails, releases all that are on it.
-kestu_error_t *build_path(Path path) {
-    const Path start = path;
-    kestu_mem_array_t &array = path.array;
-    for (void **slot = &array.data;; slot = path.through(*slot)) {
+kestu_error_t *build_way(Descent way) {
+    const Descent start = way;
+    kestu_mem_array_t &array = way.array;
+    for (void **slot = &array.data;; slot = way.through(*slot)) {
         kestu_error_t *err = nullptr;
         if (!*slot)
-            err = kestu_mem_calloc(array.dims[path.depth], entry_size(array, path.depth), slot);
+            err = kestu_mem_calloc(array.dims[way.depth], entry_size(array, way.depth), slot);
         if (err)
-            free_path(start, array.data);
-        if (err || path.at_end())
+            free_way(start, array.data);
+        if (err || way.at_end())
             return err;
     }
 }
@@ -113,21 +113,22 @@ kestu_error_t *check_size(const kestu_mem_array_t &array) {
             block > most)
             return nullptr;
         if (blocks > most / block)
-            return fail(120012, "Failed to allocate %zu bytes of memory.", SIZE_MAX);
+            return no_memory(SIZE_MAX);
         blocks *= array.dims[depth];
     }
     return nullptr;
 }
 
-// Blocks come into being on the way to the first element that they hold. When one fails, only those
-// on the way to it are released; complete ones beside it stay, as callers have come to know it.
+// Blocks come into being on the way to the first element that they hold.
+// Kept: when one fails, complete blocks beside the way to it are not released.
+// Relied on by: programs that note the blocks that they are given.
 kestu_error_t *build_storage(kestu_mem_array_t &array) {
     if (kestu_error_t *err = check_size(array))
         return err;
     const uint64_t blocks = count_innermost(array);
     kestu_error_t *err = nullptr;
     for (uint64_t number = 0; !err && number < blocks; ++number)
-        err = build_path({array, blocks, number});
+        err = build_way({array, blocks, number});
     return err;
 }
 
@@ -153,9 +154,11 @@ kestu_error_t *fill_array(kestu_mem_array_t &array, int first, va_list rest) {
 
 kestu_error_t *make_array(kestu_mem_array_t **out, size_t elsize, int first, va_list rest) {
     if (elsize == 0)
-        return fail(120011, "Cannot allocate array for elements of size %zu bytes.", elsize);
+        return fail(KESTU_ERR_ELEMENT_SIZE, "Cannot allocate array for elements of size %zu bytes.",
+                    elsize);
     if (first == 0)
-        return fail(120010, "Cannot allocate memory for %d elements in first dimension.", first);
+        return fail(KESTU_ERR_ELEMENT_COUNT,
+                    "Cannot allocate memory for %d elements in first dimension.", first);
     if (kestu_error_t *err = kestu_mem_calloc(1, sizeof **out, out))
         return err;
     kestu_mem_array_t *array = *out;
@@ -238,17 +241,17 @@ kestu_error_t *kestu_mem_array_copyfromel(const kestu_mem_array_t *array, void *
     return nullptr;
 }
 
-// The message has no full stop: programs compare it.
+// Kept: the message has no full stop. Relied on by: programs that compare it.
 kestu_error_t *kestu_mem_array_allset(kestu_mem_array_t *array, int value, size_t elsize) {
     if (kestu_error_t *err = check_element_size(*array, elsize))
         return wrap(err, "Cannot set all elements of an array");
     const size_t bytes = array->dims[last_depth(*array)] * elsize;
     const uint64_t blocks = count_innermost(*array);
     for (uint64_t number = 0; number < blocks; ++number) {
-        Path path(*array, blocks, number);
+        Descent way(*array, blocks, number);
         void *block = array->data;
-        while (!path.at_end())
-            block = *path.through(block);
+        while (!way.at_end())
+            block = *way.through(block);
         std::memset(block, value, bytes);
     }
     return nullptr;

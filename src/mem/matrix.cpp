@@ -7,8 +7,9 @@ using namespace kestu;
 
 namespace {
 
-// hi - lo + 1 as callers have come to know it: in 32 bits, so that an inverted range becomes a size
-// that no allocator grants.
+// hi - lo + 1.
+// Kept: it is computed in 32 bits, and an inverted range becomes a size that no allocator grants.
+// Relied on by: programs that take the error of the allocation for that of a wrong range.
 size_t count_between(int lo, int hi) {
     const uint32_t count = static_cast<uint32_t>(hi) - static_cast<uint32_t>(lo) + 1;
     return static_cast<size_t>(static_cast<int32_t>(count));

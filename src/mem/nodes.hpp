@@ -1,7 +1,8 @@
 // Where the nodes of containers come from: one algorithm serves the pool and the malloc variant.
 #pragma once
 
-#include "error/error.hpp"
+#include "base/kept_errno.hpp"
+#include "mem/memory.hpp"
 
 #include <apr_pools.h>
 
@@ -9,8 +10,11 @@
 
 namespace kestu {
 
-[[nodiscard, gnu::returns_nonnull]] inline kestu_error_t *fail_memory(size_t bytes) {
-    return fail(120012, "Failed to allocate %zu bytes of memory.", bytes);
+// Memory for a node, not initialised, or null when `pool` has none.
+template <typename Node>
+Node *pool_node(apr_pool_t *pool, size_t bytes = sizeof(Node)) {
+    const KeptErrno kept;
+    return static_cast<Node *>(apr_palloc(pool, bytes));
 }
 
 // Nodes that live as long as their pool and are never given back one by one.
@@ -20,8 +24,8 @@ struct PoolNodes {
     // Stores a new node of `bytes` bytes, not initialised, through `node`.
     template <typename Node>
     kestu_error_t *make(Node **node, size_t bytes = sizeof(Node)) const {
-        *node = static_cast<Node *>(apr_palloc(pool, bytes));
-        return *node ? nullptr : fail_memory(bytes);
+        *node = pool_node<Node>(pool, bytes);
+        return *node ? nullptr : no_memory(bytes);
     }
     static void release(void *) {}
 };
@@ -30,8 +34,9 @@ struct PoolNodes {
 struct HeapNodes {
     template <typename Node>
     static kestu_error_t *make(Node **node, size_t bytes = sizeof(Node)) {
+        const KeptErrno kept;
         *node = static_cast<Node *>(std::malloc(bytes));
-        return *node ? nullptr : fail_memory(bytes);
+        return *node ? nullptr : no_memory(bytes);
     }
     static void release(void *node) { std::free(node); }
 };

@@ -1,7 +1,9 @@
 // The cleanups that users register with objects.
-#include "kestu_cdl.h"
+#include "obj/cleanups.hpp"
 
-#include "obj/object.hpp"
+#include "base/kept_errno.hpp"
+#include "error/error.hpp"
+#include "kestu_cdl.h"
 
 using namespace kestu;
 
@@ -13,9 +15,10 @@ struct Cleanup {
 };
 
 kestu_error_t *add_cleanup(kestu_obj_t *obj, const Cleanup &cleanup) {
+    const KeptErrno kept;
     auto *record = static_cast<Cleanup *>(apr_palloc(obj->pool, sizeof(Cleanup)));
     if (!record)
-        return fail(120012);
+        return fail(KESTU_ERR_NO_MEMORY);
     *record = cleanup;
     return kestu_cdl_add(&obj->cleanups, 0, record, nullptr, obj->pool);
 }

@@ -1,4 +1,8 @@
 // Emission of signals.
+#include "obj/emission.hpp"
+
+#include "base/kept_errno.hpp"
+#include "error/error.hpp"
 #include "obj/signals.hpp"
 
 #include <cstdlib>
@@ -18,6 +22,9 @@ struct Emission {
     Emission(const Emission &) = delete;
     Emission &operator=(const Emission &) = delete;
 
+    // Null when it is gone.
+    kestu_osig_t *signal() const { return obj ? find_signal(obj, code) : nullptr; }
+
     static thread_local Emission *running;
 
     const kestu_obj_t *obj; // null when it has been abandoned
@@ -31,16 +38,17 @@ struct Emission {
 // Visits the slots in the order of their entries until `visit` says false, and says whether it
 // never did.
 template <typename Visit>
-bool each_slot(const Entry *entry, Visit visit) {
+bool each_slot(const kestu_odest_t *entry, Visit visit) {
     for (; entry; entry = next_entry(entry))
-        for (const kestu_oslot_t &slot : Elements<kestu_oslot_t>(&entry->slot_array))
+        for (const kestu_oslot_t &slot : slots_of(*entry))
             if (!visit(Calls::Call{entry->destination, &slot}))
                 return false;
     return true;
 }
 
 // Null without memory.
-Calls *make_calls(const Entry *first) {
+Calls *make_calls(const kestu_odest_t *first) {
+    const KeptErrno kept;
     size_t count = 0;
     each_slot(first, [&](Calls::Call) { return ++count; });
     auto *calls = static_cast<Calls *>(std::malloc(sizeof(Calls) + count * sizeof(Calls::Call)));
@@ -54,27 +62,48 @@ Calls *make_calls(const Entry *first) {
     return calls;
 }
 
+// The calls of a signal, by its first entry. Null without memory, and when there is no place to
+// keep them.
+const Calls *calls_of(kestu_odest_t *first) {
+    Entry *keeper = own_entry(first);
+    if (keeper && !keeper->calls) [[unlikely]]
+        keeper->calls = make_calls(first);
+    return keeper ? keeper->calls : nullptr;
+}
+
 // Calls the slots. False when the object or its signals went away meanwhile.
 //
 // Entries, slots and calls stay where they are while the signal is busy; the signal itself may
 // move.
-bool call_slots(Entry *first, kestu_obj_t *obj, uint32_t code, void *argument) {
+bool call_slots(kestu_odest_t *first, kestu_obj_t *obj, uint32_t code, void *argument) {
     if (!first)
         return true;
-    if (!first->calls)
-        first->calls = make_calls(first);
-    const Emission emission(obj, code);
+    const Calls *calls = calls_of(first);
+    Emission emission(obj, code);
     const auto make = [&](const Calls::Call &call) {
         if (call.slot->callback)
             call.slot->callback(obj, code, call.destination, call.slot->user, argument);
         return emission.obj != nullptr;
     };
-    if (!first->calls) [[unlikely]]
+    if (!calls) [[unlikely]]
         return each_slot(first, make);
-    for (const Calls::Call &call : *first->calls)
+    for (const Calls::Call &call : *calls)
         if (!make(call)) [[unlikely]]
             return false;
     return true;
+}
+
+void narrow_actions(const kestu_osig_t &signal, const kestu_obj_t *obj) {
+    for (unsigned i = 0; signal.actions && i < signal.actions->i;) {
+        kestu_osigact_t &action = Elements<kestu_osigact_t>(signal.actions).first[i];
+        if (action.destination == obj && action.kind == KESTU_OSIGACT_CONNECT) {
+            utarray_erase(signal.actions, i, 1);
+            continue;
+        }
+        if (action.destination == obj)
+            action.code = static_cast<uint32_t>(signal.code);
+        ++i;
+    }
 }
 
 // Carries one action out and adds its failure to `failures`. False when the emitting signal is
@@ -96,16 +125,18 @@ bool carry_out(const kestu_osigact_t &action, kestu_obj_t *obj, uint32_t code,
             return false;
         break;
     default:
-        err = fail(120107);
+        err = fail(KESTU_ERR_SIGNAL_ACTION);
     }
     if (err)
         failures = kestu_error_compose_create(err, failures);
     return true;
 }
 
-// Carries out what waited. Failures are told only when the emitting signal goes; otherwise they are
-// dropped, since who asked for the actions has long been told of success.
-kestu_error_t *carry_out_all(UT_array *actions, kestu_obj_t *obj, uint32_t code) {
+// Carries out what waited.
+//
+// Kept: failures are told only when the emitting signal goes. Relied on by: emitters, who do not
+// expect errors of what others asked for.
+[[gnu::noinline]] kestu_error_t *carry_out_all(UT_array *actions, kestu_obj_t *obj, uint32_t code) {
     kestu_error_t *failures = nullptr;
     bool exists = true;
     for (const kestu_osigact_t &action : Elements<kestu_osigact_t>(actions)) {
@@ -124,25 +155,10 @@ kestu_error_t *carry_out_all(UT_array *actions, kestu_obj_t *obj, uint32_t code)
 
 namespace kestu {
 
-void abandon_emissions(const kestu_obj_t *obj) {
-    for (Emission *emission = Emission::running; emission; emission = emission->outer)
-        if (emission->obj == obj)
-            emission->obj = nullptr;
-}
-
-void drop_waiting_connections(const kestu_obj_t *obj) {
-    for (const Emission *emission = Emission::running; emission; emission = emission->outer) {
-        const kestu_osig_t *signal =
-            emission->obj ? find_signal(emission->obj, emission->code) : nullptr;
-        UT_array *actions = signal ? signal->actions : nullptr;
-        for (unsigned i = 0; actions && i < actions->i;) {
-            const kestu_osigact_t &action = Elements<kestu_osigact_t>(actions).first[i];
-            if (action.kind == KESTU_OSIGACT_CONNECT && action.destination == obj)
-                utarray_erase(actions, i, 1);
-            else
-                ++i;
-        }
-    }
+void forget_waiting(const kestu_obj_t *obj) {
+    for (const Emission *emission = Emission::running; emission; emission = emission->outer)
+        if (const kestu_osig_t *signal = emission->signal())
+            narrow_actions(*signal, obj);
 }
 
 } // namespace kestu
@@ -154,7 +170,7 @@ kestu_error_t *kestu_obj_emit_signal(kestu_obj_t *obj, uint32_t code, void *argu
     if (is_busy(*signal))
         return nullptr;
     signal->flags |= KESTU_OSIG_BUSY;
-    if (!call_slots(first_entry(*signal), obj, code, argument))
+    if (!call_slots(signal->destinations, obj, code, argument))
         return nullptr;
     signal = find_signal(obj, code);
     signal->flags &= static_cast<uint16_t>(~KESTU_OSIG_BUSY);
@@ -163,4 +179,13 @@ kestu_error_t *kestu_obj_emit_signal(kestu_obj_t *obj, uint32_t code, void *argu
     UT_array *actions = signal->actions;
     signal->actions = nullptr;
     return carry_out_all(actions, obj, code);
+}
+
+void kestu_obj_delete_signals(kestu_obj_t *obj) {
+    for (Emission *emission = Emission::running; emission; emission = emission->outer)
+        if (emission->obj == obj)
+            emission->obj = nullptr;
+    if (obj->signals)
+        utarray_done(obj->signals);
+    obj->signals = nullptr;
 }

@@ -1,44 +1,60 @@
-// What the engine keeps of an object behind the public record, and what its files ask of each
-// other.
+// What the engine keeps of an object behind the public record.
 #pragma once
 
-#include "error/error.hpp"
 #include "kestu_obj.h"
+
+#include <atomic>
 
 namespace kestu {
 
 struct Object;
 struct Entry;
 
-// One node in the tree of a parent that carries an object.
-struct Membership {
-    Object *parent;
-    kestu_tree_t *node;
-    bool named; // the parent's index of names leads to the node
-    Membership *next;
+// A node in the tree of a parent. It carries a child, or nothing any more when only its name is
+// still taken.
+struct Membership : kestu_tree_t {
+    Object *holder; // the parent
+    bool named;     // the holder's index of names leads here
+    Membership *next_of_child;
+    Membership *prev_of_child;
 };
 
+enum class Life : uint8_t { alive, dying, dead };
+
 struct Object : kestu_obj_t {
+    // Parents and children (children.cpp).
+    kestu_tree_t root;       // what `children` points to
+    Membership *last_child;  // of the tree
     Membership *memberships; // latest first; more than one when it was added several times
+    Membership *parked;      // nodes taken from the tree whose names still lead to them
     Object *wards; // the objects whose `parent` is this one, whether still in its tree or not
     Object *next_ward;
     Object *prev_ward;
-    Entry *known_by;      // the connections of other objects that lead to this one
-    kestu_tree_t *parked; // nodes taken from the tree whose names still lead to them
-    bool dying;           // its destruction has begun
+
+    // Signals (connection_table.cpp).
+    UT_array signal_array; // what `signals` points to
+    Entry *known_by;       // the connections of other objects that lead to this one
+
+    // Pools (pools.cpp).
+    Object *host;   // the nearest object in whose pool this one's lies, at whatever depth
+    Object *guests; // the objects whose host is this one, latest first
+    Object *next_guest;
+    Object *prev_guest;
+    Object *next_waiting; // of the pools that wait for their end
+    Object *prev_waiting;
+    std::atomic_flag guests_locked; // threads may share a pool as a parent of others
+    bool is_waiting;
+    bool is_going; // the end of its pool has begun
+    bool is_late;  // made in a pool whose end had begun
+
+    // Destruction (destruction.cpp).
+    Life life;
+    bool is_doomed; // its pool ends with it
+    Object *above;  // the dying parent whose destruction goes on after this one's
 };
 
 inline Object *object_of(kestu_obj_t *obj) {
     return static_cast<Object *>(obj);
 }
-
-// Destroys the children of `parent` in their order and releases tree and index.
-void destroy_children(Object &parent);
-
-// Takes `object` out of the trees of all its parents, and its wards out of its care.
-void leave_family(Object &object);
-
-// Calls the cleanups that are registered with `object`.
-void call_cleanups(Object &object);
 
 } // namespace kestu

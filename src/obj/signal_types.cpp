@@ -1,8 +1,9 @@
-// The registry of signal types.
+// Signal types.
 #include "kestu_objsig.h"
 
+#include "base/kept_errno.hpp"
 #include "base/pool_text.hpp"
-#include "obj/engine.hpp"
+#include "obj/registry.hpp"
 
 #include <cstring>
 
@@ -13,7 +14,6 @@ namespace {
 struct SignalType {
     uint32_t code;
     const char *name; // null for a type without a name
-    void *reserved;
 };
 
 SignalType *signal_type(void *data) {
@@ -22,64 +22,73 @@ SignalType *signal_type(void *data) {
 
 // A record that was given back, or else a new one.
 kestu_error_t *take_record(SignalType **record) {
-    if (kestu_cdl_t *ready = kestu_cdl_get_ready(engine.signal_types)) {
+    if (kestu_cdl_t *ready = kestu_cdl_get_ready(engine.signal_type_list)) {
         *record = signal_type(kestu_cdl_get_data(ready));
         return nullptr;
     }
-    *record = static_cast<SignalType *>(apr_palloc(engine.signal_type_pool, sizeof(SignalType)));
+    *record = static_cast<SignalType *>(apr_palloc(engine.signal_types.pool, sizeof(SignalType)));
     if (!*record)
-        return fail(120012);
+        return fail(KESTU_ERR_NO_MEMORY);
     **record = {};
-    return kestu_cdl_prepend(&engine.signal_types, 0, *record, nullptr, engine.signal_type_pool);
+    return kestu_cdl_prepend(&engine.signal_type_list, 0, *record, nullptr,
+                             engine.signal_types.pool);
 }
 
-// A record that is used again without a name keeps the name it had.
-kestu_error_t *add_signal_type(uint32_t *code, const char *name) {
+// Kept: a record that is used again without a name keeps the name it had. Relied on by: programs
+// that look it up.
+kestu_error_t *add_signal_type(uint32_t code, const char *name) {
+    const KeptErrno kept;
+    const char *copy = name ? pool_copy(engine.signal_types.pool, name) : nullptr;
+    if (name && !copy)
+        return fail(KESTU_ERR_NO_MEMORY);
     SignalType *record = nullptr;
     if (kestu_error_t *err = take_record(&record))
         return err;
-    record->code = *code = engine.next_signal_code;
-    if (name)
-        record->name = pool_copy(engine.signal_type_pool, name);
+    record->code = code;
+    if (copy)
+        record->name = copy;
     return nullptr;
 }
 
 } // namespace
 
-// Comes back with the lock held when the name is taken: programs treat that as the end.
 kestu_error_t *kestu_objsig_register(uint32_t *code, const char *name) {
     constexpr const char *action = "Cannot register signal.";
-    if (kestu_error_t *err = lock(engine.signal_type_lock))
-        return wrap(err, action);
-    if (name && kestu_objsig_query_type(name))
-        return wrap(fail(120103, "Object signal type [%s] already exists.", name), action);
-    if (kestu_error_t *err = add_signal_type(code, name)) {
-        unlock(engine.signal_type_lock, action);
-        return wrap(err, action);
-    }
-    ++engine.next_signal_code;
-    unlock(engine.signal_type_lock, action);
-    return nullptr;
+    const auto refuse = [=]() -> kestu_error_t * {
+        if (!kestu_objsig_query_type(name))
+            return nullptr;
+        return wrap(
+            fail(KESTU_ERR_SIGNAL_TYPE_EXISTS, "Object signal type [%s] already exists.", name),
+            action);
+    };
+    const auto add = [=](uint32_t next) {
+        kestu_error_t *err = add_signal_type(next, name);
+        if (!err)
+            *code = next;
+        return err;
+    };
+    return enrol(engine.signal_types, action, refuse, add);
 }
 
 kestu_error_t *kestu_objsig_deregister(uint32_t code) {
     constexpr const char *action = "Cannot deregister signal.";
-    if (kestu_error_t *err = lock(engine.signal_type_lock))
+    if (kestu_error_t *err = lock(engine.signal_types))
         return wrap(err, action);
     const auto has_code = [](uint32_t, void *data, void *wanted) -> int {
         return signal_type(data)->code == *static_cast<uint32_t *>(wanted);
     };
-    kestu_cdl_set_free(kestu_cdl_walk_node_first(engine.signal_types, has_code, &code));
-    unlock(engine.signal_type_lock, action);
+    kestu_cdl_set_free(kestu_cdl_walk_node_first(engine.signal_type_list, has_code, &code));
+    unlock(engine.signal_types, action);
     return nullptr;
 }
 
 uint32_t kestu_objsig_query_type(const char *name) {
     const auto has_name = [](uint32_t, void *data, void *wanted) -> void * {
         const char *own = signal_type(data)->name;
-        return own && std::strcmp(own, static_cast<const char *>(wanted)) == 0 ? data : nullptr;
+        return own && wanted && std::strcmp(own, static_cast<const char *>(wanted)) == 0 ? data
+                                                                                         : nullptr;
     };
     const SignalType *found = signal_type(
-        kestu_cdl_walk_ptr_first(engine.signal_types, has_name, const_cast<char *>(name)));
+        kestu_cdl_walk_ptr_first(engine.signal_type_list, has_name, const_cast<char *>(name)));
     return found ? found->code : 0;
 }

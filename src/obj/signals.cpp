@@ -1,18 +1,13 @@
 // The signals that an object has.
 #include "obj/signals.hpp"
 
-#include "kestu_mem.h"
-
+#include "error/error.hpp"
 using namespace kestu;
-
-UT_icd osig_icd = {sizeof(kestu_osig_t), nullptr, nullptr, osig_dtor};
-UT_icd oslot_icd = {sizeof(kestu_oslot_t), nullptr, nullptr, nullptr};
-UT_icd osigact_icd = {sizeof(kestu_osigact_t), nullptr, nullptr, nullptr};
 
 namespace kestu {
 
 kestu_error_t *no_such_signal(uint32_t code) {
-    return fail(120104, "Cannot find signal with code %d.", static_cast<int>(code));
+    return fail(KESTU_ERR_NO_SIGNAL, "Cannot find signal with code %d.", static_cast<int>(code));
 }
 
 void defer(kestu_osig_t &signal, const kestu_osigact_t &action) {
@@ -23,21 +18,26 @@ void defer(kestu_osig_t &signal, const kestu_osigact_t &action) {
 
 } // namespace kestu
 
+UT_icd osig_icd = {sizeof(kestu_osig_t), nullptr, nullptr, osig_dtor};
+UT_icd osigact_icd = {sizeof(kestu_osigact_t), nullptr, nullptr, nullptr};
+
 void osig_dtor(void *osig) {
     auto *signal = static_cast<kestu_osig_t *>(osig);
-    while (signal->destinations)
-        delete_entry(*signal, signal->destinations);
+    delete_all_entries(*signal);
     if (signal->actions)
         utarray_free(signal->actions);
     signal->actions = nullptr;
 }
 
 kestu_error_t *kestu_obj_add_signal(kestu_obj_t *obj, uint32_t code) {
-    if (!obj->signals)
-        utarray_new(obj->signals, &osig_icd);
     if (find_signal(obj, code))
-        return wrap(fail(120105, "A signal with code %d already exists.", static_cast<int>(code)),
+        return wrap(fail(KESTU_ERR_SIGNAL_EXISTS, "A signal with code %d already exists.",
+                         static_cast<int>(code)),
                     "Cannot add signal to object.");
+    if (!obj->signals) {
+        obj->signals = &object_of(obj)->signal_array;
+        utarray_init(obj->signals, &osig_icd);
+    }
     const kestu_osig_t signal = {static_cast<int32_t>(code), 0, nullptr, nullptr};
     utarray_push_back(obj->signals, &signal);
     return nullptr;
@@ -56,13 +56,6 @@ void kestu_obj_remove_signal(kestu_obj_t *obj, uint32_t code) {
                                .callback = nullptr});
     const auto index = static_cast<unsigned>(signal - signals_of(obj).begin());
     utarray_erase(obj->signals, index, 1);
-}
-
-void kestu_obj_delete_signals(kestu_obj_t *obj) {
-    abandon_emissions(obj);
-    if (obj->signals)
-        utarray_free(obj->signals);
-    obj->signals = nullptr;
 }
 
 kestu_error_t *kestu_obj_set_signal_flags(kestu_obj_t *obj, uint32_t code, uint32_t flags) {

@@ -1,9 +1,8 @@
-// The registry of object types.
+// Object types.
 #include "kestu_obj.h"
 
-#include "obj/engine.hpp"
-
-#include <apr_pools.h>
+#include "base/kept_errno.hpp"
+#include "obj/registry.hpp"
 
 using namespace kestu;
 
@@ -26,39 +25,36 @@ const Type *find_type(const char *name) {
         return found ? type : nullptr;
     };
     return static_cast<Type *>(
-        kestu_dl_walk_ptr_first(engine.types, has_name, const_cast<char *>(name)));
+        kestu_dl_walk_ptr_first(engine.type_list, has_name, const_cast<char *>(name)));
 }
 
-// Appends a new type; the registry is locked and none of the names is taken.
-kestu_error_t *add_type(uint32_t *code, kestu_strlist_t *names, kestu_objtype_create_func create) {
-    auto *type = static_cast<Type *>(apr_palloc(engine.pool, sizeof(Type)));
+kestu_error_t *add_type(uint32_t code, kestu_strlist_t *names, kestu_objtype_create_func create) {
+    const KeptErrno kept;
+    apr_pool_t *pool = engine.types.pool;
+    auto *type = static_cast<Type *>(apr_palloc(pool, sizeof(Type)));
     if (!type)
-        return fail(120012);
-    *type = {engine.next_type_code, nullptr, create ? create : create_plain};
-    *code = type->code;
-    kestu_error_t *err = kestu_strlist_create(&type->names, engine.pool);
+        return fail(KESTU_ERR_NO_MEMORY);
+    *type = {code, nullptr, create ? create : create_plain};
+    kestu_error_t *err = kestu_strlist_create(&type->names, pool);
     if (!err)
-        err = kestu_strlist_copy(type->names, names, engine.pool);
+        err = kestu_strlist_copy(type->names, names, pool);
     if (!err)
-        err = kestu_dl_append(&engine.types, 0, type, nullptr, engine.pool);
+        err = kestu_dl_append(&engine.type_list, 0, type, nullptr, pool);
     return err;
 }
 
 } // namespace
 
-// Comes back with the lock held when a name is taken: programs treat that as the end.
 kestu_error_t *kestu_objtype_register(uint32_t *code, kestu_strlist_t *names,
                                       kestu_objtype_create_func create) {
-    constexpr const char *action = "Cannot register object type.";
-    if (kestu_error_t *err = lock(engine.type_lock))
-        return wrap(err, action);
-    if (kestu_objtype_is_names_exist(names))
-        return fail(120101);
-    if (kestu_error_t *err = add_type(code, names, create))
-        return wrap(unlock_after(engine.type_lock, err), action);
-    ++engine.next_type_code;
-    unlock(engine.type_lock, action);
-    return nullptr;
+    const auto refuse = [=] {
+        return kestu_objtype_is_names_exist(names) ? fail(KESTU_ERR_TYPE_EXISTS) : nullptr;
+    };
+    const auto add = [=](uint32_t next) {
+        *code = next;
+        return add_type(next, names, create);
+    };
+    return enrol(engine.types, "Cannot register object type.", refuse, add);
 }
 
 int32_t kestu_objtype_is_names_exist(kestu_strlist_t *names) {
@@ -79,7 +75,5 @@ kestu_error_t *kestu_objtype_create_object(const char *type_name, const char *na
     const Type *type = find_type(type_name);
     if (!type)
         return fail(0, "Cannot create object. Type [%s] is not registered.", type_name);
-    if (!type->create)
-        return fail(0, "Cannot create object of type [%s]. Method is not registered.", type_name);
     return wrap(type->create(name, out, pool), "Cannot create object.");
 }

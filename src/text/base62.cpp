@@ -150,7 +150,7 @@ kestu_error_t *kestu_str_base62_to_int64(const char *s, char **end, int base, in
     const bool fits = read_digits(&at, base, limit, &number);
     *value = static_cast<int64_t>(negative ? 0 - number : number);
     if (!fits)
-        return fail(120062, "'%s' does not fit into 64-bit signed integer.", s);
+        return fail(KESTU_ERR_INTEGER_TEXT, "'%s' does not fit into 64-bit signed integer.", s);
     if (end)
         *end = const_cast<char *>(at == digits ? s : at);
     return nullptr;

@@ -6,18 +6,22 @@
 
 #include <emmintrin.h>
 
-using namespace kestu;
-
 namespace kestu {
 namespace {
 
 struct Register128 {
     using Bytes [[gnu::vector_size(16)]] = unsigned char;
     using SignedBytes [[gnu::vector_size(16)]] = signed char;
-    using Anywhere [[gnu::vector_size(16), gnu::aligned(1), gnu::may_alias]] = unsigned char;
 
     static unsigned mask(Bytes bytes) {
         return static_cast<unsigned>(_mm_movemask_epi8(reinterpret_cast<__m128i>(bytes)));
+    }
+    // The bytes from number `shift` on of two blocks.
+    static Bytes join(Bytes low, Bytes high, size_t shift) {
+        const Bytes both[] = {low, high};
+        Bytes joined;
+        std::memcpy(&joined, reinterpret_cast<const char *>(both) + shift, sizeof joined);
+        return joined;
     }
 };
 
@@ -35,20 +39,17 @@ constexpr ComparePath first_use = {"not_chosen", nullptr, [](const char *s1, con
 constinit Dispatch<ComparePath> compare_dispatch{paths, first_use};
 
 int compare_folded_128(const char *s1, const char *s2) {
-    return compare_folded<Register128>(s1, s2);
+    return compare_folded<Register128, Register128>(s1, s2);
 }
 
 } // namespace kestu
 
-// Short texts are through before a path would have been looked up.
+using namespace kestu;
+
+// Short texts are mostly through before a path would have been looked up.
 [[gnu::no_sanitize_address]] int kestu_str_stricmp(const char *s1, const char *s2) {
-    constexpr ptrdiff_t step = sizeof(Register128::Bytes), head = 3 * step;
-    if ((offset_in_page(s1) | offset_in_page(s2)) <= page_size - head) [[likely]] {
-        for (ptrdiff_t i = 0; i < head; i += step)
-            if (const unsigned found = stops<Register128>(s1 + i, s2 + i))
-                return difference_at(s1 + i, s2 + i, found);
-        s1 += head;
-        s2 += head;
-    }
-    return compare_dispatch.current().compare(s1, s2);
+    Comparison texts{s1, s2};
+    if (lie_alike<Register128>(texts) && compare_alike<Register128>(texts, 3))
+        return texts.difference;
+    return compare_dispatch.current().compare(texts.s1, texts.s2);
 }

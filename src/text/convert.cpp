@@ -33,20 +33,20 @@ kestu_error_t *convert(const char *s, Stored *out, Parsed (*parse)(const char *,
 } // namespace
 
 kestu_error_t *kestu_str_to_double(const char *s, double *out) {
-    return convert(s, out, std::strtod, 120063, "double");
+    return convert(s, out, std::strtod, KESTU_ERR_DOUBLE_TEXT, "double");
 }
 
 // Kept: the low 32 bits of what fits a long are stored. Relied on by: callers.
 kestu_error_t *kestu_str_to_integer(const char *s, int *out) {
     return convert<long>(
-        s, out, [](const char *text, char **end) { return std::strtol(text, end, 10); }, 120062,
-        "integer");
+        s, out, [](const char *text, char **end) { return std::strtol(text, end, 10); },
+        KESTU_ERR_INTEGER_TEXT, "integer");
 }
 
 kestu_error_t *kestu_str_to_int64(const char *s, int64_t *out) {
     return convert<long long>(
-        s, out, [](const char *text, char **end) { return std::strtoll(text, end, 10); }, 120062,
-        "int64");
+        s, out, [](const char *text, char **end) { return std::strtoll(text, end, 10); },
+        KESTU_ERR_INTEGER_TEXT, "int64");
 }
 
 int kestu_str_is_integer(const char *s) {

@@ -112,7 +112,7 @@ kestu_error_t *scan_hex(const char **in, const char *end, int max_digits, uint32
         else
             break;
     }
-    return *in == start ? fail(120064) : nullptr;
+    return *in == start ? fail(KESTU_ERR_NO_HEX_DIGITS) : nullptr;
 }
 
 kestu_error_t *esc_char(const char **in, const char *end, uint32_t *value) {
@@ -184,7 +184,7 @@ kestu_error_t *kestu_str_escape_unparse(char *out, size_t *size, const char *in,
         if (item.size() <= output.room())
             output.put(item);
         else
-            err = fail(120066);
+            err = fail(KESTU_ERR_BUFFER_TOO_SMALL);
     }
     *size = output.finish();
     return err;

@@ -46,13 +46,27 @@ constexpr uint16_t code_point_of(unsigned byte) {
     return byte < 128 ? static_cast<uint16_t>(byte) : upper_half[byte - 128];
 }
 
+// An array that a function may return. In memory it is the array of the header.
+template <typename Entry, size_t size>
+struct Table {
+    Entry entries[size];
+};
+
+// An entry for every byte, and zeros behind.
+template <typename Entry, size_t size>
+constexpr Table<Entry, size> table_of(Entry (*entry_of)(unsigned byte)) {
+    Table<Entry, size> table = {};
+    for (unsigned byte = 0; byte < 256; ++byte)
+        table.entries[byte] = entry_of(byte);
+    return table;
+}
+
 } // namespace
 
-#define FOUR(f, n) f(n), f((n) + 1), f((n) + 2), f((n) + 3)
-#define SIXTEEN(f, n) FOUR(f, n), FOUR(f, (n) + 4), FOUR(f, (n) + 8), FOUR(f, (n) + 12)
-#define SIXTY_FOUR(f, n)                                                                           \
-    SIXTEEN(f, n), SIXTEEN(f, (n) + 16), SIXTEEN(f, (n) + 32), SIXTEEN(f, (n) + 48)
-#define EVERY_BYTE(f) SIXTY_FOUR(f, 0), SIXTY_FOUR(f, 64), SIXTY_FOUR(f, 128), SIXTY_FOUR(f, 192)
+extern "C" {
+extern KESTU_API Table<uint32_t, 257> char_set asm("CharSet");
+extern KESTU_API const Table<uint16_t, 256> uni_code asm("UniCode");
+}
 
-constinit uint32_t CharSet[257] = {EVERY_BYTE(classes_of), 0};
-const uint16_t UniCode[256] = {EVERY_BYTE(code_point_of)};
+constinit Table<uint32_t, 257> char_set = table_of<uint32_t, 257>(classes_of);
+constinit const Table<uint16_t, 256> uni_code = table_of<uint16_t, 256>(code_point_of);

@@ -1,10 +1,13 @@
 // Replacement of substrings and of characters.
 #include "kestu_str.h"
 
-#include <cerrno>
+#include "base/kept_errno.hpp"
+
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+
+using namespace kestu;
 
 namespace {
 
@@ -29,10 +32,8 @@ char *replace(const char *s, const char *from, const char *to, size_t most) {
     size_t put_in = 0;
     size_t length = s_length - occurrences * from_length;
     if (__builtin_mul_overflow(occurrences, to_length, &put_in) ||
-        __builtin_add_overflow(length, put_in, &length) || length == SIZE_MAX) {
-        errno = ENOMEM;
+        __builtin_add_overflow(length, put_in, &length) || length == SIZE_MAX)
         return nullptr;
-    }
     auto *result = static_cast<char *>(std::malloc(length + 1));
     if (!result)
         return nullptr;
@@ -50,18 +51,19 @@ char *replace(const char *s, const char *from, const char *to, size_t most) {
 } // namespace
 
 char *kestu_str_replace_all(const char *s, const char *from, const char *to) {
+    const KeptErrno kept;
     return from && to && *from ? replace(s, from, to, SIZE_MAX) : strdup(s);
 }
 
 char *kestu_str_replace(const char *s, const char *from, const char *to) {
+    const KeptErrno kept;
     return replace(s, from, to, 1);
 }
 
 char *kestu_str_replace_char(char *s, char from, char to) {
-    if (from == '\0')
+    if (from == '\0' || from == to)
         return s;
-    for (char *c = s; *c; ++c)
-        if (*c == from)
-            *c = to;
+    for (char *c = s; (c = std::strchr(c, from)) != nullptr; *c = to) {
+    }
     return s;
 }

@@ -4,6 +4,7 @@
 #include "kestu_str.h"
 
 #include "base/decimal.hpp"
+#include "base/digits.hpp"
 #include "support/alloc_failure.hpp"
 
 #include <gtest/gtest.h>

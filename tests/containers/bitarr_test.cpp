@@ -7,6 +7,7 @@
 #include "support/on_path.hpp"
 
 #include <algorithm>
+#include <cerrno>
 #include <random>
 #include <string>
 
@@ -187,6 +188,12 @@ TEST(BitArray, PrintingWritesOneCharacterABit) {
         testing::internal::CaptureStdout();
         kestu_bitarr_print(ba, stdout);
         EXPECT_EQ(testing::internal::GetCapturedStdout(), checked_text(ba));
+        FILE *full = fopen("/dev/full", "w");
+        setbuf(full, nullptr);
+        errno = 77;
+        kestu_bitarr_print(ba, full);
+        EXPECT_EQ(errno, 77);
+        fclose(full);
     }
 }
 

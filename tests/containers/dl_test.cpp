@@ -8,6 +8,7 @@
 #include "trace.hpp"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <random>
 #include <string>
@@ -22,6 +23,7 @@ enum Where { after, before, first, last };
 
 // The functions that exist for both kinds of nodes, so that one test serves both.
 struct PoolList {
+    static constexpr const char *node_error = nullptr;
     Pool pool;
 
     auto add(Where where, kestu_dl_t **handle, uint32_t tag, void *data, kestu_dl_t **out) {
@@ -36,6 +38,7 @@ struct PoolList {
 };
 
 struct HeapList {
+    static constexpr const char *node_error = "Can't allocate memory for dlm node.";
     Pool pool;
 
     auto add(Where where, kestu_dl_t **handle, uint32_t tag, void *data, kestu_dl_t **out) {
@@ -207,11 +210,15 @@ TYPED_TEST(DlBoth, RefusedNodesLeaveListHandleAndOutAlone) {
     ASSERT_OK(this->f.add(last, &list, 1, nullptr, nullptr));
     kestu_dl_t *const handle = list;
     for (const Where where : {after, before, first, last})
-        for (kestu_dl_t **grown : {&list, &none})
-            EXPECT_CHAIN(this->f.pool.without_memory(
-                             [&] { return this->f.add(where, grown, 2, nullptr, &out); }),
-                         Element(120012, messages[where]),
-                         Element(120012, "Failed to allocate 32 bytes of memory."));
+        for (kestu_dl_t **grown : {&list, &none}) {
+            std::vector<Element> expected = {{120012, messages[where]}};
+            if (TypeParam::node_error)
+                expected.emplace_back(120012, TypeParam::node_error);
+            expected.emplace_back(120012, "Failed to allocate 32 bytes of memory.");
+            EXPECT_EQ(take_chain(this->f.pool.without_memory(
+                          [&] { return this->f.add(where, grown, 2, nullptr, &out); })),
+                      expected);
+        }
     EXPECT_EQ(list, handle);
     EXPECT_THAT(checked_tags(list), ElementsAre(1));
     EXPECT_EQ(none, nullptr);
@@ -236,8 +243,12 @@ TEST_F(DlList, CreatedNodesAreInNoList) {
     kestu_dl_update(node, 3, &objects[3]);
     EXPECT_EQ(kestu_dl_get_data_tag(node, nullptr), &objects[3]);
     EXPECT_THAT(checked_tags(node), ElementsAre(3));
-    EXPECT_OK(pool.without_memory([&] { return kestu_dl_create(2, nullptr, &node, pool); }));
-    EXPECT_EQ(node, nullptr); // and no error, as callers rely on
+    const auto create = [&] {
+        errno = 77;
+        return kestu_dl_create(2, nullptr, &node, pool);
+    };
+    EXPECT_EQ(pool.without_memory(create), nullptr); // callers rely on it
+    EXPECT_TRUE(!node && errno == 77);
     EXPECT_CHAIN(pool.without_memory([&] { return kestu_dlm_create(2, nullptr, &heap_node); }),
                  Element(120012, "Can't allocate memory for dlm node."),
                  Element(120012, "Failed to allocate 32 bytes of memory."));
@@ -333,8 +344,10 @@ TEST_F(DlList, AnErrorEndsDestructionAndTheHandleReachesTheRest) {
         {4, {4, 3}, {1, 2, 5, 6}, 5}, {0, {1, 2, 3}, {4, 5, 6}, 4}, {5, {5, 4, 3}, {1, 2, 6}, 6}};
     for (const auto &c : cases) {
         kestu_dl_t *list = make(1, 6)[c.handle];
-        EXPECT_THAT(ended(kestu_dl_destroy_errfunc, &list, see_err, 3),
-                    Pair(KestuDLlistStopWalking, c.seen));
+        const auto [err, seen] = ended(kestu_dl_destroy_errfunc, &list, see_err, 3);
+        EXPECT_EQ(seen, c.seen);
+        EXPECT_CHAIN(err, Element(0, "Error while destroy DL List."),
+                     Element(0, "KestuDLlistStopWalking"));
         EXPECT_EQ(checked_tags(list), c.left);
         EXPECT_EQ(list->tag, c.handle_after);
     }

@@ -1,5 +1,6 @@
 // The trie: its exact shape and counts after all operations, its order, and failures that leave no
 // trace.
+#include "kestu_mem.h"
 #include "kestu_trie.h"
 
 #include "support/alloc_failure.hpp"
@@ -9,10 +10,12 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstring>
 #include <map>
 #include <memory>
 #include <random>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -115,13 +118,15 @@ std::vector<std::string> walk(const kestu_trie_node_t *node) {
     return keys;
 }
 
-std::vector<unsigned> halves(const std::string &key) {
-    std::vector<unsigned> halves;
-    for (const unsigned char byte : key) {
-        halves.push_back(byte & 15);
-        halves.push_back(byte >> 4);
-    }
-    return halves;
+unsigned half(const std::string &key, size_t depth) {
+    return static_cast<uint8_t>(key[depth / 2]) >> (depth % 2 * 4) & 15;
+}
+
+bool comes_first(const std::string &a, const std::string &b) {
+    for (size_t depth = 0; depth < 2 * std::min(a.size(), b.size()); ++depth)
+        if (half(a, depth) != half(b, depth))
+            return half(a, depth) < half(b, depth);
+    return a.size() < b.size();
 }
 
 } // namespace
@@ -236,19 +241,30 @@ TYPED_TEST(TrieBoth, WalksComeBackToAnyNumberOfForks) {
     std::shuffle(keys.begin(), keys.end(), std::mt19937(1));
     for (const auto &key : keys)
         this->insert(key);
-    std::sort(keys.begin(), keys.end(),
-              [](const auto &a, const auto &b) { return halves(a) < halves(b); });
+    std::sort(keys.begin(), keys.end(), comes_first);
     EXPECT_EQ(walk(this->trie->root), keys);
     struct Expected {
         const std::string *next;
-    } expected{keys.data()};
+    };
     const auto compare = [](uint64_t length, const uint8_t *, void *, void *baton) {
         EXPECT_EQ(static_cast<Expected *>(baton)->next++->size(), length);
     };
-    AllocFailure no_memory(1, all_after);
-    kestu_trie_walk(this->trie, compare, &expected);
-    EXPECT_TRUE(no_memory.happened());
-    EXPECT_EQ(expected.next, keys.data() + keys.size());
+    const auto visited = [&](const kestu_trie_node_t *node) {
+        Expected expected{keys.data()};
+        AllocFailure no_memory(1, all_after);
+        errno = 77;
+        traverse_node(node, compare, &expected);
+        EXPECT_TRUE(no_memory.happened() && errno == 77);
+        return expected.next - keys.data();
+    };
+    const auto *root = reinterpret_cast<kestu_trie_inner_t *>(this->trie->root);
+    EXPECT_EQ(visited(this->trie->root), 300);
+    EXPECT_EQ(visited(root->children[0]), 299);
+    const auto change_key = [](uint64_t, const uint8_t *key, void *, void *) {
+        const_cast<uint8_t *>(key)[0] = 0xFF;
+    };
+    kestu_trie_walk(this->trie, change_key, nullptr); // after which no way back is known
+    EXPECT_LT(visited(this->trie->root), 300);
 }
 
 TYPED_TEST(TrieBoth, KeysMayBeDeletedByTheirOwnCopies) {
@@ -411,55 +427,54 @@ namespace {
 
 // The trie as it is told: recursive, and in the order of the telling.
 struct Model {
-    bool leaf = true;
+    uint32_t type = KESTU_TRIE_LEAF;
     std::string key = {};
+    void *value = nullptr;
     uint32_t count = 0;
     std::unique_ptr<Model> end = nullptr;
     std::array<std::unique_ptr<Model>, 16> children = {};
+
+    std::unique_ptr<Model> &slot_of(const std::string &wanted, size_t depth) {
+        return wanted.size() * 2 > depth ? children[half(wanted, depth)] : end;
+    }
 };
 using Slot = std::unique_ptr<Model>;
 
-bool insert(Slot &slot, Slot &added, size_t depth) {
-    const auto way = halves(added->key);
+// The code of the error, or 0.
+int insert_in(Slot &slot, Slot &added, size_t depth) {
     if (!slot) {
         slot = std::move(added);
-        return true;
+        return 0;
     }
-    if (slot->leaf) {
-        if (slot->key == added->key)
-            return false;
-        auto inner = std::make_unique<Model>(Model{.leaf = false, .count = 1});
-        const auto present = halves(slot->key);
-        (present.size() > depth ? inner->children[present[depth]] : inner->end) = std::move(slot);
-        slot = std::move(inner);
+    if (slot->type > KESTU_TRIE_INNER)
+        return 120091;
+    if (slot->type == KESTU_TRIE_LEAF) {
+        auto inner = std::make_unique<Model>(Model{.type = KESTU_TRIE_INNER, .count = 1});
+        Slot &present = inner->slot_of(slot->key, depth);
+        present = std::move(slot);
+        const int code = insert_in(inner, added, depth);
+        slot = std::move(code ? present : inner);
+        return code;
     }
-    if (way.size() == depth) {
-        if (slot->end)
-            return false;
-        slot->end = std::move(added);
-    } else if (!insert(slot->children[way[depth]], added, depth + 1)) {
-        return false;
-    }
-    ++slot->count;
-    return true;
+    Slot &next = slot->slot_of(added->key, depth);
+    const bool ends = &next == &slot->end;
+    const int code = ends && next ? 120082 : insert_in(next, added, depth + 1);
+    slot->count += code == 0;
+    return code;
 }
 
-void remove(Slot &slot, const std::string &key, size_t depth) {
-    if (!slot)
+void remove_from(Slot &slot, const std::string &key, size_t depth) {
+    if (!slot || slot->type > KESTU_TRIE_INNER)
         return;
-    if (slot->leaf) {
+    if (slot->type == KESTU_TRIE_LEAF) {
         if (slot->key == key)
             slot = nullptr;
         return;
     }
-    const auto way = halves(key);
-    if (way.size() == depth) {
-        if (!slot->end)
-            return;
-        slot->end = nullptr;
-    } else {
-        remove(slot->children[way[depth]], key, depth + 1);
-    }
+    Slot &next = slot->slot_of(key, depth);
+    if (&next == &slot->end && (!next || next->key != key))
+        return;
+    remove_from(next, key, depth + 1);
     if (--slot->count != 1)
         return;
     std::vector<Slot *> present;
@@ -468,26 +483,35 @@ void remove(Slot &slot, const std::string &key, size_t depth) {
     for (auto &child : slot->children)
         if (child)
             present.push_back(&child);
-    if (present.size() == 1 && (*present[0])->leaf) {
+    if (present.size() == 1 && (*present[0])->type == KESTU_TRIE_LEAF) {
         Slot risen = std::move(*present[0]);
         slot = std::move(risen);
     }
 }
 
-std::string shape_of(const Slot &slot) {
-    if (!slot || slot->leaf)
-        return slot ? slot->key : "";
-    std::string shape = "[";
-    shape.append(std::to_string(static_cast<int32_t>(slot->count)));
-    if (slot->end)
-        shape.append(" ").append(slot->end->key);
-    for (size_t i = 0; i < 16; ++i)
-        if (slot->children[i])
-            shape.append(" ")
-                .append(std::to_string(i))
-                .append("=")
-                .append(shape_of(slot->children[i]));
-    return shape.append("]");
+// The node at the end of a key's way, or null.
+const Model *seek(const Slot &slot, const std::string &key, size_t depth = 0) {
+    const bool leads_on = slot && slot->type == KESTU_TRIE_INNER;
+    return leads_on ? seek(slot->slot_of(key, depth), key, depth + 1) : slot.get();
+}
+
+void *value_in(const Slot &root, const std::string &key) {
+    const Model *leaf = seek(root, key);
+    return leaf && leaf->key == key ? leaf->value : nullptr;
+}
+
+bool is_told(const kestu_trie_node_t *node, const Slot &slot) {
+    if (!node || !slot || node->type != slot->type || node->type > KESTU_TRIE_INNER)
+        return node ? slot && node->type == slot->type : !slot;
+    if (node->type == KESTU_TRIE_LEAF) {
+        const auto *leaf = reinterpret_cast<const kestu_trie_leaf_t *>(node);
+        return leaf->value == slot->value &&
+               slot->key == std::string_view(reinterpret_cast<char *>(leaf->key), leaf->length);
+    }
+    const auto *inner = reinterpret_cast<const kestu_trie_inner_t *>(node);
+    return inner->count == slot->count &&
+           is_told(reinterpret_cast<kestu_trie_node_t *>(inner->end), slot->end) &&
+           std::equal(inner->children, inner->children + 16, slot->children.begin(), is_told);
 }
 
 // Some letters, in half of the keys long runs that others share or leave on their way, and letters.
@@ -507,44 +531,177 @@ std::string random_key(std::mt19937 &random, bool long_runs) {
 
 } // namespace
 
-TYPED_TEST(TrieBoth, RandomOperationsKeepEverySlotAndCountAsInAModel) {
+// A trie beside its model. Operations change both, and so does a caller who edits records: types,
+// links, counts and keys, and nodes of his own.
+template <typename Kind>
+class TrieModel : public TrieBoth<Kind> {
+  protected:
+    using Real = kestu_trie_node_t;
+    using Inner = kestu_trie_inner_t;
+    using Leaf = kestu_trie_leaf_t;
+
+    // One change to what the way of a key passes.
+    void edit(const std::string &key) {
+        size_t depth = 0;
+        Real **real = &this->trie->root;
+        Slot *slot = &model;
+        for (size_t rest = below(60); rest > 0 && *slot && (*slot)->type == 1; --rest, ++depth) {
+            if (key.size() * 2 == depth)
+                return;
+            real = &reinterpret_cast<Inner *>(*real)->children[half(key, depth)];
+            slot = &(*slot)->children[half(key, depth)];
+        }
+        if (!*slot) {
+            if (apart.empty())
+                return;
+            *real = apart.back().first;
+            *slot = std::move(apart.back().second);
+            apart.pop_back();
+        } else if ((*slot)->type > KESTU_TRIE_INNER) {
+            (*real)->type = (*slot)->type = types[*real];
+            types.erase(*real);
+        } else if (const size_t kind = below(5); kind == 0) {
+            types[*real] = (*slot)->type;
+            (*real)->type = (*slot)->type = static_cast<uint32_t>(2 + below(9));
+        } else if (kind == 1) {
+            apart.emplace_back(std::exchange(*real, nullptr), std::move(*slot));
+        } else if ((*slot)->type == KESTU_TRIE_INNER) {
+            reinterpret_cast<Inner *>(*real)->count = (*slot)->count =
+                static_cast<uint32_t>(below(4));
+        } else {
+            kind == 2 ? grow(real, slot, depth) : rename(reinterpret_cast<Leaf *>(*real), **slot);
+        }
+    }
+
+    // An inner node that nobody cleared takes the place of a leaf.
+    void grow(Real **real, Slot *slot, size_t depth) {
+        auto *inner = static_cast<Inner *>(block(sizeof(Inner)));
+        Slot above = std::make_unique<Model>(Model{.type = KESTU_TRIE_INNER, .count = 1});
+        const std::string &key = (*slot)->key;
+        inner->type = KESTU_TRIE_INNER;
+        inner->end = nullptr;
+        inner->count = 1;
+        std::fill_n(inner->children, 16, nullptr);
+        if (key.size() * 2 > depth)
+            inner->children[half(key, depth)] = *real;
+        else
+            inner->end = reinterpret_cast<Leaf *>(*real);
+        above->slot_of(key, depth) = std::move(*slot);
+        *real = reinterpret_cast<Real *>(inner);
+        *slot = std::move(above);
+    }
+
+    // A shorter key, one that parts from the old one anywhere, or another in a block of its own.
+    void rename(Leaf *leaf, Model &leaf_model) {
+        std::string &key = leaf_model.key;
+        if (const size_t kind = below(3); kind == 0 && !key.empty()) {
+            key.resize(below(key.size()));
+        } else if (kind == 1 && !key.empty()) {
+            key[below(key.size())] ^= static_cast<char>(1U << below(8));
+        } else {
+            key += 'k';
+            // The library's own copies stand behind their leaves.
+            if (Kind::frees && leaf->key != reinterpret_cast<uint8_t *>(leaf + 1))
+                kestu_mem_free(leaf->key);
+            leaf->key = static_cast<uint8_t *>(block(key.size()));
+        }
+        std::copy(key.begin(), key.end(), leaf->key);
+        leaf->length = key.size();
+    }
+
+    // Memory with leftovers.
+    void *block(size_t size) {
+        void *block = nullptr;
+        if constexpr (Kind::frees)
+            EXPECT_OK(kestu_mem_malloc(size, &block));
+        else
+            block = apr_palloc(this->functions.pool, size);
+        return block;
+    }
+
+    size_t below(size_t n) { return random() % n; }
+
+    void operate(const std::string &key, bool inserts) {
+        if (inserts) {
+            auto leaf = std::make_unique<Model>(Model{.key = key, .value = values + below(256)});
+            void *value = leaf->value;
+            kestu_error_t *err = this->functions.insert(this->trie, key, value);
+            ASSERT_EQ(err ? err->code : 0, insert_in(model, leaf, 0));
+            kestu_error_clear(err);
+        } else {
+            remove_from(model, key, 0);
+            this->remove(key);
+        }
+    }
+
+    void finish() {
+        for (const auto &[node, type] : types)
+            node->type = type;
+        apart.emplace_back(this->trie->root, nullptr);
+        for (auto &[node, its_model] : apart) {
+            this->trie->root = node;
+            this->functions.destroy(&this->trie);
+            ASSERT_OK(this->functions.create(&this->trie));
+        }
+        apart.clear();
+        apart.shrink_to_fit();
+        types.clear();
+        model = nullptr;
+    }
+
+    std::mt19937 random;
+    Slot model;
+    std::vector<std::pair<Real *, Slot>> apart;
+    std::map<Real *, uint32_t> types; // of the nodes whose type is invalid now
+};
+TYPED_TEST_SUITE(TrieModel, BothKinds, );
+
+TYPED_TEST(TrieModel, RandomOperationsKeepEverySlotAndCount) {
     for (const bool long_runs : {false, true}) {
-        std::mt19937 random(4711);
-        const auto below = [&random](size_t n) { return random() % n; };
-        Slot model;
-        std::map<std::string, void *> stored;
+        std::set<std::string> stored;
         const int turn = long_runs ? 20 : 500;
         for (int step = 0; step < 12 * (long_runs ? 100 : turn); ++step) {
-            std::string key = random_key(random, long_runs);
+            std::string key = random_key(this->random, long_runs);
             // In turns the trie grows and shrinks, also down to nothing.
-            if (below(10) < (step / turn % 2 ? 2 : 8)) {
-                auto leaf = std::make_unique<Model>(Model{.key = key});
-                void *value = values + below(256);
-                const bool added = insert(model, leaf, 0);
-                kestu_error_t *err = this->functions.insert(this->trie, key, value);
-                EXPECT_EQ(added, err == nullptr);
-                kestu_error_clear(err);
-                stored.emplace(key, value);
-            } else {
-                // Where counts are to stay true, so that nodes go, keys are there.
-                if (const auto next = stored.lower_bound(key); long_runs && next != stored.end())
-                    key = next->first;
-                remove(model, key, 0);
-                this->remove(key);
-                stored.erase(key);
-            }
-            ASSERT_EQ(this->shape(), shape_of(model)) << "after step " << step;
-            const std::string any = random_key(random, long_runs);
-            const auto found = stored.find(any);
-            ASSERT_EQ(this->search(any), found == stored.end() ? nullptr : found->second);
+            const bool inserts = this->below(10) < (step / turn % 2 ? 2 : 8);
+            // Where counts are to stay true, so that nodes go, keys are there.
+            if (const auto next = stored.lower_bound(key);
+                !inserts && long_runs && next != stored.end())
+                key = *next;
+            this->operate(key, inserts);
+            inserts ? (void)stored.insert(key) : (void)stored.erase(key);
+            ASSERT_TRUE(is_told(this->trie->root, this->model)) << "step " << step;
+            const std::string any = random_key(this->random, long_runs);
+            ASSERT_EQ(this->search(any), value_in(this->model, any));
+            ASSERT_EQ(stored.contains(any), this->search(any) != nullptr);
         }
-        while (!stored.empty()) {
-            this->remove(stored.begin()->first);
-            remove(model, stored.begin()->first, 0);
-            stored.erase(stored.begin());
-        }
-        ASSERT_EQ(this->shape(), shape_of(model));
-        this->functions.destroy(&this->trie);
-        ASSERT_OK(this->functions.create(&this->trie));
+        for (const auto &key : stored)
+            this->operate(key, false);
+        ASSERT_TRUE(is_told(this->trie->root, this->model));
+        this->finish();
     }
+}
+
+TYPED_TEST(TrieModel, RecordsMeanWhatACallerMadeOfThem) {
+    const long blocks = live_blocks();
+    for (unsigned seed = 0; seed < 2000 && !this->HasFailure(); ++seed) {
+        this->random.seed(seed);
+        for (int step = 0; step < 40; ++step) {
+            const std::string key = random_key(this->random, seed % 4 != 0);
+            if (this->below(3) == 0) {
+                this->edit(key);
+                this->operate(key, false); // after which searches see the change
+            } else {
+                this->operate(key, this->below(4) != 0);
+            }
+            ASSERT_TRUE(is_told(this->trie->root, this->model)) << seed << ", step " << step;
+            const std::string any = random_key(this->random, seed % 4 != 0);
+            // An inner node that is taken for a leaf has no key.
+            if (const Model *found = seek(this->model, any); !found || found->value) {
+                ASSERT_EQ(this->search(any), value_in(this->model, any)) << "seed " << seed;
+            }
+        }
+        this->finish();
+    }
+    EXPECT_EQ(live_blocks(), blocks);
 }

@@ -280,7 +280,10 @@ TEST(CpuTopology, FailingAllocationsAreReported) {
             failed = failure.happened();
         }
         if (failed) {
-            EXPECT_CHAIN(err, Element(0, cannot), Element(0, std::strerror(ENOMEM)));
+            const std::vector<Element> chain = take_chain(err);
+            ASSERT_EQ(chain.size(), 2u);
+            EXPECT_THAT(chain[1].second, testing::AnyOf(std::strerror(ENOMEM),
+                                                        testing::StartsWith("Failed to allocate")));
         } else {
             EXPECT_OK(err);
         }

@@ -1,6 +1,7 @@
 // Signals and slots.
 #include "kestu_objsig.h"
 
+#include "kestu_mem.h"
 #include "support/alloc_failure.hpp"
 #include "support/chain.hpp"
 #include "support/pool.hpp"
@@ -101,6 +102,10 @@ TEST_F(SignalTest, TypesGetCodesThatAreNotHandedOutAgain) {
     EXPECT_EQ(nameless, named + 1);
     EXPECT_EQ(kestu_objsig_query_type("named"), named);
     EXPECT_EQ(kestu_objsig_query_type("other"), 0u);
+    EXPECT_EQ(kestu_objsig_query_type(nullptr), 0u);
+    const std::string huge(10'000'000, 'x');
+    EXPECT_CHAIN(pool.without_memory([&] { return kestu_objsig_register(&next, huge.c_str()); }),
+                 Element(120012, "Cannot register signal."), Element(120012, ""));
     ASSERT_OK(kestu_objsig_deregister(named));
     ASSERT_OK(kestu_objsig_deregister(named));
     EXPECT_EQ(kestu_objsig_query_type("named"), 0u);
@@ -313,7 +318,10 @@ TEST_F(SignalTest, ABusyFlagMakesASignalDumb) {
 TEST_F(SignalTest, ObjectsMayBeDestroyedFromSlots) {
     connect(a, ping, b, act);
     connect(a, ping, c);
-    then = [this](kestu_obj_t *, kestu_obj_t *) { kestu_obj_destroy(c); };
+    then = [this](kestu_obj_t *, kestu_obj_t *) {
+        kestu_obj_destroy(c);
+        EXPECT_THAT(report(a), HasSubstr("  Destination (null) (")) << "it has no name any more";
+    };
     EXPECT_THAT(emit(a, ping), ElementsAre("a>b:100")) << "a destination that has yet to come";
     then = [](kestu_obj_t *, kestu_obj_t *destination) { kestu_obj_destroy(destination); };
     EXPECT_THAT(emit(a, ping), ElementsAre("a>b:100")) << "the destination itself";
@@ -339,4 +347,25 @@ TEST_F(SignalTest, ReportsToTheLetter) {
              static_cast<void *>(&calls), reinterpret_cast<void *>(note));
     EXPECT_THAT(text, HasSubstr(expected));
     EXPECT_THAT(text, testing::EndsWith(")\n Signal 101 (flags=0) has 0 destination(s).\n"));
+}
+
+// Programs may build signals to the public records.
+TEST_F(SignalTest, TheDestructorReleasesEntriesThatAProgramHasBuilt) {
+    const long blocks = live_blocks();
+    kestu_osig_t built = {ping, 0, nullptr, nullptr};
+    for (kestu_obj_t *destination : {a, b}) {
+        kestu_odest_t *entry = nullptr;
+        ASSERT_OK(kestu_mem_calloc(1, sizeof *entry, &entry));
+        entry->destination = destination;
+        if (destination == b) {
+            const kestu_oslot_t slot = {nullptr, note};
+            utarray_new(entry->slots, &oslot_icd);
+            utarray_push_back(entry->slots, &slot);
+        }
+        HASH_ADD_PTR(built.destinations, destination, entry);
+    }
+    utarray_new(built.actions, &osigact_icd);
+    osig_dtor(&built);
+    EXPECT_EQ(built.destinations, nullptr);
+    EXPECT_EQ(live_blocks(), blocks);
 }
