@@ -150,7 +150,8 @@ TEST(TiffRefusal, AFileCutAnywhereLeavesNothingBehind) {
     ASSERT_EQ(tags.size(), 140u);
     const std::string file = tags + pixels;
     EXPECT_EQ(pixels_of(file), std::vector<int>(pixels.begin(), pixels.end()));
-    expect_refused("", too_short); // what is kept from the first error on
+    expect_refused("", too_short);
+    SCOPED_TRACE("cut"); // what is kept from the first error and the first trace on
     const long blocks = live_blocks();
     for (size_t size = 0; size < file.size(); ++size) {
         SCOPED_TRACE(size);

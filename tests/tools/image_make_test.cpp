@@ -2,12 +2,16 @@
 #include "kestu_img.h"
 #include "kestu_img_shape.h"
 
+#include "img/picture.hpp"
+#include "img/tiff_bytes.hpp"
 #include "support/chain.hpp"
-#include "support/process.hpp"
 
 #include <climits>
 #include <cmath>
 #include <filesystem>
+#include <functional>
+#include <iterator>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -23,59 +27,51 @@ namespace {
 
 using Rows = std::vector<std::vector<int>>;
 
-struct Read {
-    int bits = 0;
-    int photometric = -1;
-    Rows rows;
-};
-
-Read read_picture(const std::string &path) {
-    kestu_img_t img;
-    EXPECT_OK(kestu_img_read(path.c_str(), &img));
-    Read read = {img.bits[0], img.photometric, Rows(static_cast<size_t>(img.height))};
+// The samples row by row.
+Rows rows_of(const kestu_img_t &img) {
+    Rows rows(static_cast<size_t>(img.height));
     for (int y = 0; y < img.height; ++y)
         for (int x = 0; x < img.width; ++x)
-            read.rows[static_cast<size_t>(y)].push_back(img.data8 ? img.data8[y][x]
-                                                                  : img.data16[y][x]);
-    kestu_img_free(&img);
-    return read;
+            rows[static_cast<size_t>(y)].push_back(img.data8 ? img.data8[y][x] : img.data16[y][x]);
+    return rows;
+}
+
+Rows read_rows(const std::string &path) {
+    Image img;
+    EXPECT_OK(kestu_img_read(path.c_str(), &img));
+    return rows_of(img);
 }
 
 // A picture of one row of 8 bits.
-std::string write_row(const TemporaryFolder &folder, std::vector<uint8_t> row, int photometric) {
-    uint8_t *rows[] = {row.data()};
-    kestu_img_t img = {};
-    img.width = static_cast<int32_t>(row.size());
-    img.height = img.samples = 1;
-    img.bits[0] = 8;
-    img.photometric = photometric;
-    img.data8 = rows;
+std::string write_row(const TemporaryFolder &folder, const std::vector<uint8_t> &row,
+                      int photometric) {
+    Picture<uint8_t> picture({row});
+    picture.img.photometric = photometric;
     std::string path = folder / "row.tif";
-    EXPECT_OK(kestu_img_write_tiff(path.c_str(), &img));
+    EXPECT_OK(kestu_img_write_tiff(path.c_str(), &picture.img));
     return path;
 }
 
 using Draw = std::function<kestu_error_t *(kestu_img_plot_func, void *)>;
 
-// What the library draws, on 40 x 30 pixels with a largest level.
-Rows expected_picture(const Draw &draw, double level) {
-    std::vector<std::vector<double>> parts(30, std::vector<double>(40));
+// What the library draws, on 40 x 30 pixels with 200 as the largest level.
+Rows expected_rows(const Draw &draw) {
+    Rows rows(30, std::vector<int>(40));
     const auto plot = [](int x, int y, void *data, double intensity) -> kestu_error_t * {
-        auto &rows = *static_cast<std::vector<std::vector<double>> *>(data);
         if (x >= 0 && x < 40 && y >= 0 && y < 30) {
-            double &part = rows[static_cast<size_t>(y)][static_cast<size_t>(x)];
-            part = std::max(part, intensity);
+            int &level =
+                (*static_cast<Rows *>(data))[static_cast<size_t>(y)][static_cast<size_t>(x)];
+            level = std::max(level, static_cast<int>(std::lround(intensity * 200)));
         }
         return nullptr;
     };
-    EXPECT_OK(draw(plot, &parts));
-    Rows rows;
-    for (const auto &row : parts) {
-        rows.emplace_back();
-        for (const double part : row)
-            rows.back().push_back(static_cast<int>(std::lround(part * level)));
-    }
+    EXPECT_OK(draw(plot, &rows));
     return rows;
+}
+
+template <typename Shape, typename... Numbers>
+Draw shape(Shape *draw, Numbers... numbers) {
+    return [=](kestu_img_plot_func plot, void *data) { return draw(numbers..., plot, data); };
 }
 
 } // namespace
@@ -83,45 +79,30 @@ Rows expected_picture(const Draw &draw, double level) {
 TEST(ImageDraw, DrawsEveryShapeAsTheLibraryDoes) {
     const TemporaryFolder folder;
     const std::string out = folder / "out.tif";
-    const struct {
-        std::vector<std::string> arguments;
-        Draw draw;
-    } cases[] = {
-        {{"circle", "20", "15", "9"},
-         [](auto plot, void *data) { return kestu_img_circle(20, 15, 9, plot, data); }},
-        {{"circle", "20", "-3", "9", "--aa"},
-         [](auto plot, void *data) { return kestu_img_circle_aa(20, -3, 9, plot, data); }},
-        {{"circle", "20.4", "15", "9", "--width", "3.5"},
-         [](auto plot, void *data) { return kestu_img_circle_waa(20.4, 15, 9, 3.5, plot, data); }},
-        {{"ellipse", "20", "15", "18", "6"},
-         [](auto plot, void *data) { return kestu_img_ellipse(20, 15, 18, 6, plot, data); }},
-        {{"ellipse", "20", "15", "18", "60", "--aa"},
-         [](auto plot, void *data) { return kestu_img_ellipse_aa(20, 15, 18, 60, plot, data); }},
-        {{"ellipse", "20", "15", "18", "6", "--width", "2"},
-         [](auto plot, void *data) { return kestu_img_ellipse_waa(20, 15, 18, 6, 2, plot, data); }},
-        {{"ellipser", "1", "2", "30", "15"},
-         [](auto plot, void *data) { return kestu_img_ellipser(1, 2, 30, 15, plot, data); }},
-        {{"ellipser", "30", "15", "1", "2", "--aa"},
-         [](auto plot, void *data) { return kestu_img_ellipser_aa(30, 15, 1, 2, plot, data); }},
-        {{"ellipser", "1", "2", "30", "15", "--width", "0"},
-         [](auto plot, void *data) { return kestu_img_ellipser_waa(1, 2, 30, 15, 0, plot, data); }},
+    const std::pair<const char *, Draw> cases[] = {
+        {"circle 20 15 9", shape(kestu_img_circle, 20, 15, 9)},
+        {"circle 20 -3 9 --aa", shape(kestu_img_circle_aa, 20, -3, 9)},
+        {"circle 20.4 15 9 --width 3.5", shape(kestu_img_circle_waa, 20.4, 15, 9, 3.5)},
+        {"ellipse 20 15 18 6", shape(kestu_img_ellipse, 20, 15, 18, 6)},
+        {"ellipse 20 15 18 60 --aa", shape(kestu_img_ellipse_aa, 20, 15, 18, 60)},
+        {"ellipse 20 15 18 6 --width 2", shape(kestu_img_ellipse_waa, 20, 15, 18, 6, 2)},
+        {"ellipser 1 2 30 15", shape(kestu_img_ellipser, 1, 2, 30, 15)},
+        {"ellipser 30 15 1 2 --aa", shape(kestu_img_ellipser_aa, 30, 15, 1, 2)},
+        {"ellipser 1 2 30 15 --width 0", shape(kestu_img_ellipser_waa, 1, 2, 30, 15, 0)},
     };
-    for (const auto &c : cases)
-        for (const int bits : {8, 16}) {
-            std::vector<std::string> arguments = {"image", "draw"};
-            arguments.insert(arguments.end(), c.arguments.begin(), c.arguments.end());
-            for (const std::string &more :
-                 {out, std::string("--size"), std::string("40"), std::string("30"),
-                  std::string("--bits"), std::to_string(bits), std::string("--level"),
-                  std::string("200")})
-                arguments.push_back(more);
-            const Ran ran = run_kestu(arguments);
-            EXPECT_EQ(ran.status, 0) << ran.err;
-            const Read read = read_picture(out);
-            EXPECT_EQ(read.bits, bits);
-            EXPECT_EQ(read.photometric, 1);
-            EXPECT_EQ(read.rows, expected_picture(c.draw, 200)) << c.arguments[0];
-        }
+    int bits = 8;
+    for (const auto &[what, draw] : cases) {
+        std::istringstream words(std::string("image draw ") + what + " " + out +
+                                 " --size 40 30 --level 200 --bits " + std::to_string(bits));
+        const Ran ran = run_kestu({std::istream_iterator<std::string>(words), {}});
+        EXPECT_EQ(ran.status, 0) << ran.err;
+        Image img;
+        ASSERT_OK(kestu_img_read(out.c_str(), &img));
+        EXPECT_EQ(img.bits[0], bits);
+        EXPECT_EQ(img.photometric, 1);
+        EXPECT_EQ(rows_of(img), expected_rows(draw)) << what;
+        bits = 24 - bits;
+    }
 }
 
 TEST(ImageDraw, DrawsOnACopyOfAPicture) {
@@ -129,13 +110,12 @@ TEST(ImageDraw, DrawsOnACopyOfAPicture) {
     const std::string below = write_row(folder, {10, 200, 30, 40}, 0);
     const std::string out = folder / "out.tif";
     EXPECT_EQ(run_kestu({"image", "draw", "circle", "1", "0", "0", out, "--on", below}).status, 0);
-    EXPECT_THAT(read_picture(out).rows, ElementsAre(ElementsAre(10, 255, 30, 40)));
-    EXPECT_EQ(read_picture(out).photometric, 0);
+    EXPECT_THAT(read_rows(out), ElementsAre(ElementsAre(10, 255, 30, 40)));
     EXPECT_EQ(
         run_kestu({"image", "draw", "circle", "1", "0", "1", below, "--on", below, "--level", "7"})
             .status,
         0);
-    EXPECT_THAT(read_picture(below).rows, ElementsAre(ElementsAre(7, 200, 7, 40)));
+    EXPECT_THAT(read_rows(below), ElementsAre(ElementsAre(7, 200, 7, 40)));
     const Ran too_bright =
         run_kestu({"image", "draw", "circle", "1", "0", "1", out, "--on", below, "--level", "256"});
     EXPECT_EQ(too_bright.status, 2);
@@ -169,14 +149,14 @@ TEST(ImageConversions, TellWhatTheLevelsStandFor) {
     const Ran density = run_kestu({"image", "density", white_is_zero, out, "--saturated", "5"});
     EXPECT_EQ(density.status, 0) << density.err;
     EXPECT_EQ(density.out, out + ": levels 0 to 65535 stand for 0 to 5\n");
-    EXPECT_THAT(read_picture(out).rows,
+    EXPECT_THAT(read_rows(out),
                 ElementsAre(ElementsAre(0, int(std::log10(255.0 / 127) / 5 * 65535), 65535)));
     const Ran fuji = run_kestu({"image", "fuji", white_is_zero, out, "--latitude", "4",
                                 "--resolution", "50", "--sensitivity", "1000"});
     EXPECT_EQ(fuji.out, out + ": levels 0 to 65535 stand for 0.01 to 100\n");
     EXPECT_EQ(run_kestu({"image", "mask", white_is_zero, out}).out,
               out + ": 2 of 3 pixels are data\n");
-    EXPECT_THAT(read_picture(out).rows, ElementsAre(ElementsAre(255, 255, 0)));
+    EXPECT_THAT(read_rows(out), ElementsAre(ElementsAre(255, 255, 0)));
     EXPECT_EQ(run_kestu({"image", "fuji", white_is_zero, out, "--sensitivity", "0"}).status, 2);
     const Ran endless = run_kestu({"image", "fuji", white_is_zero, out, "--latitude", "1000"});
     EXPECT_EQ(endless.status, 1);
@@ -188,7 +168,7 @@ TEST(ImageConversions, InfiniteDensitiesCountAsSaturated) {
     const std::string out = folder / "out.tif";
     const std::string black_is_zero = write_row(folder, {0, 1, 254, 255}, 1);
     EXPECT_EQ(run_kestu({"image", "density", black_is_zero, out, "--saturated", "5"}).status, 0);
-    const std::vector<int> row = read_picture(out).rows[0];
+    const std::vector<int> row = read_rows(out)[0];
     EXPECT_GE(row[0], 65534);
     EXPECT_EQ(row[3], row[0]);
     EXPECT_THAT(row[1], AllOf(Gt(30000), Lt(32000)));
