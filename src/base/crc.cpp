@@ -1,7 +1,7 @@
 // The C edge of the CRCs.
 #include "kestu_sum.h"
 
-#include "base/crc_path.hpp"
+#include "base/crc_kernel.hpp"
 
 using namespace kestu;
 

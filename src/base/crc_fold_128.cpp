@@ -1,6 +1,6 @@
 // CRCs folded in registers of one lane.
 #include "base/crc_fold.hpp"
-#include "base/crc_path.hpp"
+#include "base/crc_kernel.hpp"
 
 namespace kestu {
 

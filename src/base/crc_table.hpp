@@ -5,7 +5,7 @@
 
 namespace kestu {
 
-// One lookup and one step of the register a byte. This defines the result of every other path.
+// One lookup and one step of the register a byte. This defines the result of every other kernel.
 template <typename Crc>
 typename Crc::Word crc_bytewise(typename Crc::Word crc, const unsigned char *data, size_t size);
 

@@ -1,7 +1,7 @@
 // SHA-1: filling blocks, and the C edge.
 #include "kestu_sum.h"
 
-#include "base/sha1_path.hpp"
+#include "base/sha1_kernel.hpp"
 
 #include <cstring>
 

@@ -1,6 +1,6 @@
 // SHA-1's compression by the processor's own instructions, four rounds at a time. See Gulley, Gopal
 // and others, "Intel SHA Extensions", Intel 2013.
-#include "base/sha1_path.hpp"
+#include "base/sha1_kernel.hpp"
 
 #include <immintrin.h>
 #include <utility>

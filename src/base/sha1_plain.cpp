@@ -1,5 +1,6 @@
-// SHA-1's compression on every processor (FIPS 180-1). This defines the result of every other path.
-#include "base/sha1_path.hpp"
+// SHA-1's compression on every processor (FIPS 180-1). This defines the result of every other
+// kernel.
+#include "base/sha1_kernel.hpp"
 
 #include <bit>
 #include <cstring>

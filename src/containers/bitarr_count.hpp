@@ -8,13 +8,13 @@
 
 namespace kestu {
 
-struct CountPath {
+struct CountKernel {
     const char *name;
     bool CpuFeatures::*needs;
     size_t (*count)(const uint64_t *words, size_t n);
 };
 
-extern Dispatch<CountPath> count_dispatch;
+extern Dispatch<CountKernel> count_dispatch;
 
 size_t count_bits_128(const uint64_t *words, size_t n);
 size_t count_bits_256(const uint64_t *words, size_t n);

@@ -25,18 +25,18 @@ struct Register128 {
     }
 };
 
-constexpr ComparePath paths[] = {
+constexpr CompareKernel kernels[] = {
     {"registers_128", nullptr, compare_folded_128},
     {"registers_256", &CpuFeatures::avx2, compare_folded_256},
 };
 
-constexpr ComparePath first_use = {"not_chosen", nullptr, [](const char *s1, const char *s2) {
-                                       return compare_dispatch.choose().compare(s1, s2);
-                                   }};
+constexpr CompareKernel first_use = {"not_chosen", nullptr, [](const char *s1, const char *s2) {
+                                         return compare_dispatch.choose().compare(s1, s2);
+                                     }};
 
 } // namespace
 
-constinit Dispatch<ComparePath> compare_dispatch{paths, first_use};
+constinit Dispatch<CompareKernel> compare_dispatch{kernels, first_use};
 
 int compare_folded_128(const char *s1, const char *s2) {
     return compare_folded<Register128, Register128>(s1, s2);
@@ -46,7 +46,7 @@ int compare_folded_128(const char *s1, const char *s2) {
 
 using namespace kestu;
 
-// Short texts are mostly through before a path would have been looked up.
+// Short texts are mostly through before a kernel would have been looked up.
 [[gnu::no_sanitize_address]] int kestu_str_stricmp(const char *s1, const char *s2) {
     Comparison texts{s1, s2};
     if (lie_alike<Register128>(texts) && compare_alike<Register128>(texts, 3))

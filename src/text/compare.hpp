@@ -5,13 +5,13 @@
 
 namespace kestu {
 
-struct ComparePath {
+struct CompareKernel {
     const char *name;
     bool CpuFeatures::*needs;
     int (*compare)(const char *s1, const char *s2);
 };
 
-extern Dispatch<ComparePath> compare_dispatch;
+extern Dispatch<CompareKernel> compare_dispatch;
 
 int compare_folded_128(const char *s1, const char *s2);
 int compare_folded_256(const char *s1, const char *s2);

@@ -1,9 +1,9 @@
-// The CRCs and SHA-1: published values, messages in pieces, and that every path gives the same.
-#include "base/crc_path.hpp"
-#include "base/sha1_path.hpp"
+// The CRCs and SHA-1: published values, messages in pieces, and that every kernel gives the same.
+#include "base/crc_kernel.hpp"
+#include "base/sha1_kernel.hpp"
 
 #include "kestu_sum.h"
-#include "support/on_path.hpp"
+#include "support/on_kernel.hpp"
 
 #include <gmock/gmock.h>
 
@@ -88,12 +88,12 @@ TEST(Crc, NoBytesKeepTheCrcAndNoBufferGives0) {
     }
 }
 
-class CrcOnPath : public kestu::test::OnPath<CrcPath, crc_dispatch> {};
-INSTANTIATE_TEST_SUITE_P(Paths, CrcOnPath, testing::ValuesIn(crc_dispatch.all()),
-                         kestu::test::name_of_path);
+class CrcOnKernel : public kestu::test::OnKernel<CrcKernel, crc_dispatch> {};
+INSTANTIATE_TEST_SUITE_P(Kernels, CrcOnKernel, testing::ValuesIn(crc_dispatch.all()),
+                         kestu::test::name_of_kernel);
 
 // In one piece and in two.
-TEST_P(CrcOnPath, AgreesWithDivisionBitByBit) {
+TEST_P(CrcOnKernel, AgreesWithDivisionBitByBit) {
     for (const size_t size : {1, 15, 16, 17, 63, 64, 200, 1024, 4099}) {
         const Bytes data = random_bytes(size);
         const uint32_t crc32 = ~divide<uint32_t>(~0xFEDCBA98, data, 0xEDB88320);
@@ -111,8 +111,8 @@ TEST_P(CrcOnPath, AgreesWithDivisionBitByBit) {
 }
 
 // Each message ends where its block does, so that a sanitizer sees what is read beyond it.
-TEST_P(CrcOnPath, AgreesWithThePlainLoopForEveryLengthAndAlignment) {
-    const CrcPath &plain = crc_dispatch.all().front();
+TEST_P(CrcOnKernel, AgreesWithThePlainLoopForEveryLengthAndAlignment) {
+    const CrcKernel &plain = crc_dispatch.all().front();
     const Bytes source = random_bytes(1000);
     for (size_t alignment = 0; alignment < 64; ++alignment)
         for (size_t size = 0; size <= source.size(); ++size) {
@@ -124,7 +124,7 @@ TEST_P(CrcOnPath, AgreesWithThePlainLoopForEveryLengthAndAlignment) {
         }
 }
 
-TEST(SumPaths, TheFastestThatTheFeaturesAllowIsTaken) {
+TEST(SumKernels, TheFastestThatTheFeaturesAllowIsTaken) {
     const auto best = [](CpuFeatures features) { return crc_dispatch.best(features).name; };
     EXPECT_STREQ(best({.sha = true}), "sliced");
     EXPECT_STREQ(best({.clmul = true}), "folded_128");
@@ -134,7 +134,7 @@ TEST(SumPaths, TheFastestThatTheFeaturesAllowIsTaken) {
     EXPECT_STREQ(sha1_dispatch.best({.sha = true}).name, "instructions");
 }
 
-TEST(SumPaths, AFeatureCountsOnlyWithItsRegistersSaved) {
+TEST(SumKernels, AFeatureCountsOnlyWithItsRegistersSaved) {
     constexpr uint32_t leaf1 = 1U << 1 | 1U << 9 | 1U << 19 | 1U << 28;
     constexpr uint32_t leaf7_ebx = 1U << 5 | 1U << 16 | 1U << 29;
     constexpr uint32_t leaf7_ecx = 1U << 10;
@@ -156,7 +156,7 @@ TEST(SumPaths, AFeatureCountsOnlyWithItsRegistersSaved) {
     EXPECT_FALSE(features_of({leaf1 & ~(1U << 9), leaf7_ebx, leaf7_ecx, 0xE7}).sha);
 }
 
-TEST(SumPaths, ThreadsMayMeetAtTheFirstCall) {
+TEST(SumKernels, ThreadsMayMeetAtTheFirstCall) {
     const Bytes data = random_bytes(1000);
     const uint32_t wanted = kestu_util_crc32(0, data.data(), data.size());
     crc_dispatch.forget();
@@ -170,12 +170,12 @@ TEST(SumPaths, ThreadsMayMeetAtTheFirstCall) {
     EXPECT_EQ(&crc_dispatch.current(), &crc_dispatch.best(cpu_features()));
 }
 
-class Sha1OnPath : public kestu::test::OnPath<Sha1Path, sha1_dispatch> {};
-INSTANTIATE_TEST_SUITE_P(Paths, Sha1OnPath, testing::ValuesIn(sha1_dispatch.all()),
-                         kestu::test::name_of_path);
+class Sha1OnKernel : public kestu::test::OnKernel<Sha1Kernel, sha1_dispatch> {};
+INSTANTIATE_TEST_SUITE_P(Kernels, Sha1OnKernel, testing::ValuesIn(sha1_dispatch.all()),
+                         kestu::test::name_of_kernel);
 
 // From FIPS 180-1.
-TEST_P(Sha1OnPath, GivesThePublishedDigests) {
+TEST_P(Sha1OnKernel, GivesThePublishedDigests) {
     EXPECT_EQ(sha1({}), "da39a3ee5e6b4b0d3255bfef95601890afd80709");
     EXPECT_EQ(sha1(bytes("abc")), "a9993e364706816aba3e25717850c26c9cd0d89d");
     EXPECT_EQ(sha1(bytes("abcdbcdecdefdefgefghfghighijhijkijkljklmklmnlmnomnopnopq")),
@@ -190,7 +190,7 @@ TEST_P(Sha1OnPath, GivesThePublishedDigests) {
                 ElementsAre(0xA9993E36, 0x4706816A, 0xBA3E2571, 0x7850C26C, 0x9CD0D89D));
 }
 
-TEST_P(Sha1OnPath, PiecesOfAnySizeGiveTheDigestOfTheWhole) {
+TEST_P(Sha1OnKernel, PiecesOfAnySizeGiveTheDigestOfTheWhole) {
     for (const size_t size : {55, 56, 63, 64, 65, 119, 120, 128, 1000}) {
         const Bytes data = random_bytes(size);
         for (const size_t piece : {1, 3, 63, 64, 65, 127, 128, 200})
@@ -199,7 +199,7 @@ TEST_P(Sha1OnPath, PiecesOfAnySizeGiveTheDigestOfTheWhole) {
 }
 
 // Each message ends where its block does, so that a sanitizer sees what is read beyond it.
-TEST_P(Sha1OnPath, AgreesWithThePlainRoundsForEveryLength) {
+TEST_P(Sha1OnKernel, AgreesWithThePlainRoundsForEveryLength) {
     const Bytes source = random_bytes(1000);
     for (size_t size = 0; size <= source.size(); ++size) {
         sha1_dispatch.force(sha1_dispatch.all().front());
@@ -232,11 +232,11 @@ TEST(Sha1, WipesTheContextAndEndsTheDigestOfTheOneCallOnly) {
 // Nothing is computed here, so that half a GiB costs no time and is never read.
 TEST(Sha1, TheBitCountCarriesIntoItsHighWord) {
     static unsigned char last_block[KESTU_SHA1_BLOCK_SIZE];
-    const Sha1Path keep_block = {"keep_block", nullptr,
-                                 [](uint32_t *, const unsigned char *blocks, size_t count) {
-                                     if (count == 1)
-                                         std::copy_n(blocks, sizeof last_block, last_block);
-                                 }};
+    const Sha1Kernel keep_block = {"keep_block", nullptr,
+                                   [](uint32_t *, const unsigned char *blocks, size_t count) {
+                                       if (count == 1)
+                                           std::copy_n(blocks, sizeof last_block, last_block);
+                                   }};
     constexpr uint32_t half_gib = 1U << 29;
     void *unread = mmap(nullptr, half_gib, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     ASSERT_NE(unread, MAP_FAILED);

@@ -4,7 +4,7 @@
 #include "containers/bitarr_count.hpp"
 #include "support/alloc_failure.hpp"
 #include "support/chain.hpp"
-#include "support/on_path.hpp"
+#include "support/on_kernel.hpp"
 
 #include <algorithm>
 #include <cerrno>
@@ -13,7 +13,7 @@
 
 using namespace kestu::test;
 using kestu::count_dispatch;
-using kestu::CountPath;
+using kestu::CountKernel;
 using kestu::CpuFeatures;
 
 namespace {
@@ -267,12 +267,12 @@ TEST(BitArray, SizesThatNoMachineHasFail) {
     EXPECT_EQ(out, nullptr);
 }
 
-class CountOnPath : public kestu::test::OnPath<CountPath, count_dispatch> {};
-INSTANTIATE_TEST_SUITE_P(Paths, CountOnPath, testing::ValuesIn(count_dispatch.all()),
-                         kestu::test::name_of_path);
+class CountOnKernel : public kestu::test::OnKernel<CountKernel, count_dispatch> {};
+INSTANTIATE_TEST_SUITE_P(Kernels, CountOnKernel, testing::ValuesIn(count_dispatch.all()),
+                         kestu::test::name_of_kernel);
 
 // Each run of words ends where its block does, so that a sanitizer sees what is read beyond it.
-TEST_P(CountOnPath, AgreesWithCountingBitByBit) {
+TEST_P(CountOnKernel, AgreesWithCountingBitByBit) {
     std::mt19937_64 random(5);
     std::vector<uint64_t> words;
     size_t expected = 0;
@@ -288,14 +288,14 @@ TEST_P(CountOnPath, AgreesWithCountingBitByBit) {
         EXPECT_EQ(GetParam().count(words.data() + from, 1000 - from), 64 * (1000 - from));
 }
 
-TEST(CountPaths, TheWidestThatTheFeaturesAllowIsTaken) {
+TEST(CountKernels, TheWidestThatTheFeaturesAllowIsTaken) {
     const auto best = [](CpuFeatures features) { return count_dispatch.best(features).name; };
     EXPECT_STREQ(best({}), "registers_128");
     EXPECT_STREQ(best({.avx2 = true}), "registers_256");
     EXPECT_STREQ(best({.avx2 = true, .count512 = true}), "registers_512");
 }
 
-TEST(CountPaths, AFeatureCountsOnlyWithItsRegistersSaved) {
+TEST(CountKernels, AFeatureCountsOnlyWithItsRegistersSaved) {
     constexpr uint32_t avx = 1U << 28, avx2 = 1U << 5, avx512 = avx2 | 1U << 16,
                        counting = 1U << 14;
     const auto widest = [](const kestu::CpuAnswers &answers) {

@@ -3,7 +3,7 @@
 
 #include "support/alloc_failure.hpp"
 #include "support/chain.hpp"
-#include "support/on_path.hpp"
+#include "support/on_kernel.hpp"
 #include "support/pool.hpp"
 #include "text/compare.hpp"
 
@@ -168,17 +168,17 @@ TEST(StrBounded, AppendingLooksNoFurtherThanTheSize) {
     EXPECT_EQ(kestu_str_strlcat(target, "xyz", 0), 3u);
 }
 
-class StrComparison : public OnPath<kestu::ComparePath, compare_dispatch> {
+class StrComparison : public OnKernel<kestu::CompareKernel, compare_dispatch> {
   protected:
-    // Short texts never come to the path by the public function.
+    // Short texts never come to the kernel by the public function.
     static int compare(const char *s1, const char *s2) {
         const int result = GetParam().compare(s1, s2);
         EXPECT_EQ(kestu_str_stricmp(s1, s2), result);
         return result;
     }
 };
-INSTANTIATE_TEST_SUITE_P(Paths, StrComparison, testing::ValuesIn(compare_dispatch.all()),
-                         name_of_path);
+INSTANTIATE_TEST_SUITE_P(Kernels, StrComparison, testing::ValuesIn(compare_dispatch.all()),
+                         name_of_kernel);
 
 TEST_P(StrComparison, BytesAreFoldedAndSigned) {
     EXPECT_EQ(compare("ABC", "abd"), -1);

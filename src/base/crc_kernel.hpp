@@ -11,14 +11,14 @@ template <typename Crc>
 using CrcUpdate = typename Crc::Word(typename Crc::Word crc, const unsigned char *data,
                                      size_t size);
 
-struct CrcPath {
+struct CrcKernel {
     const char *name;
     bool CpuFeatures::*needs;
     CrcUpdate<Crc32> *crc32;
     CrcUpdate<Crc16> *crc16;
 };
 
-extern Dispatch<CrcPath> crc_dispatch;
+extern Dispatch<CrcKernel> crc_dispatch;
 
 uint32_t crc32_folded_128(uint32_t crc, const unsigned char *data, size_t size);
 uint16_t crc16_folded_128(uint16_t crc, const unsigned char *data, size_t size);

@@ -13,13 +13,13 @@ constexpr size_t sha1_block_size = 64;
 // Takes `count` blocks, at least one, that stand one after the other into the five chaining words.
 using Sha1Compress = void(uint32_t *state, const unsigned char *blocks, size_t count);
 
-struct Sha1Path {
+struct Sha1Kernel {
     const char *name;
     bool CpuFeatures::*needs;
     Sha1Compress *compress;
 };
 
-extern Dispatch<Sha1Path> sha1_dispatch;
+extern Dispatch<Sha1Kernel> sha1_dispatch;
 
 void sha1_compress_plain(uint32_t *state, const unsigned char *blocks, size_t count);
 void sha1_compress_by_instructions(uint32_t *state, const unsigned char *blocks, size_t count);
