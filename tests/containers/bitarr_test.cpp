@@ -53,23 +53,6 @@ void set_bit(kestu_bitarr_t *ba, size_t k) {
 
 } // namespace
 
-TEST(BitArray, HeaderExample) {
-    const size_t k = 700;
-    const auto example = [&]() -> kestu_error_t * {
-        kestu_error_t *err = nullptr;
-        kestu_bitarr_t *seen;
-        if ((err = kestu_bitarr_create(&seen, 1000)))
-            return err;
-        seen->words[k / 64] |= uint64_t{1} << (k % 64);
-        printf("%zu of %zu\n", kestu_bitarr_num_bits_set(seen), seen->nbits);
-        kestu_bitarr_free(seen);
-        return nullptr;
-    };
-    testing::internal::CaptureStdout();
-    EXPECT_OK(example());
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "1 of 1000\n");
-}
-
 TEST(BitArray, CapacityIsAPowerOfTwoAboveTheWordsInUse) {
     const struct {
         size_t nbits, nwords, capacity;

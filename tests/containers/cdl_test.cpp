@@ -32,24 +32,6 @@ class CdlList : public testing::Test {
 
 } // namespace
 
-TEST_F(CdlList, HeaderExample) {
-    int item = 0;
-    const uint32_t tag = 9;
-    const auto example = [&]() -> kestu_error_t * {
-        kestu_error_t *err = nullptr;
-        kestu_cdl_t *node = kestu_cdl_get_ready(list);
-        if (node)
-            kestu_cdl_set_data_tag(node, &item, tag);
-        else if ((err = kestu_cdl_append(&list, tag, &item, nullptr, pool)))
-            return err;
-        return nullptr;
-    };
-    for (int i = 0; i < 2; ++i)
-        EXPECT_OK(example());
-    EXPECT_THAT(checked_tags(list), ElementsAre(1, 2, 3, 9, 5, 9));
-    EXPECT_EQ(kestu_cdl_get_data(nodes[4]), &item);
-}
-
 TEST_F(CdlList, NodesAreHandedOutAsTheyAreWithTheFlagsOfTheCaller) {
     nodes[4]->flags = 0xF0;
     EXPECT_EQ(kestu_cdl_get_free(nodes[2]), nodes[4]);

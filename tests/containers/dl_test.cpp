@@ -80,25 +80,6 @@ void *datum_of(uint32_t tag) {
 
 } // namespace
 
-TEST_F(DlList, HeaderExample) {
-    const auto print = [](uint32_t tag, void *data, void *stream) {
-        fprintf(static_cast<FILE *>(stream), "%u=%s ", tag, static_cast<char *>(data));
-    };
-    char records[][4] = {"one", "two", "six"};
-    const auto example = [&](uint32_t n) -> kestu_error_t * {
-        kestu_error_t *err = nullptr;
-        kestu_dl_t *list = nullptr;
-        for (uint32_t i = 0; i < n; ++i)
-            if ((err = kestu_dl_append(&list, i, &records[i], &list, pool)))
-                return err;
-        kestu_dl_walk(list, print, stdout);
-        return nullptr;
-    };
-    testing::internal::CaptureStdout();
-    EXPECT_OK(example(3));
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "0=one 1=two 2=six ");
-}
-
 // Every operation that both kinds have, and those that move nodes, against a vector of tags.
 TYPED_TEST(DlBoth, RandomStepsKeepOrderAndLinks) {
     std::mt19937 random(20240607);

@@ -27,18 +27,6 @@ class SlList : public testing::Test {
 
 } // namespace
 
-TEST_F(SlList, HeaderExample) {
-    char first[] = "first", second[] = "second";
-    const auto print = [](uint32_t tag, void *data, void *stream) {
-        fprintf(static_cast<FILE *>(stream), "%u=%s ", tag, static_cast<char *>(data));
-    };
-    testing::internal::CaptureStdout();
-    kestu_sl_front(&list, 2, &second, pool);
-    kestu_sl_front(&list, 1, &first, pool);
-    kestu_sl_walk(list, print, stdout);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "1=first 2=second ");
-}
-
 TEST_F(SlList, NodesGoBehindTheGivenOneToTheFrontOrToTheEnd) {
     for (uint32_t tag : {1, 2, 3})
         EXPECT_OK(kestu_sl_add(&list, tag, &objects[tag], pool));

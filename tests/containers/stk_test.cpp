@@ -27,18 +27,6 @@ class Stack : public testing::Test {
 
 } // namespace
 
-TEST_F(Stack, HeaderExample) {
-    int item = 0;
-    const auto example = [&]() -> kestu_error_t * {
-        kestu_error_t *err = nullptr;
-        if ((err = kestu_stk_push(stack, 1, &item, pool)))
-            return err;
-        EXPECT_EQ(kestu_stk_pop(stack), &item);
-        return nullptr;
-    };
-    EXPECT_OK(example());
-}
-
 TEST_F(Stack, TheLastInIsTheFirstOutOfACopyToo) {
     kestu_stk_t *copy = nullptr;
     push(3);

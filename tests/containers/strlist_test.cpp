@@ -44,13 +44,6 @@ class StrlistTest : public testing::Test {
 
 } // namespace
 
-TEST_F(StrlistTest, TheExampleOfTheHeader) {
-    kestu_strlist_t *text = list(), *found = list();
-    ASSERT_OK(kestu_strlist_addlast(text, "draw \"a red\" circle", pool));
-    ASSERT_OK(kestu_strlist_tokenize(text, found, " ", pool));
-    EXPECT_STREQ(kestu_strlist_getn(found, 1), "a red");
-}
-
 TEST_F(StrlistTest, AddsAtBothEndsAndFindsByNumberAndText) {
     kestu_strlist_t *l = list();
     EXPECT_EQ(kestu_strlist_is_exists(l, ""), 0);

@@ -126,26 +126,6 @@ Tags seen_in(kestu_tree_t *node, kestu_visit_func pre, kestu_visit_func post) {
 
 } // namespace
 
-TEST_F(Tree, HeaderExample) {
-    const auto print = [](uint32_t, void *data, void *stream) {
-        fprintf(static_cast<FILE *>(stream), "%s ", static_cast<char *>(data));
-    };
-    char names[3][8] = {"fruit", "apple", "pear"};
-    const auto build = [&]() -> kestu_error_t * {
-        kestu_error_t *err;
-        kestu_tree_t *tree = NULL, *fruit;
-        if ((err = kestu_tree_append(&tree, 1, names[0], &fruit, pool)) ||
-            (err = kestu_tree_append_child(fruit, 2, names[1], NULL, pool)) ||
-            (err = kestu_tree_append_child(fruit, 3, names[2], NULL, pool)))
-            return err;
-        kestu_tree_walk(tree, print, NULL, stdout);
-        return NULL;
-    };
-    testing::internal::CaptureStdout();
-    EXPECT_OK(build());
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "fruit apple pear ");
-}
-
 TEST_F(Tree, NodesGoWhereTheFunctionSaysAndTheHandleStays) {
     const struct {
         decltype(&kestu_tree_append) add;

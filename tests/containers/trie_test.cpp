@@ -131,23 +131,6 @@ bool comes_first(const std::string &a, const std::string &b) {
 
 } // namespace
 
-TEST(Trie, HeaderExample) {
-    int ann = 30, anna = 31;
-    kestu_error_t *err;
-    const auto use = [&]() -> kestu_error_t * {
-        kestu_trie_t *ages = NULL;
-        if ((err = kestu_triem_create(&ages)) || (err = kestu_triem_insert(ages, "Ann", 3, &ann)) ||
-            (err = kestu_triem_insert(ages, "Anna", 4, &anna)))
-            return err;
-        auto *age = static_cast<int *>(kestu_trie_search(ages, "Anna", 4));
-        kestu_triem_destroy(&ages);
-        EXPECT_EQ(age, &anna);
-        EXPECT_EQ(ages, nullptr);
-        return NULL;
-    };
-    EXPECT_OK(use());
-}
-
 TYPED_TEST(TrieBoth, KeysStandAtTheLeastDepthAtWhichTheyAreAlone) {
     this->insert("");
     EXPECT_EQ(this->shape(), "");
