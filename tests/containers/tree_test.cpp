@@ -1,7 +1,7 @@
 // The tree: where nodes go, orders and ends of walks, what deletions leave, and links after all.
 #include "kestu_tree.h"
 
-#include "list_checks.hpp"
+#include "list_model.hpp"
 #include "support/alloc_failure.hpp"
 #include "support/chain.hpp"
 #include "support/pool.hpp"
