@@ -8,11 +8,9 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cstring>
 #include <random>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include <sys/mman.h>
@@ -122,52 +120,6 @@ TEST_P(CrcOnKernel, AgreesWithThePlainLoopForEveryLengthAndAlignment) {
             ASSERT_EQ(GetParam().crc32(~0U, data, size), plain.crc32(~0U, data, size));
             ASSERT_EQ(GetParam().crc16(0x8421, data, size), plain.crc16(0x8421, data, size));
         }
-}
-
-TEST(SumKernels, TheFastestThatTheFeaturesAllowIsTaken) {
-    const auto best = [](CpuFeatures features) { return crc_dispatch.best(features).name; };
-    EXPECT_STREQ(best({.sha = true}), "sliced");
-    EXPECT_STREQ(best({.clmul = true}), "folded_128");
-    EXPECT_STREQ(best({.clmul = true, .clmul256 = true}), "folded_256");
-    EXPECT_STREQ(best({.clmul = true, .clmul256 = true, .clmul512 = true}), "folded_512");
-    EXPECT_STREQ(sha1_dispatch.best({}).name, "plain");
-    EXPECT_STREQ(sha1_dispatch.best({.sha = true}).name, "instructions");
-}
-
-TEST(SumKernels, AFeatureCountsOnlyWithItsRegistersSaved) {
-    constexpr uint32_t leaf1 = 1U << 1 | 1U << 9 | 1U << 19 | 1U << 28;
-    constexpr uint32_t leaf7_ebx = 1U << 5 | 1U << 16 | 1U << 29;
-    constexpr uint32_t leaf7_ecx = 1U << 10;
-    const auto widest = [](const CpuAnswers &answers) {
-        const CpuFeatures features = features_of(answers);
-        return features.clmul512 ? 512 : features.clmul256 ? 256 : features.clmul ? 128 : 0;
-    };
-    EXPECT_EQ(widest({leaf1, leaf7_ebx, leaf7_ecx, 0xE7}), 512);
-    EXPECT_EQ(widest({leaf1, leaf7_ebx, leaf7_ecx, 0x67}), 256); // not the upper 16 registers
-    EXPECT_EQ(widest({leaf1, leaf7_ebx, leaf7_ecx, 0x07}), 256);
-    EXPECT_EQ(widest({leaf1, leaf7_ebx, leaf7_ecx, 0x03}), 128);
-    EXPECT_EQ(widest({leaf1, leaf7_ebx & ~(1U << 16), leaf7_ecx, 0xE7}), 256);
-    EXPECT_EQ(widest({leaf1, leaf7_ebx & ~(1U << 5), leaf7_ecx, 0xE7}), 128);
-    EXPECT_EQ(widest({leaf1, leaf7_ebx, 0, 0xE7}), 128);
-    EXPECT_EQ(widest({leaf1 & ~(1U << 1), leaf7_ebx, leaf7_ecx, 0xE7}), 0);
-    EXPECT_EQ(widest({leaf1 & ~(1U << 19), leaf7_ebx, leaf7_ecx, 0xE7}), 0);
-    EXPECT_TRUE(features_of({leaf1, leaf7_ebx, leaf7_ecx, 0}).sha);
-    EXPECT_FALSE(features_of({leaf1, leaf7_ebx & ~(1U << 29), leaf7_ecx, 0xE7}).sha);
-    EXPECT_FALSE(features_of({leaf1 & ~(1U << 9), leaf7_ebx, leaf7_ecx, 0xE7}).sha);
-}
-
-TEST(SumKernels, ThreadsMayMeetAtTheFirstCall) {
-    const Bytes data = random_bytes(1000);
-    const uint32_t wanted = kestu_util_crc32(0, data.data(), data.size());
-    crc_dispatch.forget();
-    std::vector<std::thread> threads;
-    std::atomic<int> right = 0;
-    for (int i = 0; i < 8; ++i)
-        threads.emplace_back([&] { right += kestu_util_crc32(0, data.data(), 1000) == wanted; });
-    for (std::thread &thread : threads)
-        thread.join();
-    EXPECT_EQ(right, 8);
-    EXPECT_EQ(&crc_dispatch.current(), &crc_dispatch.best(cpu_features()));
 }
 
 class Sha1OnKernel : public kestu::test::OnKernel<Sha1Kernel, sha1_dispatch> {};

@@ -14,7 +14,6 @@
 using namespace kestu::test;
 using kestu::count_dispatch;
 using kestu::CountKernel;
-using kestu::CpuFeatures;
 
 namespace {
 
@@ -72,58 +71,82 @@ TEST(BitArray, CapacityIsAPowerOfTwoAboveTheWordsInUse) {
     }
 }
 
-TEST(BitArray, RandomStepsAgreeWithText) {
-    const struct {
-        void (*change)(kestu_bitarr_t *);
-        char of_0, of_1; // what bits become
-    } changes[] = {{kestu_bitarr_set_all, '1', '1'},
-                   {kestu_bitarr_clear_all, '0', '0'},
-                   {kestu_bitarr_toggle_all, '1', '0'}};
-    std::mt19937 random(99);
-    Arrays arrays;
-    std::string model[3];
-    for (int step = 0; step < 4000; ++step) {
-        const size_t i = random() % 3, j = random() % 3, o = random() % 3;
-        kestu_bitarr_t *&ba = arrays.of[i];
-        std::string &bits = model[i];
-        const size_t what = random() % 8;
-        if (what < 2) {
-            const size_t n = random() % 4 ? random() % 200 : random() % 3000;
-            ASSERT_OK(kestu_bitarr_resize(&ba, n));
-            bits.resize(n, '0');
-        } else if (what < 4) {
-            const auto &c = changes[random() % 3];
-            c.change(ba);
-            for (char &bit : bits)
-                bit = bit == '0' ? c.of_0 : c.of_1;
-        } else if (what == 4) {
-            for (size_t n = bits.size() / 3; n > 0; --n) {
-                const size_t k = random() % bits.size();
-                set_bit(ba, k);
-                bits[k] = '1';
-            }
-        } else if (what == 5 && i != j) {
-            kestu_bitarr_free(arrays.of[j]);
-            ASSERT_OK(kestu_bitarr_clone(ba, &arrays.of[j]));
-            ASSERT_EQ(arrays.of[j] == nullptr, bits.empty());
-            model[j] = bits;
-        } else if (what > 5) { // the result may be one of the operands
-            const bool is_or = what == 6;
-            ASSERT_OK(
-                (is_or ? kestu_bitarr_or : kestu_bitarr_and)(ba, arrays.of[j], &arrays.of[o]));
-            std::string a = bits, b = model[j];
-            a.resize(std::max(a.size(), b.size()), '0');
-            b.resize(a.size(), '0');
-            for (size_t k = 0; k < a.size(); ++k)
-                a[k] = is_or ? std::max(a[k], b[k]) : std::min(a[k], b[k]);
-            model[o] = a;
+namespace {
+
+// Three arrays beside the texts that they should be.
+class BitModel : public testing::Test {
+  protected:
+    void resize() {
+        const size_t n = random() % 4 ? random() % 200 : random() % 3000;
+        EXPECT_OK(kestu_bitarr_resize(&arrays.of[i], n));
+        texts[i].resize(n, '0');
+    }
+    void change_all() {
+        const struct {
+            void (*change)(kestu_bitarr_t *);
+            char of_0, of_1; // what bits become
+        } changes[] = {{kestu_bitarr_set_all, '1', '1'},
+                       {kestu_bitarr_clear_all, '0', '0'},
+                       {kestu_bitarr_toggle_all, '1', '0'}};
+        const auto &c = changes[random() % 3];
+        c.change(arrays.of[i]);
+        for (char &bit : texts[i])
+            bit = bit == '0' ? c.of_0 : c.of_1;
+    }
+    void set_some() {
+        for (size_t n = texts[i].size() / 3; n > 0; --n) {
+            const size_t k = random() % texts[i].size();
+            set_bit(arrays.of[i], k);
+            texts[i][k] = '1';
         }
+    }
+    void clone() {
+        if (i == j)
+            return;
+        kestu_bitarr_free(arrays.of[j]);
+        EXPECT_OK(kestu_bitarr_clone(arrays.of[i], &arrays.of[j]));
+        EXPECT_EQ(arrays.of[j] == nullptr, texts[i].empty());
+        texts[j] = texts[i];
+    }
+    // The result may be one of the operands.
+    void combine() {
+        const size_t out = random() % 3;
+        const bool is_or = random() % 2;
+        EXPECT_OK((is_or ? kestu_bitarr_or : kestu_bitarr_and)(arrays.of[i], arrays.of[j],
+                                                               &arrays.of[out]));
+        std::string a = texts[i], b = texts[j];
+        a.resize(std::max(a.size(), b.size()), '0');
+        b.resize(a.size(), '0');
+        for (size_t k = 0; k < a.size(); ++k)
+            a[k] = is_or ? std::max(a[k], b[k]) : std::min(a[k], b[k]);
+        texts[out] = a;
+    }
+    void step() {
+        constexpr void (BitModel::*steps[])() = {&BitModel::resize,   &BitModel::change_all,
+                                                 &BitModel::set_some, &BitModel::clone,
+                                                 &BitModel::combine,  &BitModel::combine};
+        i = random() % 3;
+        j = random() % 3;
+        (this->*steps[random() % std::size(steps)])();
+    }
+
+    Arrays arrays;
+    std::string texts[3];
+    size_t i = 0, j = 0;
+    std::mt19937 random{99};
+};
+
+} // namespace
+
+TEST_F(BitModel, RandomStepsAgreeWithText) {
+    for (int n = 0; n < 4000 && !HasFailure(); ++n) {
+        step();
         for (size_t k = 0; k < 3; ++k) {
-            const auto ones =
-                static_cast<size_t>(std::count(model[k].begin(), model[k].end(), '1'));
-            ASSERT_EQ(arrays.of[k] ? checked_text(arrays.of[k]) : "", model[k]) << "step " << step;
-            ASSERT_EQ(kestu_bitarr_num_bits_set(arrays.of[k]), ones);
-            ASSERT_EQ(kestu_bitarr_num_bits_cleared(arrays.of[k]), model[k].size() - ones);
+            const auto ones = std::count(texts[k].begin(), texts[k].end(), '1');
+            const auto set = static_cast<size_t>(ones);
+            ASSERT_EQ(arrays.of[k] ? checked_text(arrays.of[k]) : "", texts[k]) << "step " << n;
+            ASSERT_EQ(kestu_bitarr_num_bits_set(arrays.of[k]), set);
+            ASSERT_EQ(kestu_bitarr_num_bits_cleared(arrays.of[k]), texts[k].size() - set);
         }
     }
 }
@@ -209,20 +232,15 @@ TEST(BitArray, RefusedAllocationsLeaveArraysAsTheyWere) {
         kestu_bitarr_t *made = &none, *resized = nullptr, *copy = &none;
         kestu_error_t *err = kestu_bitarr_create(&made, 100);
         kestu_bitarr_set_all(made);
-        if (!err)
-            err = kestu_bitarr_resize(&resized, 100);
-        if (!err)
-            err = kestu_bitarr_clone(made, &copy);
-        if (!err)
+        if (!err && !(err = kestu_bitarr_resize(&resized, 100)) &&
+            !(err = kestu_bitarr_clone(made, &copy)))
             err = kestu_bitarr_resize(&made, 1000);
         EXPECT_EQ(err ? err->code : 0, n <= 6 ? 120012 : n == 7 ? 120013 : 0);
         EXPECT_EQ(made != nullptr, n > 2);
         EXPECT_EQ(resized != nullptr, n > 4);
         EXPECT_EQ(copy != nullptr, n <= 4 || n > 6) << "not reached, or refused";
-        if (made) {
-            EXPECT_EQ(kestu_bitarr_num_bits_set(made), 100u);
-            EXPECT_EQ(made->nbits, n > 7 ? 1000u : 100u);
-        }
+        EXPECT_TRUE(!made || (kestu_bitarr_num_bits_set(made) == 100 &&
+                              made->nbits == (n > 7 ? 1000 : 100)));
         kestu_error_clear(err);
         for (kestu_bitarr_t *array : {made, resized, copy == &none ? nullptr : copy})
             kestu_bitarr_free(array);
@@ -269,27 +287,4 @@ TEST_P(CountOnKernel, AgreesWithCountingBitByBit) {
     words.assign(1000, ~uint64_t{0});
     for (size_t from : {0, 1, 2, 3})
         EXPECT_EQ(GetParam().count(words.data() + from, 1000 - from), 64 * (1000 - from));
-}
-
-TEST(CountKernels, TheWidestThatTheFeaturesAllowIsTaken) {
-    const auto best = [](CpuFeatures features) { return count_dispatch.best(features).name; };
-    EXPECT_STREQ(best({}), "registers_128");
-    EXPECT_STREQ(best({.avx2 = true}), "registers_256");
-    EXPECT_STREQ(best({.avx2 = true, .count512 = true}), "registers_512");
-}
-
-TEST(CountKernels, AFeatureCountsOnlyWithItsRegistersSaved) {
-    constexpr uint32_t avx = 1U << 28, avx2 = 1U << 5, avx512 = avx2 | 1U << 16,
-                       counting = 1U << 14;
-    const auto widest = [](const kestu::CpuAnswers &answers) {
-        const CpuFeatures features = features_of(answers);
-        return features.count512 ? 512 : features.avx2 ? 256 : 128;
-    };
-    EXPECT_EQ(widest({avx, avx512, counting, 0xE7}), 512);
-    EXPECT_EQ(widest({avx, avx512, 0, 0xE7}), 256);
-    EXPECT_EQ(widest({avx, avx512, counting, 0x07}), 256);
-    EXPECT_EQ(widest({avx, avx2, counting, 0xE7}), 256);
-    EXPECT_EQ(widest({avx, avx512, counting, 0x03}), 128);
-    EXPECT_EQ(widest({0, avx512, counting, 0xE7}), 128);
-    EXPECT_EQ(widest({avx, 0, counting, 0xE7}), 128);
 }
