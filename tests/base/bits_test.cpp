@@ -1,10 +1,7 @@
 // Bit fields, scans and counts.
-#include "kestu_util.h"
-
-#include <gtest/gtest.h>
+#include "support/test.hpp"
 
 #include <bitset>
-#include <random>
 
 TEST(Bits, FieldsAreMovedDownToBitZeroAndThoseThatAreNoneYieldZero) {
     constexpr uint32_t word = 0x92345679;

@@ -1,20 +1,14 @@
 // The formatting engine: exact texts where it settles or departs from C99, and the C library's own
 // output everywhere else.
 #include "fuzz/format_model.hpp"
-#include "kestu_str.h"
+#include "support/test.hpp"
 
 #include "base/decimal.hpp"
 #include "base/digits.hpp"
-#include "support/alloc_failure.hpp"
-
-#include <gtest/gtest.h>
 
 #include <bit>
-#include <cerrno>
-#include <climits>
 #include <cstdarg>
 #include <cwchar>
-#include <random>
 
 using namespace kestu;
 using namespace kestu::test;

@@ -1,22 +1,14 @@
 // The CRCs and SHA-1: published values, messages in pieces, and that every kernel gives the same.
 #include "base/crc_kernel.hpp"
 #include "base/sha1_kernel.hpp"
+#include "support/test.hpp"
 
-#include "kestu_sum.h"
 #include "support/on_kernel.hpp"
-
-#include <gmock/gmock.h>
-
-#include <algorithm>
-#include <cstring>
-#include <random>
-#include <string>
-#include <vector>
 
 #include <sys/mman.h>
 
 using namespace kestu;
-using testing::ElementsAre;
+using namespace kestu::test;
 
 namespace {
 

@@ -1,7 +1,6 @@
 // The example of an interactive program, used as a person uses it.
 #include "support/pty.hpp"
-
-#include <gtest/gtest.h>
+#include "support/test.hpp"
 
 // A key follows when the one before is on the screen: several at once are no key.
 TEST(AddingMachine, AddsWhatIsTypedUntilItCannotBeRead) {

@@ -2,14 +2,9 @@
 // history.
 #include "console/key.hpp"
 #include "fuzz/editor_model.hpp"
-
-#include "support/alloc_failure.hpp"
-#include "support/chain.hpp"
-#include "support/pool.hpp"
+#include "support/test.hpp"
 
 #include <optional>
-#include <random>
-#include <utility>
 
 using namespace kestu;
 using namespace kestu::test;

@@ -1,13 +1,8 @@
 // Splitting lines into parameters, and what the record carries from one line to the next.
 #include "fuzz/prsd_model.hpp"
-
-#include "support/alloc_failure.hpp"
-#include "support/chain.hpp"
-
-#include <random>
+#include "support/test.hpp"
 
 using namespace kestu::test;
-using testing::ElementsAre;
 
 namespace {
 

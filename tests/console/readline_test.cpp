@@ -1,17 +1,11 @@
 // The line editor on a terminal, as a person uses it.
-#include "kestu_lib.h"
-#include "kestu_readline.h"
-#include "kestu_str.h"
-
-#include "support/chain.hpp"
 #include "support/pty.hpp"
+#include "support/test.hpp"
 
 #include <csignal>
-#include <cstdlib>
 
 #include <fcntl.h>
 #include <sys/syscall.h>
-#include <unistd.h>
 
 using namespace kestu::test;
 

@@ -1,15 +1,7 @@
 // The bit array: values, the zeros around them, and what a refused allocation leaves.
-#include "kestu_bitarr.h"
-
 #include "containers/bitarr_count.hpp"
-#include "support/alloc_failure.hpp"
-#include "support/chain.hpp"
 #include "support/on_kernel.hpp"
-
-#include <algorithm>
-#include <cerrno>
-#include <random>
-#include <string>
+#include "support/test.hpp"
 
 using namespace kestu::test;
 using kestu::count_dispatch;

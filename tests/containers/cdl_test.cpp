@@ -1,17 +1,9 @@
 // The circular list: outward order, and nodes that are freed and handed out again.
-#include "kestu_cdl.h"
-
 #include "list_model.hpp"
-#include "support/chain.hpp"
-#include "support/pool.hpp"
+#include "support/test.hpp"
 #include "trace.hpp"
 
-#include <algorithm>
-#include <set>
-
 using namespace kestu::test;
-using testing::ElementsAre;
-using testing::Pair;
 
 namespace {
 

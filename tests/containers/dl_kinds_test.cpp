@@ -1,17 +1,10 @@
 // What the doubly linked lists of pools and of the heap have in common: order, links and handles
 // after any steps, and what refused nodes leave.
-#include "kestu_dl.h"
-
 #include "list_model.hpp"
-#include "support/alloc_failure.hpp"
-#include "support/chain.hpp"
-#include "support/pool.hpp"
+#include "support/test.hpp"
 #include "trace.hpp"
 
-#include <algorithm>
-
 using namespace kestu::test;
-using testing::ElementsAre;
 
 namespace {
 

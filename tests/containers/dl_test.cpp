@@ -1,19 +1,9 @@
 // The doubly linked list: handles, order of visits, and links after every step.
-#include "kestu_dl.h"
-
 #include "list_model.hpp"
-#include "support/alloc_failure.hpp"
-#include "support/chain.hpp"
-#include "support/pool.hpp"
+#include "support/test.hpp"
 #include "trace.hpp"
 
-#include <cerrno>
-#include <cstring>
-#include <string>
-
 using namespace kestu::test;
-using testing::ElementsAre;
-using testing::Pair;
 
 namespace {
 

@@ -1,13 +1,8 @@
 // The singly linked list.
-#include "kestu_sl.h"
-
-#include "support/chain.hpp"
-#include "support/pool.hpp"
+#include "support/test.hpp"
 #include "trace.hpp"
 
 using namespace kestu::test;
-using testing::ElementsAre;
-using testing::Pair;
 
 namespace {
 

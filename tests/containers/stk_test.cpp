@@ -1,13 +1,8 @@
 // The stack.
-#include "kestu_stk.h"
-
-#include "support/chain.hpp"
-#include "support/pool.hpp"
+#include "support/test.hpp"
 #include "trace.hpp"
 
 using namespace kestu::test;
-using testing::ElementsAre;
-using testing::Pair;
 
 namespace {
 

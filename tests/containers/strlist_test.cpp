@@ -1,15 +1,7 @@
 // Lists of strings and the tokenizer.
-#include "kestu_strlist.h"
-
-#include "support/alloc_failure.hpp"
-#include "support/chain.hpp"
-#include "support/pool.hpp"
-
-#include <string>
+#include "support/test.hpp"
 
 using namespace kestu::test;
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 namespace {
 

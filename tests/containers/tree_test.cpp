@@ -1,20 +1,12 @@
 // The tree: where nodes go, orders and ends of walks, what deletions leave, and links after all.
-#include "kestu_tree.h"
-
 #include "list_model.hpp"
-#include "support/alloc_failure.hpp"
-#include "support/chain.hpp"
-#include "support/pool.hpp"
 #include "support/small_stack.hpp"
+#include "support/test.hpp"
 #include "trace.hpp"
 
-#include <algorithm>
 #include <memory>
-#include <random>
-#include <string>
 
 using namespace kestu::test;
-using testing::ElementsAre;
 
 namespace {
 

@@ -1,22 +1,12 @@
 // The trie: as its model in all operations, failures that leave no trace, and keys of any length.
 #include "fuzz/trie_model.hpp"
+#include "support/test.hpp"
 
-#include "support/alloc_failure.hpp"
-#include "support/chain.hpp"
-#include "support/pool.hpp"
 #include "support/small_stack.hpp"
 
-#include <cerrno>
-#include <random>
-
 using namespace kestu::test;
-using namespace std::string_literals;
 using kestu::fuzz::HeapTrie;
 using kestu::fuzz::PoolTrie;
-using testing::_;
-using testing::ElementsAre;
-using testing::Pair;
-using testing::StartsWith;
 
 namespace {
 

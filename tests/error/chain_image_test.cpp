@@ -1,18 +1,12 @@
 // Chains as bytes, beside tpl itself.
-#include "kestu_error_image.h"
+#include "support/test.hpp"
 
-#include "support/alloc_failure.hpp"
-#include "support/chain.hpp"
-
-#include <cstring>
 #include <memory>
 #include <sstream>
-#include <string>
 
 #include <tpl.h>
 
 using namespace kestu::test;
-using testing::IsEmpty;
 
 namespace {
 

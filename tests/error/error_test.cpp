@@ -1,15 +1,7 @@
 // Making, combining, inspecting and releasing chains.
-#include "kestu_error.h"
-#include "kestu_lib.h"
-
-#include "support/alloc_failure.hpp"
-#include "support/chain.hpp"
-
-#include <string>
+#include "support/test.hpp"
 
 using namespace kestu::test;
-using testing::ElementsAre;
-using testing::StartsWith;
 
 namespace {
 

@@ -1,31 +1,17 @@
 // Walking files, on trees made for each test.
-#include "kestu_dir.h"
-#include "kestu_lib.h"
-
-#include "support/alloc_failure.hpp"
-#include "support/chain.hpp"
 #include "support/process.hpp"
 #include "support/small_stack.hpp"
+#include "support/test.hpp"
 
-#include <algorithm>
-#include <cerrno>
-#include <climits>
 #include <filesystem>
-#include <functional>
 #include <optional>
-#include <string>
-#include <vector>
 
 #include <dirent.h>
 #include <dlfcn.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 using namespace kestu::test;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::UnorderedElementsAre;
 namespace fs = std::filesystem;
 
 namespace {

@@ -1,22 +1,13 @@
 // Log files.
-#include "kestu_lib.h"
-#include "kestu_log.h"
+#include "support/test.hpp"
 
-#include "support/chain.hpp"
-
-#include <algorithm>
-#include <cerrno>
 #include <ctime>
 #include <fstream>
-#include <functional>
 #include <iterator>
-#include <string>
 
 #include <sys/wait.h>
-#include <unistd.h>
 
 using namespace kestu::test;
-using testing::HasSubstr;
 
 namespace {
 

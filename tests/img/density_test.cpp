@@ -1,12 +1,6 @@
 // The mask and the density measures, pixel for pixel beside their formulas.
-#include "kestu_img_measure.h"
-
 #include "picture.hpp"
-#include "support/chain.hpp"
-
-#include <cmath>
-#include <functional>
-#include <limits>
+#include "support/test.hpp"
 
 using namespace kestu::test;
 

@@ -1,8 +1,6 @@
 // Files exchanged with libtiff, in both directions.
-#include "kestu_img.h"
-
 #include "picture.hpp"
-#include "support/chain.hpp"
+#include "support/test.hpp"
 #include "tiff_bytes.hpp"
 
 #include <tiffio.h>

@@ -1,13 +1,6 @@
 // Histogram, entropy and threshold beside plain loops over the definitions.
-#include "kestu_img_measure.h"
-#include "kestu_mem.h"
-
 #include "picture.hpp"
-#include "support/alloc_failure.hpp"
-#include "support/chain.hpp"
-
-#include <cmath>
-#include <random>
+#include "support/test.hpp"
 
 using namespace kestu::test;
 

@@ -1,18 +1,10 @@
 // Shapes: the plain walks pixel for pixel, and what the smooth outlines look like.
 #include "canvas.hpp"
-#include "kestu_img_shape.h"
+#include "support/test.hpp"
 
 #include "img/ellipse_edge.hpp"
-#include "support/chain.hpp"
 
-#include <algorithm>
-#include <climits>
-#include <cmath>
-#include <functional>
-#include <limits>
 #include <numbers>
-#include <random>
-#include <vector>
 
 using namespace kestu::test;
 

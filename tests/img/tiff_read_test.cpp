@@ -1,14 +1,8 @@
 // Reading TIFF files made by hand: what is understood.
 #include "read_bytes.hpp"
-#include "support/alloc_failure.hpp"
-#include "support/chain.hpp"
-
-#include <algorithm>
+#include "support/test.hpp"
 
 using namespace kestu::test;
-using namespace std::string_literals;
-using testing::ElementsAre;
-using testing::ElementsAreArray;
 
 TEST(TiffRead, FillsTheRecord) {
     Tiff tiff(3, 2, 8, "abcdef");

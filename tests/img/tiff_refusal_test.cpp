@@ -1,17 +1,13 @@
 // TIFF files that are refused: with which errors, and that nothing is left behind.
 #include "read_bytes.hpp"
-#include "support/alloc_failure.hpp"
-#include "support/chain.hpp"
+#include "support/test.hpp"
 
-#include <algorithm>
 #include <filesystem>
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 using namespace kestu::test;
-using namespace std::string_literals;
 
 namespace {
 

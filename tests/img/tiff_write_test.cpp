@@ -1,21 +1,14 @@
 // Writing TIFF: the bytes, and what happens when they cannot be written.
-#include "kestu_img.h"
-#include "kestu_lib.h"
-
 #include "picture.hpp"
-#include "support/alloc_failure.hpp"
-#include "support/chain.hpp"
+#include "support/test.hpp"
 #include "tiff_bytes.hpp"
 
 #include <csignal>
-#include <limits>
 #include <thread>
 
 #include <sys/resource.h>
-#include <unistd.h>
 
 using namespace kestu::test;
-using namespace std::string_literals;
 
 namespace {
 

@@ -2,19 +2,14 @@
 #include "base/crc_kernel.hpp"
 #include "base/sha1_kernel.hpp"
 #include "containers/bitarr_count.hpp"
+#include "support/test.hpp"
 #include "text/compare.hpp"
 
-#include "kestu_sum.h"
-
-#include <gmock/gmock.h>
-
 #include <atomic>
-#include <string>
 #include <thread>
-#include <vector>
 
 using namespace kestu;
-using testing::ElementsAre;
+using namespace kestu::test;
 
 namespace {
 

@@ -1,14 +1,5 @@
 // errno belongs to the caller: no function changes it, whether it succeeds, fails or lacks memory.
-#include "kestu.h"
-
-#include "support/alloc_failure.hpp"
-#include "support/pool.hpp"
-
-#include <gtest/gtest.h>
-
-#include <cerrno>
-#include <functional>
-#include <string>
+#include "support/test.hpp"
 
 using namespace kestu::test;
 

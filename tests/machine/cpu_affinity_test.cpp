@@ -1,18 +1,9 @@
 // Masks of processors, binding, and the check that the process may run everywhere.
-#include "kestu_cpu.h"
-
 #include "machine/fake_scheduler.hpp"
-#include "support/chain.hpp"
-
-#include <gmock/gmock.h>
-
-#include <cerrno>
-#include <cstring>
-#include <vector>
+#include "support/test.hpp"
 
 using namespace kestu::test;
 using testing::Each;
-using testing::ElementsAre;
 
 namespace {
 

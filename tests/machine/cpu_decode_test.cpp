@@ -3,17 +3,10 @@
 #include "machine/cpu_decode.hpp"
 #include "machine/cpu_vendor.hpp"
 #include "machine/replayed.hpp"
-#include "support/chain.hpp"
-
-#include <gmock/gmock.h>
-
-#include <cstring>
-#include <set>
-#include <vector>
+#include "support/test.hpp"
 
 using namespace kestu;
 using namespace kestu::test;
-using testing::ElementsAre;
 
 namespace {
 

@@ -1,19 +1,10 @@
 // Detection on the machine that the test runs on, beside what the system tells of it.
-#include "kestu_cpu.h"
-#include "kestu_lib.h"
-#include "kestu_mach.h"
-
 #include "machine/fake_scheduler.hpp"
 #include "machine/replayed.hpp"
-#include "support/chain.hpp"
 #include "support/process.hpp"
+#include "support/test.hpp"
 
-#include <gmock/gmock.h>
-
-#include <cerrno>
-#include <cstring>
 #include <map>
-#include <set>
 #include <sstream>
 
 using namespace kestu::test;

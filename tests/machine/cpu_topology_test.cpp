@@ -1,22 +1,12 @@
 // Whole machines, replayed: what detection makes of the leaves of all their processors.
-#include "kestu_cpu.h"
-#include "kestu_lib.h"
-
 #include "machine/replayed.hpp"
 #include "machines/replay.hpp"
-#include "support/alloc_failure.hpp"
-#include "support/chain.hpp"
+#include "support/test.hpp"
 
-#include <gmock/gmock.h>
-
-#include <algorithm>
-#include <cerrno>
-#include <cstring>
 #include <sstream>
 
 using namespace kestu::test;
 using machines::Replay;
-using testing::ElementsAre;
 
 namespace {
 

@@ -1,20 +1,10 @@
 // What the host is, and the clocks.
-#include "kestu_mach.h"
-
 #include "machine/cpu_freq.hpp"
 #include "machine/host.hpp"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <string>
-#include <vector>
+#include "support/test.hpp"
 
 #include <sys/time.h>
 #include <sys/times.h>
-#include <unistd.h>
 
 using namespace kestu;
 

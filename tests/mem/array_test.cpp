@@ -1,14 +1,7 @@
 // Arrays of any number of dimensions.
-#include "kestu_array.h"
-
-#include "support/alloc_failure.hpp"
-#include "support/chain.hpp"
-
-#include <climits>
-#include <utility>
+#include "support/test.hpp"
 
 using namespace kestu::test;
-using testing::HasSubstr;
 
 extern "C" {
 void __lsan_disable() __attribute__((weak));

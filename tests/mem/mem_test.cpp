@@ -1,11 +1,5 @@
 // The checked wrappers, and vectors and matrices with bounds of the caller's own.
-#include "kestu_mem.h"
-
-#include "support/alloc_failure.hpp"
-#include "support/chain.hpp"
-
-#include <climits>
-#include <cstring>
+#include "support/test.hpp"
 
 using namespace kestu::test;
 

@@ -1,20 +1,10 @@
 // Types, objects, children and cleanups.
-#include "kestu_objsig.h"
-
-#include "support/alloc_failure.hpp"
-#include "support/chain.hpp"
-#include "support/pool.hpp"
 #include "support/small_stack.hpp"
+#include "support/test.hpp"
 
 #include <sys/wait.h>
-#include <unistd.h>
-
-#include <functional>
-#include <string>
 
 using namespace kestu::test;
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 namespace {
 

@@ -1,10 +1,6 @@
 // Objects that make, connect and destroy each other at random.
 #include "fuzz/object_model.hpp"
-
-#include <gtest/gtest.h>
-
-#include <random>
-#include <vector>
+#include "support/test.hpp"
 
 class Scenario : public testing::TestWithParam<unsigned> {};
 INSTANTIATE_TEST_SUITE_P(Seeds, Scenario, testing::Range(1u, 21u));

@@ -1,18 +1,7 @@
 // Signals and slots.
-#include "kestu_objsig.h"
-
-#include "kestu_mem.h"
-#include "support/alloc_failure.hpp"
-#include "support/chain.hpp"
-#include "support/pool.hpp"
-
-#include <functional>
-#include <string>
+#include "support/test.hpp"
 
 using namespace kestu::test;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
 
 namespace {
 

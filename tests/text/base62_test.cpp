@@ -1,15 +1,8 @@
 // Integers as text in any base up to 62, and back.
-#include "kestu_escape.h"
+#include "support/test.hpp"
 
-#include "support/chain.hpp"
-
-#include <algorithm>
 #include <cctype>
 #include <charconv>
-#include <cstring>
-#include <random>
-#include <string>
-#include <tuple>
 
 using namespace kestu::test;
 

@@ -1,20 +1,11 @@
 // Escapes to bytes, bytes to escapes, and the two tables behind them.
-#include "kestu_escape.h"
+#include "support/test.hpp"
 
-#include "support/chain.hpp"
-
-#include <algorithm>
 #include <iconv.h>
 #include <memory>
-#include <string>
-#include <string_view>
-#include <tuple>
-#include <vector>
 
 using namespace kestu::test;
 using namespace std::literals;
-using testing::ElementsAre;
-using testing::Pair;
 
 namespace {
 

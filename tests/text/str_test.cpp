@@ -1,24 +1,12 @@
 // Conversions, bounded copies, comparison, lengths, trimming, replacement and text in pools.
-#include "kestu_str.h"
-
-#include "support/alloc_failure.hpp"
-#include "support/chain.hpp"
 #include "support/on_kernel.hpp"
-#include "support/pool.hpp"
+#include "support/test.hpp"
 #include "text/compare.hpp"
 
 #include <sys/mman.h>
 
-#include <cerrno>
-#include <cmath>
-#include <cstdlib>
-#include <cstring>
-#include <random>
-#include <string>
-
 using namespace kestu::test;
 using kestu::compare_dispatch;
-using namespace std::string_literals;
 
 namespace {
 

@@ -1,24 +1,16 @@
 // `kestu cpu` and `kestu host` as a user runs them.
 #include "support/process.hpp"
+#include "support/test.hpp"
 #include "tools/columns.hpp"
 
-#include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
-#include <algorithm>
 #include <sstream>
 
 #include <sched.h>
-#include <unistd.h>
 
 using namespace kestu::test;
 using nlohmann::json;
-using testing::AllOf;
-using testing::Contains;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Not;
-using testing::StartsWith;
 
 namespace {
 

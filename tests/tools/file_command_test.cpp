@@ -1,23 +1,13 @@
 // `kestu sum` and `kestu find` as a user runs them.
 #include "support/process.hpp"
 #include "support/pty.hpp"
+#include "support/test.hpp"
 #include "tools/columns.hpp"
 
-#include <gmock/gmock.h>
-
-#include <algorithm>
 #include <filesystem>
 #include <sstream>
-#include <string>
-#include <vector>
 
 using namespace kestu::test;
-using testing::AllOf;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Not;
-using testing::UnorderedElementsAre;
 namespace fs = std::filesystem;
 
 namespace {

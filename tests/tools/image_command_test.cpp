@@ -1,25 +1,18 @@
 // `kestu image ...` as a user runs it.
 #include "img/tiff_bytes.hpp"
 #include "support/pty.hpp"
+#include "support/test.hpp"
 #include "tools/columns.hpp"
 
-#include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
-#include <cmath>
 #include <filesystem>
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 using namespace kestu::test;
-using testing::AllOf;
 using testing::ContainsRegex;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Not;
-using testing::StartsWith;
 
 namespace {
 

@@ -1,25 +1,14 @@
 // The commands of `kestu image` that make pictures, as a user runs them.
-#include "kestu_img.h"
-#include "kestu_img_shape.h"
-
 #include "img/picture.hpp"
 #include "img/tiff_bytes.hpp"
-#include "support/chain.hpp"
+#include "support/test.hpp"
 
-#include <climits>
-#include <cmath>
 #include <filesystem>
-#include <functional>
 #include <iterator>
 #include <sstream>
-#include <string>
-#include <vector>
 
 using namespace kestu::test;
-using testing::AllOf;
-using testing::ElementsAre;
 using testing::Gt;
-using testing::HasSubstr;
 using testing::Lt;
 namespace fs = std::filesystem;
 

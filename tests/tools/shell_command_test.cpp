@@ -1,22 +1,15 @@
 // `kestu shell` as a person uses it at a terminal, and as it runs scripts.
 #include "support/process.hpp"
 #include "support/pty.hpp"
-
-#include <gmock/gmock.h>
+#include "support/test.hpp"
 
 #include <csignal>
-#include <cstring>
-#include <string>
 
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
 using namespace kestu::test;
-using testing::EndsWith;
-using testing::HasSubstr;
-using testing::Not;
 
 namespace {
 

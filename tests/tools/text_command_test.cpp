@@ -1,13 +1,8 @@
 // `kestu escape`, `kestu unescape` and `kestu base` as a user runs them.
 #include "support/process.hpp"
-
-#include <gmock/gmock.h>
-
-#include <string>
+#include "support/test.hpp"
 
 using namespace kestu::test;
-using testing::HasSubstr;
-using testing::IsEmpty;
 
 TEST(Escape, AnyBytesComeBackThroughPrintableText) {
     std::string bytes;
