@@ -3,77 +3,15 @@
 #include "machines/replay.hpp"
 #include "support/test.hpp"
 
-#include <sstream>
-
 using namespace kestu::test;
 using machines::Replay;
 
 namespace {
 
-std::string summary(const kestu_cpu_t &cpu) {
-    std::ostringstream text;
-    text << cpu.package_count << '/' << cpu.core_count << '/' << cpu.thread_count;
-    for (uint32_t i = 0; i < cpu.cache_count; ++i) {
-        const kestu_cpu_cache_t &cache = cpu.caches[i];
-        text << ' ' << cache.count << 'x' << cache.label << ':' << cache.size_kb << '/'
-             << cache.line << '/' << cache.ways << '/' << cache.sets << '@' << cache.shared_by;
-    }
-    return text.str();
-}
-
-// The places of a machine: "identifier:package.core.thread" of each processor.
-std::string places(const kestu_cpu_t &cpu) {
-    std::ostringstream all;
-    for (uint32_t i = 0; i < cpu.thread_count; ++i)
-        all << cpu.processors[i].apic_id << ':' << cpu.processors[i].package << '.'
-            << cpu.processors[i].core << '.' << cpu.processors[i].thread << ' ';
-    return all.str();
-}
-
 kestu_error_t *detect(const RecordedMachine &machine, kestu_cpu_t &cpu) {
     const Replay replay(machine);
     return kestu_cpu_detect(&cpu, kestu_pool);
 }
-
-// Machines whose processors tell no brand of their own are named in the tests of names.
-struct Case {
-    const char *machine;
-    uint32_t vendor;
-    const char *name;
-    const char *summary; // packages/cores/threads, and count x label:KB/line/ways/sets@sharing
-};
-
-constexpr Case cases[] = {
-    {"intel-486-dx4", 1, "IntelDX4(TM) processor", "1/1/1"},
-    {"intel-pentium3-pair", 1, "Intel(R) Pentium(R) III processor", "2/2/2"},
-    {"intel-pentium4-hyperthreading", 1, "              Intel(R) Pentium(R) 4 CPU 3.00GHz",
-     "1/1/2"},
-    {"intel-core2-quad", 1, "Intel(R) Core(TM)2 Quad CPU    Q6600  @ 2.40GHz",
-     "1/4/4 4xL1d:32/64/8/64@1 4xL1i:32/64/8/64@1 2xL2:4096/64/16/4096@2"},
-    {"intel-xeon-two-packages", 1, "Intel(R) Xeon(R) CPU           X5650  @ 2.67GHz",
-     "2/4/8 4xL1d:32/64/8/64@2 4xL1i:32/64/4/128@2 4xL2:256/64/8/512@2 2xL3:12288/64/16/12288@32"},
-    {"intel-hybrid", 1, "12th Gen Intel(R) Core(TM) i5 hybrid",
-     "1/5/6 1xL1d:48/64/12/64@2 1xL1i:32/64/8/64@2 1xL2:1280/64/10/2048@8 "
-     "1xL3:30720/64/12/40960@128 4xL1d:32/64/8/64@2 4xL1i:64/64/8/128@2 1xL2:2048/64/16/2048@8"},
-    {"intel-virtual", 1, "Intel(R) Xeon(R) Processor",
-     "1/2/2 2xL1d:32/64/8/64@1 2xL1i:32/64/8/64@1 2xL2:256/64/8/512@1 1xL3:30720/64/20/24576@2"},
-    {"amd-k5", 2, "", "1/1/1"},
-    {"amd-k6-3", 2, "AMD-K6(tm)-III Processor",
-     "1/1/1 1xL1d:32/32/2/512@1 1xL1i:32/32/2/512@1 1xL2:256/32/4/2048@1"},
-    {"amd-athlon-mp-pair", 2, "", "2/2/2"},
-    {"amd-phenom-three-cores", 2, "AMD Phenom(tm) 8650 Triple-Core Processor",
-     "1/3/3 3xL1d:64/64/2/512@1 3xL1i:64/64/2/512@1 3xL2:512/64/16/512@1 1xL3:2048/64/32/1024@3"},
-    {"amd-modules", 2, "AMD FX(tm)-4300 Quad-Core Processor",
-     "1/4/4 4xL1d:16/64/4/64@1 2xL1i:64/64/2/512@2 2xL2:2048/64/16/2048@2 1xL3:8192/64/64/2048@4"},
-    {"amd-zen-two-packages", 2, "AMD EPYC 7003 series",
-     "2/4/8 4xL1d:32/64/8/64@2 4xL1i:32/64/8/64@2 4xL2:512/64/8/1024@2 2xL3:32768/64/16/32768@4"},
-    {"amd-virtual", 2, "AMD EPYC Processor",
-     "2/2/2 2xL1d:32/64/8/64@1 2xL1i:32/64/8/64@1 2xL2:512/64/8/1024@1"},
-    {"via", 6, "VIA Processor", "0/0/0"},
-    {"cyrix", 9, "Cyrix Processor", "0/0/0"},
-    {"transmeta", 3, "Transmeta Processor", "0/0/0"},
-    {"unknown", 0, "Unknown Processor", "0/0/0"},
-};
 
 // A processor of a machine with leaf 0xB, 128 threads to a package and two to a core.
 LeafTable server_processor(uint32_t x2apic) {
@@ -97,18 +35,6 @@ RecordedMachine server(uint32_t processors) {
 constexpr const char *cannot = "Can't determine CPU.";
 
 } // namespace
-
-TEST(CpuTopology, RecordedMachinesAreUnderstood) {
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.machine);
-        const auto cpu = new_record();
-        EXPECT_OK(detect(load_machine(c.machine), *cpu));
-        EXPECT_EQ(cpu->vendor, c.vendor);
-        EXPECT_STREQ(cpu->name, c.name);
-        EXPECT_EQ(summary(*cpu), c.summary);
-        EXPECT_EQ(cpu->os_sse, cpu->id.flags.sse);
-    }
-}
 
 TEST(CpuTopology, WhatIsNotToldIsLeftAsItWas) {
     const auto cpu = new_record();
@@ -145,25 +71,6 @@ TEST(CpuTopology, EveryProcessorHasItsPlaceAndCaches) {
     EXPECT_EQ(cpu->id.initial_apic_id, 0u) << "the record identifies the first processor";
 }
 
-// Identifiers may be wider than eight bits or moved by the firmware; where there are none, packages
-// are told apart by index.
-TEST(CpuTopology, ProcessorsAreToldApart) {
-    const std::pair<const char *, const char *> machines[] = {
-        {"intel-hybrid", "0:0.0.0 1:0.0.1 8:0.4.0 10:0.5.0 12:0.6.0 14:0.7.0 "},
-        {"amd-modules", "0:0.0.0 1:0.1.0 2:0.2.0 3:0.3.0 "},
-        {"intel-pentium3-pair", "0:0.0.0 0:1.0.0 "},
-        {"amd-athlon-mp-pair", "0:0.0.0 0:1.0.0 "},
-        {"intel-xeon-two-packages",
-         "64:2.0.0 65:2.0.1 66:2.1.0 67:2.1.1 320:10.0.0 321:10.0.1 322:10.1.0 323:10.1.1 "},
-        {"amd-zen-two-packages",
-         "0:0.0.0 1:0.0.1 2:0.1.0 3:0.1.1 256:1.0.0 257:1.0.1 258:1.1.0 259:1.1.1 "}};
-    for (const auto &[name, expected] : machines) {
-        const auto cpu = new_record();
-        ASSERT_OK(detect(load_machine(name), *cpu));
-        EXPECT_EQ(places(*cpu), expected) << name;
-    }
-}
-
 TEST(CpuTopology, WithoutDescriptionsFourLevelsAreAssumed) {
     const auto cpu = new_record();
     ASSERT_OK(detect(load_machine("intel-pentium4-hyperthreading"), *cpu));
@@ -178,7 +85,9 @@ TEST(CpuTopology, AsManyProcessorsAsTheRecordHolds) {
     std::reverse(machine.begin(), machine.end());
     const auto cpu = new_record();
     ASSERT_OK(detect(machine, *cpu));
-    EXPECT_EQ(summary(*cpu), "8/512/1024 512xL1d:48/64/12/64@2 8xL3:49152/64/12/65536@128");
+    EXPECT_THAT((std::vector{cpu->package_count, cpu->core_count, cpu->thread_count,
+                             cpu->cache_count, cpu->caches[0].count, cpu->caches[1].count}),
+                ElementsAre(8, 512, 1024, 2, 512, 8));
     EXPECT_EQ(cpu->processors[0].index, 0u);
     EXPECT_EQ(cpu->processors[0].apic_id, 1023u);
     EXPECT_EQ(cpu->cores[63].core, 63u) << "cores stand in the order of their identifiers";

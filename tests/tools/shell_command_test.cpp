@@ -1,4 +1,4 @@
-// `kestu shell` as a person uses it at a terminal, and as it runs scripts.
+// `kestu shell` as a person uses it at a terminal.
 #include "support/process.hpp"
 #include "support/pty.hpp"
 #include "support/test.hpp"
@@ -251,73 +251,4 @@ TEST_F(ShellSession, CanBeStoppedAndTakenUpAgain) {
     terminal.type(control_z);
     EXPECT_EQ(terminal.wait_for_report(), stopped);
     EXPECT_EQ(terminal.wait_for_report(), std::to_string(SIGTERM));
-}
-
-namespace {
-
-Ran run_script(const std::string &lines) {
-    return run_kestu({"shell"}, lines, {"XDG_STATE_HOME=/dev/null/none"});
-}
-
-} // namespace
-
-TEST(ShellScript, EndsWithTheStatusOfTheLastCommandThatFailedAndIsNotReadByCommands) {
-    const struct {
-        std::string script;
-        int status;
-        const char *out;
-    } cases[] = {
-        {"", 0, ""},
-        {"# a \"comment\n\n \t\r\nkestu base 2 5\r\n", 0, "101\n"},
-        {"image info /missing\nbase 2 5\n", 1, "101\n"},
-        {"image info /missing\nnonsense\nbase 2 5\n", 2, "101\n"},
-        {"base 2 5\nexit\nnonsense\n", 0, "101\n"},
-        {"quit now\nbase 2 5\nquit\nnonsense\n", 2, "101\n"},
-        {"base 2 \\\n \\\n5\n", 0, "101\n"},
-        {"base 2 5\nescape \"a\n", 2, "101\n"},
-        {std::string("base 2 5\0\nbase 2 6\n", 19), 2, "110\n"},
-        {"escape\nbase 2 5\nsum\n", 0, "\n101\nda39a3ee5e6b4b0d3255bfef95601890afd80709  -\n"},
-        {"shell\nshell --version\nbase 2 5\n", 1, "kestu 1.0.0\n101\n"},
-    };
-    for (const auto &c : cases) {
-        const Ran ran = run_script(c.script);
-        EXPECT_EQ(ran.status, c.status) << c.script << ran.err;
-        EXPECT_EQ(ran.out, c.out) << c.script;
-        EXPECT_EQ(ran.err.empty(), c.status == 0) << c.script << ran.err;
-    }
-}
-
-TEST(ShellScript, WordsKeepTheirText) {
-    EXPECT_EQ(run_script("escape 007 1e5 0x10 \"a  b\" \"\" c\"d \"\\\"\n").out,
-              "007\n1e5\n0x10\na  b\n\nc\\\"d\n\\\\\n");
-    const std::string word(1 << 20, 'w');
-    EXPECT_TRUE(run_script("escape " + word + "\n").err.empty());
-    EXPECT_TRUE(run_script("escape \"" + std::string(1 << 16, 'w') + "\"\n").out ==
-                std::string(1 << 16, 'w') + "\n");
-}
-
-TEST(ShellScript, SuggestsTheNearestCommand) {
-    const std::pair<const char *, const char *> cases[] = {
-        {"imgae", "did you mean 'image'?"}, {"IMAGE", "help lists the commands"},
-        {"smu", "did you mean 'sum'?"},     {"unescpe", "did you mean 'unescape'?"},
-        {"exi", "did you mean 'exit'?"},    {"s", "help lists the commands"},
-        {"cat", "help lists the commands"}, {"\x1b[2J", "no command '\\x1b[2J'; help lists"},
-    };
-    for (const auto &[name, answer] : cases) {
-        const Ran ran = run_script(name);
-        EXPECT_EQ(ran.status, 2);
-        EXPECT_THAT(ran.err, HasSubstr(answer));
-        EXPECT_EQ(run_script(std::string("help ") + name).err, ran.err);
-    }
-}
-
-TEST(ShellScript, HelpListsEveryCommandAndDescribesEach) {
-    const std::string list = run_script("help\n").out;
-    const std::string page = run_kestu({"--help"}).out;
-    for (const std::string name : {"image", "cpu", "host", "find", "base", "unescape"}) {
-        EXPECT_THAT("\n" + list, HasSubstr("\n  " + name + " "));
-        EXPECT_THAT(page, HasSubstr("\n  " + name + " "));
-    }
-    EXPECT_EQ(run_script("help image info\n").out, run_kestu({"image", "info", "--help"}).out);
-    EXPECT_EQ(run_script("help quit\n").out, "Leave the shell\n");
 }
