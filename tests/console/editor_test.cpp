@@ -183,9 +183,8 @@ TEST_F(EditorWithoutMemory, AKeyThatFindsNoRoomStopsTheLine) {
     }
     EXPECT_EQ(effect.next, Next::stop);
     EXPECT_EQ(ctx->line, std::string(ctx->size - 1, 'a'));
-    EXPECT_CHAIN(effect.error,
-                 Element(120012, "Failed to allocate " + std::to_string(2 * ctx->size) +
-                                     " bytes of memory."));
+    EXPECT_CHAIN(effect.error, 120012,
+                 "Failed to allocate " + std::to_string(2 * ctx->size) + " bytes of memory.");
     press('b');
 }
 
@@ -224,7 +223,7 @@ TEST(EditorStart, FailsWhole) {
         AllocFailure failure(1, pools_too);
         return kestu_ri_readline_init(&ctx, prompt.c_str(), 0, kestu_pool);
     };
-    EXPECT_CHAIN(init(), Element(120012, "Can't initialize readline."),
-                 Element(120012, "Failed to allocate 67108865 bytes of memory."));
+    EXPECT_CHAIN(init(), 120012, "Can't initialize readline.",
+                 "Failed to allocate 67108865 bytes of memory.");
     EXPECT_EQ(ctx, nullptr);
 }

@@ -133,8 +133,8 @@ TEST_F(Parser, WithoutMemoryKeepsWhatItHas) {
         AllocFailure failure(1, pools_too);
         return kestu_prsd_parse_p(&prsd, line.c_str(), " ", pool);
     };
-    EXPECT_CHAIN(fail_once(), Element(120012, "Can't parse string."),
-                 Element(120012, "Failed to allocate 16777217 bytes of memory."));
+    EXPECT_CHAIN(fail_once(), 120012, "Can't parse string.",
+                 "Failed to allocate 16777217 bytes of memory.");
     EXPECT_THAT(shown(), ElementsAre("s:a", "s:b"));
     EXPECT_EQ(prsd.room, 8);
     EXPECT_EQ(prsd.state, KESTU_PRSD_QUOTED);

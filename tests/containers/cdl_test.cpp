@@ -105,8 +105,8 @@ TEST_F(CdlList, NullNodesAreEmptyLists) {
     for (auto walk : {kestu_cdl_walk_err_or_ptr_first, kestu_cdl_flwalk_err_or_ptr_first})
         EXPECT_OK(walk(none, see_err_or_ptr, &trace, &result));
     EXPECT_THAT(trace.seen, ElementsAre());
-    EXPECT_CHAIN(kestu_cdl_insert_before(none, list), Element(120051, ""));
-    EXPECT_CHAIN(kestu_cdl_insert_after(list, none), Element(120051, ""));
+    EXPECT_CHAIN(kestu_cdl_insert_before(none, list), 120051, "");
+    EXPECT_CHAIN(kestu_cdl_insert_after(list, none), 120051, "");
     kestu_cdl_destroy(&list);
     EXPECT_EQ(list, nullptr);
 }
@@ -121,8 +121,7 @@ TEST_F(CdlList, APoolWithoutMemoryIsReportedWithNothingChanged) {
     kestu_cdl_t *out = nullptr;
     for (const auto &c : cases)
         EXPECT_CHAIN(pool.without_memory([&] { return c.add(&list, 9, nullptr, &out, pool); }),
-                     Element(120012, c.message),
-                     Element(120012, "Failed to allocate 32 bytes of memory."));
+                     120012, c.message, "Failed to allocate 32 bytes of memory.");
     EXPECT_EQ(list, nodes[1]);
     EXPECT_EQ(out, nullptr);
     EXPECT_THAT(checked_tags(list), ElementsAre(1, 2, 3, 4, 5));

@@ -47,8 +47,8 @@ TEST_F(DlList, CreatedNodesAreInNoList) {
     EXPECT_EQ(pool.without_memory(create), nullptr); // callers rely on it
     EXPECT_TRUE(!node && errno == 77);
     EXPECT_CHAIN(pool.without_memory([&] { return kestu_dlm_create(2, nullptr, &heap_node); }),
-                 Element(120012, "Can't allocate memory for dlm node."),
-                 Element(120012, "Failed to allocate 32 bytes of memory."));
+                 120012, "Can't allocate memory for dlm node.",
+                 "Failed to allocate 32 bytes of memory.");
 }
 
 TEST_F(DlList, NullNodesAreEmptyLists) {
@@ -62,8 +62,8 @@ TEST_F(DlList, NullNodesAreEmptyLists) {
                      kestu_dl_extract})
         EXPECT_EQ(get(none), nullptr);
     for (auto insert : {kestu_dl_insert_before, kestu_dl_insert_after})
-        EXPECT_CHAIN(insert(none, none), Element(120051, ""));
-    EXPECT_CHAIN(kestu_dl_exchange(none, none), Element(120052, ""));
+        EXPECT_CHAIN(insert(none, none), 120051, "");
+    EXPECT_CHAIN(kestu_dl_exchange(none, none), 120052, "");
     for (auto drop : {kestu_dl_delete, kestu_dlm_delete})
         drop(none);
     for (auto walk : {kestu_dl_delete_func, kestu_dlm_delete_func, kestu_dl_walk})
@@ -127,15 +127,14 @@ TEST_F(DlList, AnErrorEndsDestructionAndTheHandleReachesTheRest) {
         kestu_dl_t *list = make(1, 6)[c.handle];
         const auto [err, seen] = ended(kestu_dl_destroy_errfunc, &list, see_err, 3);
         EXPECT_EQ(seen, c.seen);
-        EXPECT_CHAIN(err, Element(0, "Error while destroy DL List."),
-                     Element(0, "KestuDLlistStopWalking"));
+        EXPECT_CHAIN(err, 0, "Error while destroy DL List.", "KestuDLlistStopWalking");
         EXPECT_EQ(checked_tags(list), c.left);
         EXPECT_EQ(list->tag, c.handle_after);
     }
     kestu_dl_t *list = make(1, 1)[0];
     Trace trace{1, kestu_error_create(0, 5, nullptr, "no")};
-    EXPECT_CHAIN(kestu_dl_destroy_errfunc(&list, see_err, &trace),
-                 Element(5, "Error while destroy DL List."), Element(5, "no"));
+    EXPECT_CHAIN(kestu_dl_destroy_errfunc(&list, see_err, &trace), 5,
+                 "Error while destroy DL List.", "no");
 }
 
 TEST_F(DlList, WalksBeginAtTheFirstNodeAndStopAtTheirKindOfResult) {
@@ -239,7 +238,7 @@ TEST_F(DlList, ExchangingWithALoneNodeFailsHalfway) {
         const auto nodes = make(1, 3), lone = make(9, 9);
         EXPECT_CHAIN(
             kestu_dl_exchange(lone_first ? lone[0] : nodes[1], lone_first ? nodes[1] : lone[0]),
-            Element(120051, "Unable to exchange DL nodes."), Element(120051, ""));
+            120051, "Unable to exchange DL nodes.", "");
         EXPECT_EQ(checked_tags(nodes[0]),
                   lone_first ? std::vector({1u, 9u, 3u}) : std::vector({1u, 3u}));
         EXPECT_THAT(checked_tags(nodes[1]), ElementsAre(2));

@@ -56,8 +56,7 @@ TEST_F(Stack, WalksGoDownAndStopAtTheirKindOfResult) {
 
 TEST_F(Stack, ANullStackIsEmptyAndTakesNothing) {
     kestu_stk_t *none = nullptr, *copy = nullptr;
-    EXPECT_CHAIN(kestu_stk_push(none, 1, nullptr, pool),
-                 Element(120051, "Can't push object to stack."), Element(120051, ""));
+    EXPECT_CHAIN(kestu_stk_push(none, 1, nullptr, pool), 120051, "Can't push object to stack.", "");
     EXPECT_EQ(kestu_stk_pop(none), nullptr);
     EXPECT_EQ(kestu_stk_get_data(none, nullptr), nullptr);
     EXPECT_EQ(kestu_stk_count(none), 0u);

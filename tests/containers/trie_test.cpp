@@ -153,12 +153,10 @@ TEST(TrieEdges, NullIsHarmless) {
 
 TYPED_TEST(Trie, RefusalsNameTheirKindAndLeaveInvalidNodesAlone) {
     this->insert("a");
-    EXPECT_CHAIN(this->functions.insert(this->trie, "a", values),
-                 Element(120082, TypeParam::failed), Element(120082, ""));
+    EXPECT_CHAIN(this->functions.insert(this->trie, "a", values), 120082, TypeParam::failed, "");
     kestu_trie_node_t invalid = {5};
     kestu_trie_node_t *const root = std::exchange(this->trie->root, &invalid);
-    EXPECT_CHAIN(this->functions.insert(this->trie, "b", values),
-                 Element(120091, TypeParam::failed), Element(120091, ""));
+    EXPECT_CHAIN(this->functions.insert(this->trie, "b", values), 120091, TypeParam::failed, "");
     this->remove("a");
     EXPECT_EQ(this->trie->root, &invalid);
     EXPECT_THAT(walk(this->trie->root), ElementsAre());
@@ -195,8 +193,8 @@ TEST(TrieEdges, AnInsertionThatFailsLeavesNoTrace) {
         AllocFailure failure(1);
         return kestu_triem_create(&trie);
     };
-    EXPECT_CHAIN(create_without_memory(), Element(120012, "Can't create new triem."),
-                 Element(120012, "Failed to allocate 8 bytes of memory."));
+    EXPECT_CHAIN(create_without_memory(), 120012, "Can't create new triem.",
+                 "Failed to allocate 8 bytes of memory.");
     EXPECT_EQ(trie, nullptr);
 }
 
@@ -209,8 +207,7 @@ TEST(TrieEdges, APoolWithoutMemoryLeavesTheTrieAsItWas) {
     const std::string before = shape(trie->root);
     EXPECT_CHAIN(pool.without_memory(
                      [&] { return kestu_trie_insert(trie, "kestu_trie_b", 12, values, pool); }),
-                 Element(120012, PoolTrie::failed),
-                 Pair(120012, StartsWith("Failed to allocate ")));
+                 120012, PoolTrie::failed, StartsWith("Failed to allocate "));
     EXPECT_EQ(shape(trie->root), before);
 }
 
@@ -221,8 +218,7 @@ TYPED_TEST(Trie, KeysOfAMegabyteNeedNoStack) {
                                     std::string(1000000, 'k') + "b", std::string(500000, 'k')};
         for (const auto &key : keys)
             this->insert(key);
-        EXPECT_CHAIN(this->functions.insert(this->trie, keys[1], values), Pair(120082, _),
-                     Element(120082, ""));
+        EXPECT_CHAIN(this->functions.insert(this->trie, keys[1], values), 120082, _, "");
         for (const auto &key : keys)
             EXPECT_EQ(this->search(key), &values[1]);
         EXPECT_EQ(this->search(keys[0] + "c"), nullptr);
@@ -231,8 +227,7 @@ TYPED_TEST(Trie, KeysOfAMegabyteNeedNoStack) {
         EXPECT_THAT(walk(this->trie->root), ElementsAre(keys[2], keys[1]));
         if (TypeParam::frees) {
             AllocFailure failure(900000);
-            EXPECT_CHAIN(this->functions.insert(this->trie, keys[0], values), Pair(120012, _),
-                         Pair(120012, _));
+            EXPECT_CHAIN(this->functions.insert(this->trie, keys[0], values), 120012, _, _);
         }
         this->insert(keys[0], 3);
         EXPECT_EQ(this->search(keys[0]), &values[3]);

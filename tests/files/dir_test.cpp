@@ -271,7 +271,7 @@ TEST_F(Dir, ErrorsOfTheCallbackArePrintedOrEndTheTraversal) {
     EXPECT_EQ(std::count(printed.begin(), printed.end(), '\n'), 2);
     EXPECT_EQ(printed.substr(0, 14), "Error(7): mine");
     EXPECT_EQ(open_files(), open_before);
-    EXPECT_CHAIN(traverse(KESTU_DIR_STOP, fail), Element(7, cannot.second), Element(7, "mine"));
+    EXPECT_CHAIN(traverse(KESTU_DIR_STOP, fail), 7, cannot.second, "mine");
     EXPECT_EQ(calls, 3);
     EXPECT_EQ(open_files(), open_before + 1);
     apr_pool_clear(pool);

@@ -113,9 +113,8 @@ TEST_F(Log, EveryLineOfAChainBecomesALine) {
 TEST_F(Log, AFileThatCannotBeOpenedLeavesALogWithoutOne) {
     kestu_log_t *log = nullptr;
     const std::string missing = folder + "/none/log";
-    EXPECT_CHAIN(kestu_log_create(&log, missing.c_str(), pool), Element(0, "Cannot create log."),
-                 Element(0, "Can't open file '" + missing + "'"),
-                 Element(0, "No such file or directory"));
+    EXPECT_CHAIN(kestu_log_create(&log, missing.c_str(), pool), 0, "Cannot create log.",
+                 "Can't open file '" + missing + "'", "No such file or directory");
     ASSERT_NE(log, nullptr);
     EXPECT_EQ(log->file, nullptr);
     EXPECT_STREQ(log->name, missing.c_str());

@@ -78,8 +78,8 @@ TEST(Density, OtherImagesAreRefusedAndEmptyOnesLeftAlone) {
         kestu_img_t img = {};
         img.bits[0] = 8;
         img.samples = 3;
-        EXPECT_CHAIN(measure.convert(&img, nullptr), Element(0, measure.action),
-                     Element(0, "The image is not grayscale."));
+        EXPECT_CHAIN(measure.convert(&img, nullptr), 0, measure.action,
+                     "The image is not grayscale.");
         img.samples = 1;
         EXPECT_OK(measure.convert(&img, nullptr));
     }

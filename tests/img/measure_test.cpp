@@ -131,9 +131,8 @@ TEST(Histogram, OtherImagesAreRefusedAndWithoutMemoryThereIsNone) {
         int nbins = -1;
         uint64_t *hist = nullptr;
         double value = -1;
-        EXPECT_CHAIN(kestu_img_histogram(&img, &nbins, &hist), Element(0, counting),
-                     Element(0, c.message));
-        EXPECT_CHAIN(kestu_img_entropy(&img, &value), Element(0, measuring), Element(0, c.message));
+        EXPECT_CHAIN(kestu_img_histogram(&img, &nbins, &hist), 0, counting, c.message);
+        EXPECT_CHAIN(kestu_img_entropy(&img, &value), 0, measuring, c.message);
         EXPECT_EQ(nbins, -1);
         EXPECT_EQ(value, -1);
     }
@@ -144,8 +143,7 @@ TEST(Histogram, OtherImagesAreRefusedAndWithoutMemoryThereIsNone) {
         const AllocFailure failure(1);
         return kestu_img_histogram(&picture.img, &nbins, &hist);
     };
-    EXPECT_CHAIN(starved(), Element(120012, counting),
-                 Element(120012, "Failed to allocate 524288 bytes of memory."));
+    EXPECT_CHAIN(starved(), 120012, counting, "Failed to allocate 524288 bytes of memory.");
 }
 
 TEST(Threshold, HistogramsWithoutTwoLevelsGiveTheMiddle) {

@@ -157,7 +157,7 @@ TEST(Shapes, TheFirstErrorOfTheCallbackEndsEveryShape) {
             for (size_t call = 1; call <= whole.plotted.size(); ++call) {
                 Canvas canvas;
                 canvas.fails_at = call;
-                EXPECT_CHAIN(draw(canvas), Element(7, "full"));
+                EXPECT_CHAIN(draw(canvas), 7, "full");
                 EXPECT_EQ(canvas.plotted.size(), call);
             }
         }

@@ -105,9 +105,8 @@ TEST(TiffWrite, FilesThatCannotBeWrittenAreErrors) {
     const Picture<uint8_t> picture(4, 4);
     const auto expect_errors = [](const char *action, auto write) {
         for (const char *path : {"/nowhere/a.tif", "/"})
-            EXPECT_CHAIN(write(path), Element(120030, action),
-                         Element(120030, "Cannot open file '"s + path + "'"));
-        EXPECT_CHAIN(write("/dev/full"), Element(120032, action), Element(120032, ""));
+            EXPECT_CHAIN(write(path), 120030, action, "Cannot open file '"s + path + "'");
+        EXPECT_CHAIN(write("/dev/full"), 120032, action, "");
     };
     expect_errors(writing, [&](auto path) { return kestu_img_write_tiff(path, &picture.img); });
     expect_errors(converting, [](auto path) { return convert(path, {{1, 2}}); });
@@ -118,11 +117,11 @@ TEST(TiffWrite, ImagesThatFitIntoNoFileAreErrors) {
     kestu_img_t img = {};
     img.bits[0] = 8;
     img.height = img.width = 65536;
-    EXPECT_CHAIN(kestu_img_write_tiff(file.path(), &img), Element(120152, writing),
-                 Element(120152, "An image of 65536 x 65536 pixels is too large for TIFF."));
+    EXPECT_CHAIN(kestu_img_write_tiff(file.path(), &img), 120152, writing,
+                 "An image of 65536 x 65536 pixels is too large for TIFF.");
     img.height = 1;
-    EXPECT_CHAIN(kestu_img_write_tiff(file.path(), &img), Element(120152, writing),
-                 Element(120152, "The image has no pixels."));
+    EXPECT_CHAIN(kestu_img_write_tiff(file.path(), &img), 120152, writing,
+                 "The image has no pixels.");
 }
 
 TEST(TiffWrite, AFileThatMayNotGrowIsLeftAsFarAsItGot) {
@@ -137,7 +136,7 @@ TEST(TiffWrite, AFileThatMayNotGrowIsLeftAsFarAsItGot) {
         setrlimit(RLIMIT_FSIZE, &limit);
         kestu_error_t *err = kestu_img_write_tiff(file.path(), &picture.img);
         setrlimit(RLIMIT_FSIZE, &before);
-        EXPECT_CHAIN(err, Element(120032, writing), Element(120032, ""));
+        EXPECT_CHAIN(err, 120032, writing, "");
         EXPECT_EQ(file.bytes(), whole.substr(0, size));
     }
     std::signal(SIGXFSZ, handler);
@@ -166,9 +165,8 @@ TEST(DoublesToTiff, ValuesAreScaledToTheWholeRangeAndWhatHasNoIntegerIsDefined) 
 
 TEST(DoublesToTiff, WhatCannotBeAllocatedIsAnError) {
     const MemoryFile file;
-    EXPECT_CHAIN(convert(file.path(), {}), Element(120014, converting),
-                 Element(120014, "Cannot allocate matrix."),
-                 Element(120014, "Cannot allocate memory of size 0 bytes."));
+    EXPECT_CHAIN(convert(file.path(), {}), 120014, converting, "Cannot allocate matrix.",
+                 "Cannot allocate memory of size 0 bytes.");
     double row[2] = {1, 2};
     double *rows[] = {row, row};
     const long blocks = live_blocks();

@@ -47,13 +47,12 @@ TEST(CpuMask, ProcessorsStandInBytesOfEightAndClearingOneThatIsNotThereAddsIt) {
 TEST(CpuMask, ProcessorsBeyondTheMaskAreRefused) {
     Mask m(16);
     int found = 5;
-    EXPECT_CHAIN(intel_cpuid_set_genaffinity_bit(&m.mask, 128),
-                 Element(120173, "Can't set cpu 128 bit (mask supports only up to 128 cpus)."));
-    EXPECT_CHAIN(
-        intel_cpuid_clear_genaffinity_bit(&m.mask, 4294967295u),
-        Element(120173, "Can't clear cpu 4294967295 bit (mask supports only up to 128 cpus)."));
-    EXPECT_CHAIN(cpuid_test_genaffinity_bit(&m.mask, 128, &found),
-                 Element(120173, "Can't test cpu 128 bit (mask supports only up to 128 cpus)."));
+    EXPECT_CHAIN(intel_cpuid_set_genaffinity_bit(&m.mask, 128), 120173,
+                 "Can't set cpu 128 bit (mask supports only up to 128 cpus).");
+    EXPECT_CHAIN(intel_cpuid_clear_genaffinity_bit(&m.mask, 4294967295u), 120173,
+                 "Can't clear cpu 4294967295 bit (mask supports only up to 128 cpus).");
+    EXPECT_CHAIN(cpuid_test_genaffinity_bit(&m.mask, 128, &found), 120173,
+                 "Can't test cpu 128 bit (mask supports only up to 128 cpus).");
     EXPECT_EQ(found, 5);
     EXPECT_THAT(m.bytes, Each(0));
 }
@@ -73,9 +72,8 @@ TEST(CpuBinding, BindsTheThreadToOneProcessor) {
         ASSERT_OK(kestu_cpu_bind_context_to_logcpu(static_cast<uint32_t>(cpu)));
         EXPECT_THAT(allowed_processors(), ElementsAre(cpu));
     }
-    EXPECT_CHAIN(kestu_cpu_bind_context_to_logcpu(1024),
-                 Element(120174, "Failed to bind context to a logical processor."),
-                 Element(120174, std::strerror(EINVAL)));
+    EXPECT_CHAIN(kestu_cpu_bind_context_to_logcpu(1024), 120174,
+                 "Failed to bind context to a logical processor.", std::strerror(EINVAL));
     EXPECT_THAT(allowed_processors(), ElementsAre(before.back()));
 }
 
@@ -84,14 +82,14 @@ TEST(CpuConsistency, StopsAtTheFirstGapAndAnUnreadableAffinityIsEmpty) {
     scheduler.allowed = {{0, 2}};
     Mask m(1);
     errno = EPERM;
-    EXPECT_CHAIN(kestu_cpu_set_chk_process_affinity_consistency(&m.mask, 3),
-                 Element(120173, std::strerror(EPERM)));
+    EXPECT_CHAIN(kestu_cpu_set_chk_process_affinity_consistency(&m.mask, 3), 120173,
+                 std::strerror(EPERM));
     Mask one(1);
     ASSERT_OK(kestu_cpu_set_chk_process_affinity_consistency(&one.mask, 1));
     EXPECT_THAT(one.bytes, ElementsAre(0x01));
     scheduler.failing_get = ESRCH;
-    EXPECT_CHAIN(kestu_cpu_set_chk_process_affinity_consistency(&m.mask, 1),
-                 Element(120173, std::strerror(ESRCH)));
+    EXPECT_CHAIN(kestu_cpu_set_chk_process_affinity_consistency(&m.mask, 1), 120173,
+                 std::strerror(ESRCH));
     ASSERT_OK(kestu_cpu_set_chk_process_affinity_consistency(&m.mask, 0));
 }
 
@@ -101,13 +99,13 @@ TEST(CpuConsistency, GoesToTheEndOfMaskAndSet) {
     for (int cpu = 0; cpu < 1024; ++cpu)
         scheduler.allowed->push_back(cpu);
     Mask small(1);
-    EXPECT_CHAIN(kestu_cpu_set_chk_process_affinity_consistency(&small.mask, 9),
-                 Element(120173, "Can't set cpu 8 bit (mask supports only up to 8 cpus)."));
+    EXPECT_CHAIN(kestu_cpu_set_chk_process_affinity_consistency(&small.mask, 9), 120173,
+                 "Can't set cpu 8 bit (mask supports only up to 8 cpus).");
     Mask large(200);
     ASSERT_OK(kestu_cpu_set_chk_process_affinity_consistency(&large.mask, 1024));
     EXPECT_EQ(large.bytes[127], 0xFF);
     EXPECT_EQ(large.bytes[128], 0);
     errno = ENOENT;
-    EXPECT_CHAIN(kestu_cpu_set_chk_process_affinity_consistency(&large.mask, 1025),
-                 Element(120173, std::strerror(ENOENT)));
+    EXPECT_CHAIN(kestu_cpu_set_chk_process_affinity_consistency(&large.mask, 1025), 120173,
+                 std::strerror(ENOENT));
 }

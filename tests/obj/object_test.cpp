@@ -101,10 +101,10 @@ TEST_F(ObjectTest, TypesGetCodesAndCreateObjectsByAnyOfTheirNames) {
     EXPECT_STREQ(kestu_obj_get_name(obj), "volume");
     EXPECT_EQ(kestu_obj_get_type(obj), 0u);
     kestu_obj_destroy(obj);
-    EXPECT_CHAIN(kestu_objtype_create_object("never", "x", &obj, pool),
-                 Element(7, "Cannot create object."), Element(7, "refused"));
-    EXPECT_CHAIN(kestu_objtype_create_object("lever", "x", &obj, pool),
-                 Element(0, "Cannot create object. Type [lever] is not registered."));
+    EXPECT_CHAIN(kestu_objtype_create_object("never", "x", &obj, pool), 7, "Cannot create object.",
+                 "refused");
+    EXPECT_CHAIN(kestu_objtype_create_object("lever", "x", &obj, pool), 0,
+                 "Cannot create object. Type [lever] is not registered.");
 }
 
 // In a process of its own, as the lock stays held.
@@ -127,8 +127,8 @@ TEST_F(ObjectTest, CodesCountOnWhenTheEngineIsStartedAgain) {
     ASSERT_OK(kestu_objtype_register(&before, names({"a"}), nullptr));
     ASSERT_OK(kestu_obj_engine_terminate());
     EXPECT_EQ(kestu_objtype_query_typecode("a"), 0u);
-    EXPECT_CHAIN(kestu_objtype_register(&after, names({"a"}), nullptr),
-                 Element(120001, "Cannot register object type."), Element(120001, ""));
+    EXPECT_CHAIN(kestu_objtype_register(&after, names({"a"}), nullptr), 120001,
+                 "Cannot register object type.", "");
     ASSERT_OK(kestu_obj_engine_init(pool));
     ASSERT_OK(kestu_objtype_register(&after, names({"a"}), nullptr));
     EXPECT_EQ(after, before + 1);
@@ -276,7 +276,7 @@ TEST_F(ObjectTest, ANameWithoutMemoryIsAnErrorOrStaysAsItWas) {
         AllocFailure failure(1, pools_too);
         err = kestu_obj_create(&half, name.c_str(), pool);
     }
-    EXPECT_CHAIN(err, Element(120012, "Cannot create object."), Element(120012, ""));
+    EXPECT_CHAIN(err, 120012, "Cannot create object.", "");
     ASSERT_NE(half, nullptr);
     kestu_obj_destroy(half);
     const auto rename = [&] {

@@ -29,8 +29,8 @@ int64_t limit_for(const char *text, int base) {
     char untouched = 0;
     char *end = &untouched;
     const std::string quoted = std::string(1, '\'') + text + '\'';
-    EXPECT_CHAIN(kestu_str_base62_to_int64(text, &end, base, &value),
-                 testing::Pair(120062, quoted + " does not fit into 64-bit signed integer."));
+    EXPECT_CHAIN(kestu_str_base62_to_int64(text, &end, base, &value), 120062,
+                 quoted + " does not fit into 64-bit signed integer.");
     EXPECT_EQ(end, &untouched);
     return value;
 }

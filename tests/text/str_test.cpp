@@ -80,24 +80,23 @@ TEST(StrConversion, WhatIsNoNumberIsRefusedAndStoresNothing) {
     int64_t wide = 77;
     double real = 77;
     for (const char *text : {"", " ", "+", "42 ", "4 2", "0x10", "1.0", "ten"}) {
-        EXPECT_CHAIN(kestu_str_to_integer(text, &n), Element(120062, cut_message(text, "integer")));
-        EXPECT_CHAIN(kestu_str_to_int64(text, &wide), Element(120062, cut_message(text, "int64")));
+        EXPECT_CHAIN(kestu_str_to_integer(text, &n), 120062, cut_message(text, "integer"));
+        EXPECT_CHAIN(kestu_str_to_int64(text, &wide), 120062, cut_message(text, "int64"));
     }
     for (const char *text : {"", " ", ".", "1.5 ", "1.5x", "e3"})
-        EXPECT_CHAIN(kestu_str_to_double(text, &real),
-                     Element(120063, cut_message(text, "double")));
+        EXPECT_CHAIN(kestu_str_to_double(text, &real), 120063, cut_message(text, "double"));
     const std::string reason = std::string(": ") + strerror(ERANGE);
     // Out of range comes before what stands behind the number.
     for (const char *text :
          {"99999999999999999999", "-99999999999999999999", "99999999999999999999x"}) {
-        EXPECT_CHAIN(kestu_str_to_integer(text, &n),
-                     Element(120062, cut_message(text, "integer", reason.c_str())));
-        EXPECT_CHAIN(kestu_str_to_int64(text, &wide),
-                     Element(120062, cut_message(text, "int64", reason.c_str())));
+        EXPECT_CHAIN(kestu_str_to_integer(text, &n), 120062,
+                     cut_message(text, "integer", reason.c_str()));
+        EXPECT_CHAIN(kestu_str_to_int64(text, &wide), 120062,
+                     cut_message(text, "int64", reason.c_str()));
     }
     for (const char *text : {"1e999", "-1e999", "1e-999", "1e-320"})
-        EXPECT_CHAIN(kestu_str_to_double(text, &real),
-                     Element(120063, cut_message(text, "double", reason.c_str())));
+        EXPECT_CHAIN(kestu_str_to_double(text, &real), 120063,
+                     cut_message(text, "double", reason.c_str()));
     EXPECT_EQ(n, 77);
     EXPECT_EQ(wide, 77);
     EXPECT_EQ(real, 77);
