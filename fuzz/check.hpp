@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <random>
 #include <string>
 
 namespace kestu::fuzz {
@@ -50,6 +51,32 @@ class Input {
   private:
     const uint8_t *at_;
     size_t left_;
+};
+
+// Runs `use` on so many inputs of random bytes.
+template <typename Use>
+void on_random_inputs(unsigned count, size_t size, Use use) {
+    for (unsigned seed = 0; seed < count; ++seed) {
+        std::mt19937 random(seed);
+        std::string bytes(size, '\0');
+        for (char &byte : bytes)
+            byte = static_cast<char>(random());
+        Input input(reinterpret_cast<const uint8_t *>(bytes.data()), size);
+        use(input);
+    }
+}
+
+// A pool that lives as long as the object.
+class ScratchPool {
+  public:
+    ScratchPool() { apr_pool_create_ex(&pool_, kestu_pool, nullptr, nullptr); }
+    ~ScratchPool() { apr_pool_destroy(pool_); }
+    ScratchPool(const ScratchPool &) = delete;
+    ScratchPool &operator=(const ScratchPool &) = delete;
+    operator apr_pool_t *() const { return pool_; }
+
+  private:
+    apr_pool_t *pool_ = nullptr;
 };
 
 } // namespace kestu::fuzz

@@ -5,7 +5,8 @@ using namespace kestu::fuzz;
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     start_library();
-    run_trie_model<PoolTrie>({data, size});
-    run_trie_model<HeapTrie>({data, size});
+    Input for_pool(data, size), for_heap(data, size);
+    run_trie_model<PoolTrie>(for_pool);
+    run_trie_model<HeapTrie>(for_heap);
     return 0;
 }

@@ -22,11 +22,6 @@ class PoolTrie {
     static constexpr bool frees = false;
     static constexpr const char *failed = "Can't insert trie node.";
 
-    PoolTrie() { apr_pool_create_ex(&pool_, kestu_pool, nullptr, nullptr); }
-    ~PoolTrie() { apr_pool_destroy(pool_); }
-    PoolTrie(const PoolTrie &) = delete;
-    PoolTrie &operator=(const PoolTrie &) = delete;
-
     auto create(kestu_trie_t **out) { return kestu_trie_create(out, pool_); }
     auto insert(kestu_trie_t *trie, std::string_view key, void *value) {
         return kestu_trie_insert(trie, key.data(), key.size(), value, pool_);
@@ -38,7 +33,7 @@ class PoolTrie {
     void *block(size_t size) { return apr_palloc(pool_, size); }
 
   private:
-    apr_pool_t *pool_ = nullptr;
+    ScratchPool pool_;
 };
 
 struct HeapTrie {
@@ -347,7 +342,7 @@ class TrieModel {
 };
 
 template <typename Kind>
-void run_trie_model(Input input) {
+void run_trie_model(Input &input) {
     const uint8_t how = input.byte();
     TrieModel<Kind>(input, how % 4 != 0, how / 4 % 2).run();
 }

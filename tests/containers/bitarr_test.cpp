@@ -1,48 +1,13 @@
 // The bit array: values, the zeros around them, and what a refused allocation leaves.
 #include "containers/bitarr_count.hpp"
+#include "fuzz/bitarr_model.hpp"
 #include "support/on_kernel.hpp"
 #include "support/test.hpp"
 
+using namespace kestu::fuzz;
 using namespace kestu::test;
 using kestu::count_dispatch;
 using kestu::CountKernel;
-
-namespace {
-
-// The bits as text, bit 0 first. A test fails when the array contradicts itself or is not 0 where
-// it has to be.
-std::string checked_text(const kestu_bitarr_t *ba) {
-    std::string text;
-    for (size_t k = 0; k < ba->nbits; ++k)
-        text += ba->words[k / 64] >> k % 64 & 1 ? '1' : '0';
-    EXPECT_EQ(ba->nwords, (ba->nbits + 63) / 64);
-    EXPECT_GE(ba->capacity, std::max<size_t>(8, ba->nwords));
-    for (size_t k = ba->nbits; k < ba->capacity * 64; ++k)
-        if (ba->words[k / 64] >> k % 64 & 1) {
-            ADD_FAILURE() << "bit " << k << " is set";
-            break;
-        }
-    return text;
-}
-
-// Arrays that are released at the end of a test.
-struct Arrays {
-    kestu_bitarr_t *of[3] = {};
-
-    Arrays() = default;
-    Arrays(const Arrays &) = delete;
-    Arrays &operator=(const Arrays &) = delete;
-    ~Arrays() {
-        for (kestu_bitarr_t *array : of)
-            kestu_bitarr_free(array);
-    }
-};
-
-void set_bit(kestu_bitarr_t *ba, size_t k) {
-    ba->words[k / 64] |= uint64_t{1} << k % 64;
-}
-
-} // namespace
 
 TEST(BitArray, CapacityIsAPowerOfTwoAboveTheWordsInUse) {
     const struct {
@@ -63,84 +28,8 @@ TEST(BitArray, CapacityIsAPowerOfTwoAboveTheWordsInUse) {
     }
 }
 
-namespace {
-
-// Three arrays beside the texts that they should be.
-class BitModel : public testing::Test {
-  protected:
-    void resize() {
-        const size_t n = random() % 4 ? random() % 200 : random() % 3000;
-        EXPECT_OK(kestu_bitarr_resize(&arrays.of[i], n));
-        texts[i].resize(n, '0');
-    }
-    void change_all() {
-        const struct {
-            void (*change)(kestu_bitarr_t *);
-            char of_0, of_1; // what bits become
-        } changes[] = {{kestu_bitarr_set_all, '1', '1'},
-                       {kestu_bitarr_clear_all, '0', '0'},
-                       {kestu_bitarr_toggle_all, '1', '0'}};
-        const auto &c = changes[random() % 3];
-        c.change(arrays.of[i]);
-        for (char &bit : texts[i])
-            bit = bit == '0' ? c.of_0 : c.of_1;
-    }
-    void set_some() {
-        for (size_t n = texts[i].size() / 3; n > 0; --n) {
-            const size_t k = random() % texts[i].size();
-            set_bit(arrays.of[i], k);
-            texts[i][k] = '1';
-        }
-    }
-    void clone() {
-        if (i == j)
-            return;
-        kestu_bitarr_free(arrays.of[j]);
-        EXPECT_OK(kestu_bitarr_clone(arrays.of[i], &arrays.of[j]));
-        EXPECT_EQ(arrays.of[j] == nullptr, texts[i].empty());
-        texts[j] = texts[i];
-    }
-    // The result may be one of the operands.
-    void combine() {
-        const size_t out = random() % 3;
-        const bool is_or = random() % 2;
-        EXPECT_OK((is_or ? kestu_bitarr_or : kestu_bitarr_and)(arrays.of[i], arrays.of[j],
-                                                               &arrays.of[out]));
-        std::string a = texts[i], b = texts[j];
-        a.resize(std::max(a.size(), b.size()), '0');
-        b.resize(a.size(), '0');
-        for (size_t k = 0; k < a.size(); ++k)
-            a[k] = is_or ? std::max(a[k], b[k]) : std::min(a[k], b[k]);
-        texts[out] = a;
-    }
-    void step() {
-        constexpr void (BitModel::*steps[])() = {&BitModel::resize,   &BitModel::change_all,
-                                                 &BitModel::set_some, &BitModel::clone,
-                                                 &BitModel::combine,  &BitModel::combine};
-        i = random() % 3;
-        j = random() % 3;
-        (this->*steps[random() % std::size(steps)])();
-    }
-
-    Arrays arrays;
-    std::string texts[3];
-    size_t i = 0, j = 0;
-    std::mt19937 random{99};
-};
-
-} // namespace
-
-TEST_F(BitModel, RandomStepsAgreeWithText) {
-    for (int n = 0; n < 4000 && !HasFailure(); ++n) {
-        step();
-        for (size_t k = 0; k < 3; ++k) {
-            const auto ones = std::count(texts[k].begin(), texts[k].end(), '1');
-            const auto set = static_cast<size_t>(ones);
-            ASSERT_EQ(arrays.of[k] ? checked_text(arrays.of[k]) : "", texts[k]) << "step " << n;
-            ASSERT_EQ(kestu_bitarr_num_bits_set(arrays.of[k]), set);
-            ASSERT_EQ(kestu_bitarr_num_bits_cleared(arrays.of[k]), texts[k].size() - set);
-        }
-    }
+TEST(BitArray, RandomStepsAgreeWithText) {
+    on_random_inputs(10, 8000, [](Input &input) { BitModel(input).run(); });
 }
 
 TEST(BitArray, OperationsClearWhatCallersLeftAboveTheLastBit) {

@@ -1,9 +1,12 @@
 // The circular list: outward order, and nodes that are freed and handed out again.
-#include "list_model.hpp"
+#include "fuzz/list_model.hpp"
 #include "support/test.hpp"
 #include "trace.hpp"
 
 using namespace kestu::test;
+using kestu::fuzz::checked_tags;
+using kestu::fuzz::Input;
+using kestu::fuzz::on_random_inputs;
 
 namespace {
 
@@ -127,87 +130,6 @@ TEST_F(CdlList, APoolWithoutMemoryIsReportedWithNothingChanged) {
     EXPECT_THAT(checked_tags(list), ElementsAre(1, 2, 3, 4, 5));
 }
 
-namespace {
-
-class CdlModel : public ListModel<kestu_cdl_t> {
-  protected:
-    // The tags, occupied or free, in outward order from a place.
-    Tags outward(size_t from, bool occupied) {
-        Tags order;
-        const auto add = [&](uint32_t tag) {
-            if (free.contains(tag) != occupied)
-                order.push_back(static_cast<int>(tag));
-        };
-        std::for_each(tags.rend() - static_cast<ptrdiff_t>(from) - 1, tags.rend(), add);
-        std::for_each(at(from + 1), tags.end(), add);
-        return order;
-    }
-
-    void add() {
-        const size_t n = tags.size(), places[] = {n, 0, place + (n > 0)};
-        constexpr decltype(&kestu_cdl_append) functions[] = {kestu_cdl_append, kestu_cdl_prepend,
-                                                             kestu_cdl_add};
-        const size_t kind = below(3);
-        expect_added(places[kind], [&](uint32_t tag) {
-            kestu_cdl_t *added = nullptr;
-            EXPECT_OK(functions[kind](&handle, tag, datum_of(tag), &added, pool));
-            return added;
-        });
-    }
-    void insert() {
-        const bool behind = below(2);
-        expect_added(place + behind, [&](uint32_t tag) {
-            kestu_cdl_t *lone = nullptr;
-            EXPECT_OK(kestu_cdl_append(&lone, tag, datum_of(tag), nullptr, pool));
-            EXPECT_OK((behind ? kestu_cdl_insert_after : kestu_cdl_insert_before)(handle, lone));
-            return lone;
-        });
-    }
-    void release() {
-        kestu_cdl_set_free(handle);
-        free.insert(handle->tag);
-    }
-    void release_by_datum() {
-        void *const datum = datum_of(static_cast<uint32_t>(below(7)));
-        kestu_cdl_set_free_obj(handle, datum);
-        for (const int tag : outward(place, true))
-            if (datum_of(static_cast<uint32_t>(tag)) == datum) {
-                free.insert(static_cast<uint32_t>(tag));
-                return;
-            }
-    }
-    void reuse() {
-        const kestu_cdl_t *ready = kestu_cdl_get_ready(handle);
-        const Tags found = outward(place, false);
-        ASSERT_EQ(ready ? static_cast<int>(ready->tag) : -1, found.empty() ? -1 : found[0]);
-        if (ready)
-            free.erase(ready->tag);
-    }
-
-    void change() {
-        constexpr void (CdlModel::*steps[])() = {&CdlModel::release, &CdlModel::release_by_datum,
-                                                 &CdlModel::reuse,   &CdlModel::reuse,
-                                                 &CdlModel::add,     &CdlModel::insert};
-        move_handle();
-        (this->*steps[handle ? below(tags.size() < 60 ? 6 : 4) : 4])();
-    }
-
-    Pool pool;
-    std::set<uint32_t> free;
-};
-
-} // namespace
-
-TEST_F(CdlModel, RandomStepsKeepOrderLinksAndOccupation) {
-    for (int step = 0; step < 2000 && !HasFailure(); ++step) {
-        change();
-        ASSERT_EQ(checked_tags(handle), tags) << "step " << step;
-        move_handle();
-        ASSERT_EQ(seen_by(kestu_cdl_walk, handle), outward(place, true));
-        const Tags occupied = outward(0, true);
-        ASSERT_EQ(kestu_cdl_count(handle), occupied.size());
-        const size_t k = below(occupied.size() + 1);
-        const kestu_cdl_t *nth = kestu_cdl_get_n(handle, k);
-        ASSERT_EQ(nth ? static_cast<int>(nth->tag) : -1, k < occupied.size() ? occupied[k] : -1);
-    }
+TEST(CdlModel, RandomStepsKeepOrderLinksAndOccupation) {
+    on_random_inputs(10, 3000, [](Input &input) { kestu::fuzz::CdlModel(input).run(); });
 }

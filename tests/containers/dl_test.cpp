@@ -1,9 +1,11 @@
 // The doubly linked list: handles, order of visits, and links after every step.
-#include "list_model.hpp"
+#include "fuzz/list_model.hpp"
 #include "support/test.hpp"
 #include "trace.hpp"
 
 using namespace kestu::test;
+using kestu::fuzz::checked_nodes;
+using kestu::fuzz::checked_tags;
 
 namespace {
 

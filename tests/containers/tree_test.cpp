@@ -1,44 +1,14 @@
 // The tree: where nodes go, orders and ends of walks, what deletions leave, and links after all.
-#include "list_model.hpp"
+#include "fuzz/tree_model.hpp"
 #include "support/small_stack.hpp"
 #include "support/test.hpp"
 #include "trace.hpp"
 
-#include <memory>
 
+using namespace kestu::fuzz;
 using namespace kestu::test;
 
 namespace {
-
-// The functions that exist for both kinds of nodes, so that one test serves both.
-struct PoolTree {
-    static constexpr auto remove_subtree = kestu_tree_node_delete;
-    static constexpr auto remove_level = kestu_tree_delete;
-    Pool pool;
-
-    auto create(uint32_t tag, kestu_tree_t **out) {
-        return kestu_tree_create(tag, nullptr, out, pool);
-    }
-    auto append(kestu_tree_t **root, uint32_t tag, kestu_tree_t **out) {
-        return kestu_tree_append(root, tag, nullptr, out, pool);
-    }
-    auto append_child(kestu_tree_t *parent, uint32_t tag, kestu_tree_t **out) {
-        return kestu_tree_append_child(parent, tag, nullptr, out, pool);
-    }
-};
-
-struct HeapTree {
-    static constexpr auto remove_subtree = kestu_treem_node_delete;
-    static constexpr auto remove_level = kestu_treem_delete;
-
-    auto create(uint32_t tag, kestu_tree_t **out) { return kestu_treem_create(tag, nullptr, out); }
-    auto append(kestu_tree_t **root, uint32_t tag, kestu_tree_t **out) {
-        return kestu_treem_append(root, tag, nullptr, out);
-    }
-    auto append_child(kestu_tree_t *parent, uint32_t tag, kestu_tree_t **out) {
-        return kestu_treem_append_child(parent, tag, nullptr, out);
-    }
-};
 
 template <typename Functions>
 class TreeBoth : public testing::Test {
@@ -371,143 +341,6 @@ TYPED_TEST(TreeBoth, AMillionLevelsNeedNoStack) {
     });
 }
 
-namespace {
-
-// What a tree should be: as simple as can be, and written with other means. `entry` is the handle's
-// node, or the parent's `child`.
-struct Model {
-    kestu_tree_t *node = nullptr;
-    Model *parent = nullptr, *entry = nullptr;
-    std::vector<std::unique_ptr<Model>> children = {};
-
-    auto place() {
-        return std::find_if(parent->children.begin(), parent->children.end(),
-                            [this](const auto &child) { return child.get() == this; });
-    }
-    void adopt(decltype(children)::iterator at, std::unique_ptr<Model> child) {
-        child->parent = this;
-        entry = entry ? entry : child.get();
-        children.insert(at, std::move(child));
-    }
-    std::unique_ptr<Model> leave() {
-        const auto at = place();
-        auto self = std::move(*at);
-        const auto next = parent->children.erase(at);
-        const bool was_first = next == parent->children.begin();
-        if (parent->entry == this)
-            parent->entry =
-                parent->children.empty() ? nullptr : (was_first ? next : next - 1)->get();
-        return self;
-    }
-    std::vector<Model *> all_below() const {
-        std::vector<Model *> found;
-        for (const auto &child : children) {
-            found.push_back(child.get());
-            for (Model *below : child->all_below())
-                found.push_back(below);
-        }
-        return found;
-    }
-};
-
-void expect_as_model(const Model &model, kestu_tree_t *entry) {
-    ASSERT_EQ(entry, model.entry ? model.entry->node : nullptr);
-    const auto nodes = checked_nodes(entry);
-    ASSERT_EQ(nodes.size(), model.children.size());
-    for (size_t i = 0; i < nodes.size(); ++i) {
-        ASSERT_EQ(nodes[i], model.children[i]->node);
-        ASSERT_EQ(nodes[i]->parent, model.node);
-        ASSERT_NO_FATAL_FAILURE(expect_as_model(*model.children[i], nodes[i]->child));
-    }
-}
-
-// A tree beside its model. The steps take `any` node of it.
-template <typename Functions>
-class TreeModel : public TreeBoth<Functions> {
-  protected:
-    void append() {
-        EXPECT_OK(this->f.append(&root, tag, &made));
-        adopt(model, model.children.end());
-    }
-    void append_child() {
-        EXPECT_OK(this->f.append_child(any->node, tag, &made));
-        adopt(*any, any->children.end());
-    }
-    void insert() {
-        const bool after = random() % 2;
-        EXPECT_OK(this->f.create(tag, &made));
-        EXPECT_OK((after ? kestu_tree_insert_after : kestu_tree_insert_before)(any->node, made));
-        adopt(*any->parent, any->place() + after);
-    }
-    // Out of its place, and with its sub-tree beside another.
-    void move() {
-        auto moved = any->leave();
-        EXPECT_EQ(kestu_tree_extract(any->node), any->node);
-        const auto rest = model.all_below();
-        if (rest.empty())
-            return this->f.remove_subtree(moved->node);
-        Model *const beside = rest[random() % rest.size()];
-        const bool after = random() % 2;
-        EXPECT_OK(
-            (after ? kestu_tree_insert_after : kestu_tree_insert_before)(beside->node, any->node));
-        beside->parent->adopt(beside->place() + after, std::move(moved));
-    }
-    void remove_subtree() {
-        this->f.remove_subtree(any->node);
-        any->leave();
-    }
-    void remove_level() {
-        Model *const parent = any->parent;
-        if (!parent->node || random() % 3 > 0)
-            return;
-        this->f.remove_level(any->node);
-        parent->children.clear();
-        parent->entry = nullptr;
-    }
-
-    void step() {
-        constexpr void (TreeModel::*steps[])() = {
-            &TreeModel::append,         &TreeModel::append,       &TreeModel::append_child,
-            &TreeModel::append_child,   &TreeModel::append_child, &TreeModel::append_child,
-            &TreeModel::insert,         &TreeModel::insert,       &TreeModel::move,
-            &TreeModel::remove_subtree, &TreeModel::remove_level,
-        };
-        const auto all = model.all_below();
-        any = all.empty() ? nullptr : all[random() % all.size()];
-        made = nullptr;
-        (this->*steps[any ? random() % std::size(steps) : 0])();
-        if (!made)
-            root = model.entry ? model.entry->node : nullptr;
-        ASSERT_NO_FATAL_FAILURE(expect_as_model(model, root));
-        ASSERT_EQ(kestu_tree_count(root), model.all_below().size());
-    }
-
-    void adopt(Model &parent, decltype(Model::children)::iterator at) {
-        parent.adopt(at, std::make_unique<Model>(Model{made}));
-    }
-
-    std::mt19937 random{4711};
-    Model model;
-    Model *any = nullptr;
-    kestu_tree_t *root = nullptr, *made = nullptr;
-    uint32_t tag = 0;
-};
-TYPED_TEST_SUITE(TreeModel, BothKinds, );
-
-} // namespace
-
-TYPED_TEST(TreeModel, RandomStepsKeepAllLinks) {
-    ASSERT_NO_FATAL_FAILURE(expect_as_model(Model{}, nullptr)); // takes what gtest keeps
-    const long before = live_blocks();
-    for (this->tag = 1; this->tag < 6000 && !this->HasFailure(); ++this->tag) {
-        this->step();
-        if (this->tag % 400 == 0 && this->root) {
-            this->f.remove_level(this->root);
-            this->root = nullptr;
-            this->model = Model{};
-        }
-    }
-    this->f.remove_level(this->root);
-    this->model = Model{};
-    EXPECT_EQ(live_blocks(), before);
+TYPED_TEST(TreeBoth, RandomStepsKeepAllLinks) {
+    on_random_inputs(20, 2000, [](Input &input) { TreeModel<TypeParam>(input).run(); });
 }

@@ -61,13 +61,8 @@ std::vector<std::string> walk(const kestu_trie_node_t *node) {
 
 TYPED_TEST(Trie, AnyStepsAndEditsKeepEverySlotCountAndOrder) {
     const long blocks = live_blocks();
-    for (unsigned seed = 0; seed < 1200; ++seed) {
-        std::mt19937 random(seed);
-        std::vector<uint8_t> bytes(seed % 50 == 0 ? 20000 : 500);
-        for (uint8_t &byte : bytes)
-            byte = static_cast<uint8_t>(random());
-        kestu::fuzz::run_trie_model<TypeParam>({bytes.data(), bytes.size()});
-    }
+    kestu::fuzz::on_random_inputs(20, 20000, kestu::fuzz::run_trie_model<TypeParam>);
+    kestu::fuzz::on_random_inputs(1200, 500, kestu::fuzz::run_trie_model<TypeParam>);
     EXPECT_EQ(live_blocks(), blocks);
 }
 

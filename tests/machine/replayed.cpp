@@ -1,6 +1,6 @@
 #include "machine/replayed.hpp"
-#include "support/test.hpp"
 
+#include <cstring>
 #include <fstream>
 #include <stdexcept>
 

@@ -2,16 +2,9 @@
 #include "fuzz/object_model.hpp"
 #include "support/test.hpp"
 
-class Scenario : public testing::TestWithParam<unsigned> {};
-INSTANTIATE_TEST_SUITE_P(Seeds, Scenario, testing::Range(1u, 21u));
+using namespace kestu::fuzz;
 
-TEST_P(Scenario, CallsWhatIsConnectedAndEndsEveryPoolOfTheDead) {
-    std::mt19937 random(GetParam());
-    for (int world = 0; world < 20; ++world) {
-        std::vector<uint8_t> bytes(5000);
-        for (uint8_t &byte : bytes)
-            byte = static_cast<uint8_t>(random());
-        kestu::fuzz::Input input(bytes.data(), bytes.size());
-        kestu::fuzz::World(input, world % 2).run();
-    }
+TEST(Scenario, CallsWhatIsConnectedAndEndsEveryPoolOfTheDead) {
+    for (const bool quiet : {false, true})
+        on_random_inputs(200, 5000, [=](Input &input) { World(input, quiet).run(); });
 }
