@@ -66,15 +66,6 @@ TEST(Format, WideStringsComeOutInUtf8) {
     EXPECT_EQ(printed("%.3ls", unterminated), "aé");
 }
 
-TEST(Format, Pointers) {
-    const auto *some = reinterpret_cast<const void *>(0x1234);
-    const void *none = nullptr;
-    EXPECT_EQ(printed("%p|%10p|%-10p|%010p|%+p|%.6p", some, some, some, some, some, some),
-              "0x1234|    0x1234|0x1234    |0x00001234|0x1234|0x001234");
-    EXPECT_EQ(printed("%p|%8p|%-8p|%08p|%.2p", none, none, none, none, none),
-              "(nil)|   (nil)|(nil)   |   (nil)|(nil)");
-}
-
 TEST(Format, UnknownConversionsPrintNothingAndTakeNoArgument) {
     EXPECT_EQ(printed("a%yb%d", 7), "ab7");
     EXPECT_EQ(printed("%-08.3lkx|%qd|%I64d|%hy|%\x80|%d", 7), "x|d|64d|||7");
@@ -243,16 +234,6 @@ TEST(Format, LengthsBeyondIntFail) {
     errno = 0;
     EXPECT_EQ(measured("%2147483647d%f", 1, 1e20), -1);
     EXPECT_EQ(errno, EOVERFLOW);
-}
-
-TEST(Format, NothingIsAllocated) {
-    AllocFailure failure(1, all_after);
-    printed("");
-    char text[200];
-    const int length = rpl_snprintf(text, sizeof text, "%'050d %.19e %.19f %g %ls %p %100s", 1,
-                                    1e300, 0.1, 25.0, L"é", static_cast<void *>(text), "x");
-    EXPECT_GT(length, 150);
-    EXPECT_FALSE(failure.happened());
 }
 
 TEST(FormatToNewStrings, LengthsAroundTheBufferOfDrafts) {

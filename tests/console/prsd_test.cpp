@@ -8,11 +8,7 @@ namespace {
 
 class Parser : public testing::Test {
   protected:
-    Parser() {
-        apr_pool_create_ex(&pool, kestu_pool, nullptr, nullptr);
-        kestu_prsd_clear_p(&prsd);
-    }
-    ~Parser() override { apr_pool_destroy(pool); }
+    Parser() { kestu_prsd_clear_p(&prsd); }
 
     // Parses the lines into a cleared record; every parameter is shown as its kind and value.
     std::vector<std::string> parse(const std::vector<std::string> &lines,
@@ -37,7 +33,7 @@ class Parser : public testing::Test {
         return "ids"[param.type - 1] + (":" + all[param.type - 1]);
     }
 
-    apr_pool_t *pool = nullptr;
+    Pool pool;
     kestu_prsd_t prsd;
 };
 

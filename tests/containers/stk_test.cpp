@@ -70,27 +70,21 @@ TEST_F(Stack, ANullStackIsEmptyAndTakesNothing) {
 
 // A copy may fail at its first request, or when the pool's first block is full.
 TEST_F(Stack, PoolsWithoutMemoryAreReportedWithNothingPushedOrCopied) {
-    const Element push_failed(120012, "Can't push object to stack."),
-        copy_failed(120012, "Can't copy stack."),
-        no_node(120012, "Failed to allocate 24 bytes of memory."),
-        no_stack(120012, "Failed to allocate 16 bytes of memory.");
     push(1000);
     kestu_stk_t *copy = stack;
     EXPECT_CHAIN(pool.without_memory([&] { return kestu_stk_push(stack, 2, nullptr, pool); }),
-                 push_failed, no_node);
-    EXPECT_EQ(kestu_stk_count(stack), 1000u);
-    EXPECT_EQ(stack->top->tag, 1000u);
-    EXPECT_CHAIN(pool.without_memory([&] { return kestu_stk_copy(stack, &copy, pool); }),
-                 copy_failed, no_stack);
-    EXPECT_EQ(copy, nullptr);
-    copy = stack;
-    Pool small;
-    kestu_error_t *err = nullptr;
-    {
+                 120012, "Can't push object to stack.", "Failed to allocate 24 bytes of memory.");
+    EXPECT_TRUE(kestu_stk_count(stack) == 1000 && stack->top->tag == 1000);
+    EXPECT_CHAIN(pool.without_memory([&] { return kestu_stk_copy(stack, &copy, pool); }), 120012,
+                 "Can't copy stack.", "Failed to allocate 16 bytes of memory.");
+    EXPECT_EQ(std::exchange(copy, stack), nullptr);
+    const auto into_a_new_pool = [&] {
+        Pool small;
         AllocFailure failure(1, pools_too);
-        err = kestu_stk_copy(stack, &copy, small);
-    }
-    EXPECT_CHAIN(err, copy_failed, no_node);
+        return kestu_stk_copy(stack, &copy, small);
+    };
+    EXPECT_CHAIN(into_a_new_pool(), 120012, "Can't copy stack.",
+                 "Failed to allocate 24 bytes of memory.");
     EXPECT_EQ(copy, nullptr);
     EXPECT_OK(pool.without_memory([&] { return kestu_stk_create(&stack, pool); }));
     EXPECT_EQ(stack, nullptr);

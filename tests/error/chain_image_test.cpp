@@ -96,21 +96,6 @@ TEST(ErrorImages, OthersReadThemWithTheMap) {
     tpl_free(node);
 }
 
-TEST(ErrorImages, ImagesMadeByOthersAreRead) {
-    char message[] = "theirs", file[] = "dir/x.c";
-    Fields fields = {.type = 1, .code = 5, .line = 9, .message = message, .file = file};
-    tpl_node *node = fields.map();
-    tpl_pack(node, 1);
-    void *image = nullptr;
-    size_t size = 0;
-    tpl_dump(node, TPL_MEM, &image, &size);
-    tpl_free(node);
-    kestu_error_t *err = deserialized({static_cast<char *>(image), size});
-    free(image);
-    EXPECT_EQ(described(err), "1 5 'theirs' 'x.c' 9 null\n");
-    kestu_error_clear(err);
-}
-
 TEST(ErrorImages, BytesThatAreNoImageYieldNullAndPrintNothing) {
     kestu_error_t *err = sample_chain();
     const std::string image = serialized(err);

@@ -2,8 +2,6 @@
 #include "canvas.hpp"
 #include "support/test.hpp"
 
-#include "img/ellipse_edge.hpp"
-
 #include <numbers>
 
 using namespace kestu::test;
@@ -203,20 +201,6 @@ TEST(Shapes, NothingOverflowsAtTheEndsOfInt) {
     EXPECT_EQ(begin(shape(circle_waa, 0, 0, 5, inf)).plotted.size(), 300u);
     for (const Draw &draw : every_shape(INT_MIN, INT_MIN))
         EXPECT_LE(begin(draw).plotted.size(), 300u);
-}
-
-// In any proportion of half-axes, and wherever the point lies.
-TEST(Ellipse, NearestPointsAreOnIt) {
-    std::mt19937 random(1);
-    std::uniform_real_distribution<double> part(0, 1);
-    for (int i = 0; i < 100000; ++i) {
-        const double a = std::exp2(32 * part(random));
-        const double b = i % 2 ? std::exp2(32 * part(random)) : a + 0.5;
-        const double x = a * 1.5 * part(random), y = i % 3 ? b * 1.5 * part(random) : 0.5;
-        const kestu::Edge edge = kestu::Ellipse(a, b).nearest(x, y);
-        const double u = (x - edge.distance * edge.nx) / a, v = (y - edge.distance * edge.ny) / b;
-        ASSERT_NEAR(std::hypot(u, v), 1, 1e-6) << a << ", " << b << ": " << x << ", " << y;
-    }
 }
 
 // The pixels of the plain circle and their neighbours, covered as by the ellipse of the same size,

@@ -3,10 +3,7 @@
 #include "support/test.hpp"
 #include "tiff_bytes.hpp"
 
-#include <csignal>
 #include <thread>
-
-#include <sys/resource.h>
 
 using namespace kestu::test;
 
@@ -122,24 +119,6 @@ TEST(TiffWrite, ImagesThatFitIntoNoFileAreErrors) {
     img.height = 1;
     EXPECT_CHAIN(kestu_img_write_tiff(file.path(), &img), 120152, writing,
                  "The image has no pixels.");
-}
-
-TEST(TiffWrite, AFileThatMayNotGrowIsLeftAsFarAsItGot) {
-    const Picture<uint8_t> picture(300, 300);
-    const std::string whole = written(picture.img);
-    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-    rlimit before = {};
-    getrlimit(RLIMIT_FSIZE, &before);
-    for (const size_t size : {100, 146, 5000}) {
-        const MemoryFile file;
-        const rlimit limit = {size, before.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-        kestu_error_t *err = kestu_img_write_tiff(file.path(), &picture.img);
-        setrlimit(RLIMIT_FSIZE, &before);
-        EXPECT_CHAIN(err, 120032, writing, "");
-        EXPECT_EQ(file.bytes(), whole.substr(0, size));
-    }
-    std::signal(SIGXFSZ, handler);
 }
 
 TEST(DoublesToTiff, ValuesAreScaledToTheWholeRangeAndWhatHasNoIntegerIsDefined) {

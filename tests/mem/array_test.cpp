@@ -64,17 +64,6 @@ TEST(Arrays, TheHeaderTellsTheShapeAndTheBlocksAreNested) {
     EXPECT_EQ(live_blocks(), before);
 }
 
-TEST(Arrays, OneDimensionHasOneBlockOfElements) {
-    Array a = nullptr;
-    ASSERT_OK(kestu_mem_array_alloc(&a, 8, 4, 0));
-    EXPECT_EQ(a->ndims, 1u);
-    for (int i = 0; i < 4; ++i)
-        EXPECT_EQ(static_cast<double *>(a->data)[i], 0.0);
-    ASSERT_OK(kestu_mem_array_allset(a, 0x1FF, 8));
-    EXPECT_EQ(static_cast<uint64_t *>(a->data)[3], UINT64_MAX);
-    kestu_mem_array_free(a);
-}
-
 TEST(Arrays, SettingAllReachesEveryElement) {
     Array a = int_array_2x3x4();
     ASSERT_OK(kestu_mem_array_allset(a, 255, sizeof(int)));
