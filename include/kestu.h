@@ -22,6 +22,7 @@
 #include "kestu_lib.h"
 #include "kestu_log.h"
 #include "kestu_mach.h"
+#include "kestu_map.h"
 #include "kestu_mem.h"
 #include "kestu_obj.h"
 #include "kestu_objsig.h"

@@ -8,7 +8,7 @@
  *     printf("%zu of %zu\n", kestu_bitarr_num_bits_set(seen), seen->nbits);
  *     kestu_bitarr_free(seen);
  *
- * Bit k is bit k % 64 of word k / 64; the caller reads and writes single bits there. Arrays come
+ * Bit k is bit k % 64 of word k / 64, which the caller may read and write. Arrays come
  * from the system's allocator and are released by kestu_bitarr_free. An array belongs to one thread
  * at a time. In all functions `ba` is an array or null, which is then an array of 0 bits.
  */
@@ -86,6 +86,52 @@ KESTU_API KESTU_MUST_USE kestu_error_t *
 kestu_bitarr_or(const kestu_bitarr_t *a, const kestu_bitarr_t *b, kestu_bitarr_t **out);
 KESTU_API KESTU_MUST_USE kestu_error_t *
 kestu_bitarr_and(const kestu_bitarr_t *a, const kestu_bitarr_t *b, kestu_bitarr_t **out);
+
+/*
+ * Bit number `bit` of `ba`: its value, 0 beyond the end; and to set, clear or invert it, which does
+ * nothing beyond the end.
+ */
+KESTU_API int kestu_bitarr_get(const kestu_bitarr_t *ba, size_t bit);
+KESTU_API void kestu_bitarr_set(kestu_bitarr_t *ba, size_t bit);
+KESTU_API void kestu_bitarr_clear(kestu_bitarr_t *ba, size_t bit);
+KESTU_API void kestu_bitarr_toggle(kestu_bitarr_t *ba, size_t bit);
+
+/* Set, clear or invert `count` bits of `ba` from bit `from` on, as far as the array goes. */
+KESTU_API void kestu_bitarr_set_range(kestu_bitarr_t *ba, size_t from, size_t count);
+KESTU_API void kestu_bitarr_clear_range(kestu_bitarr_t *ba, size_t from, size_t count);
+KESTU_API void kestu_bitarr_toggle_range(kestu_bitarr_t *ba, size_t from, size_t count);
+
+/* The number of the first bit of `ba` from `from` on that is 1, or 0; `nbits` when none is. */
+KESTU_API size_t kestu_bitarr_next_set(const kestu_bitarr_t *ba, size_t from);
+KESTU_API size_t kestu_bitarr_next_clear(const kestu_bitarr_t *ba, size_t from);
+
+/*
+ * Move all bits of `ba` to numbers larger or smaller by `count`. Those that leave the array are
+ * lost, and zeros come in at the other end; the length stays.
+ */
+KESTU_API void kestu_bitarr_shift_up(kestu_bitarr_t *ba, size_t count);
+KESTU_API void kestu_bitarr_shift_down(kestu_bitarr_t *ba, size_t count);
+
+/*
+ * Whether `a` and `b` have the same bits set, whether `b` has all that are set in `a`, and whether
+ * they have one in common: 1 or 0. The shorter one counts as filled up with zeros.
+ */
+KESTU_API int kestu_bitarr_equal(const kestu_bitarr_t *a, const kestu_bitarr_t *b);
+KESTU_API int kestu_bitarr_is_subset(const kestu_bitarr_t *a, const kestu_bitarr_t *b);
+KESTU_API int kestu_bitarr_intersects(const kestu_bitarr_t *a, const kestu_bitarr_t *b);
+
+/*
+ * Copies the words of `ba` to `count` words at `words`, as many as there is room for, and fills
+ * what is left with zeros. Returns the number of words of the array.
+ */
+KESTU_API size_t kestu_bitarr_export_words(const kestu_bitarr_t *ba, uint64_t *words, size_t count);
+
+/*
+ * Makes the array at `ba` a copy of the `nbits` bits at `words`, bit 0 of the first word first; a
+ * null one is created. Errors are those of kestu_bitarr_resize, with the array as it was.
+ */
+KESTU_API KESTU_MUST_USE kestu_error_t *
+kestu_bitarr_import_words(kestu_bitarr_t **ba, const uint64_t *words, size_t nbits);
 
 KESTU_END_DECLS
 

@@ -220,6 +220,28 @@ KESTU_API KESTU_MUST_USE kestu_error_t *
 kestu_dl_bubsort(kestu_dl_t *node, kestu_dl_compare_func compare, void *baton);
 
 /*
+ * Sort the list of the handle in ascending order, as `compare` has it, by merging: stable, in O(n
+ * log n) comparisons, in O(n) where it is sorted already, and without memory. Nodes stay what they
+ * are and change their places only. The node that is first then becomes the handle. Both do the
+ * same.
+ */
+KESTU_API void kestu_dl_sort(kestu_dl_t **handle, kestu_dl_compare_func compare, void *baton);
+KESTU_API void kestu_dlm_sort(kestu_dl_t **handle, kestu_dl_compare_func compare, void *baton);
+
+/* Reverses the order of the list. The node that is first then becomes the handle. */
+KESTU_API void kestu_dl_reverse(kestu_dl_t **handle);
+
+/*
+ * Moves the nodes from `first` to `last`, which comes behind it or is the same, out of their list
+ * to just behind `node`, in the same list or another one; in time linear in their number. A handle
+ * of the list that they leave must be another node's. Error: 120051 under "Unable to splice DL
+ * nodes." with nothing moved, when one is null, when `last` does not come, or when `node` is among
+ * them.
+ */
+KESTU_API KESTU_MUST_USE kestu_error_t *kestu_dl_splice(kestu_dl_t *node, kestu_dl_t *first,
+                                                        kestu_dl_t *last);
+
+/*
  * A comparison for kestu_dl_bubsort of records whose signed 32-bit key stands 108 bytes from their
  * begin: 1 when the key of `a` is greater than that of `b`, -1 when smaller, else 0. `tag_a`,
  * `tag_b` and `baton` are not used.

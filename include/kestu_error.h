@@ -139,6 +139,13 @@ KESTU_API void kestu_error_compose(kestu_error_t *a, kestu_error_t *b);
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_error_compose_create(kestu_error_t *a,
                                                                    kestu_error_t *b);
 
+/*
+ * The outermost element of the chain `err` with that `code`, or null. It stays part of the chain.
+ * kestu_error_is tells whether there is one: 1 or 0.
+ */
+KESTU_API kestu_error_t *kestu_error_find(kestu_error_t *err, int code);
+KESTU_API int kestu_error_is(const kestu_error_t *err, int code);
+
 /* The last element of the chain `err`, or null for null. It stays part of the chain. */
 KESTU_API kestu_error_t *kestu_error_root_cause(kestu_error_t *err);
 
@@ -215,6 +222,37 @@ KESTU_API kestu_error_t *kestu_error_handle(kestu_error_t *err, kestu_error_line
 /* A handler that writes `line` and a newline to `stream`, a FILE pointer, or to stderr when null.
  */
 KESTU_API int kestu_error_stdhandler(const char *line, void *stream);
+
+/*
+ * The chain `err` as one JSON object on one line, made in `pool`; null without memory:
+ *
+ *     {"errors":[{"kind":"error","code":120030,"text":"IO stream cannot be opened.",
+ *     "message":"Cannot open file 'a.tif'","file":"reader.c","line":12,"function":"load"}]}
+ *
+ * The outermost element comes first. Kinds are "error", "warning", "malfunction", "assert", "plain"
+ * and "other"; what an element does not have is left out. The object is UTF-8: other bytes stand as
+ * U+FFFD. A null chain has no elements.
+ */
+KESTU_API char *kestu_error_to_json(const kestu_error_t *err, apr_pool_t *pool);
+
+/*
+ * As kestu_error_handle, but hands the whole chain `err` to `handler`, with `baton`, as one line of
+ * such JSON. Without memory for it, and for null, it does what kestu_error_handle does.
+ */
+KESTU_API kestu_error_t *kestu_error_handle_json(kestu_error_t *err, kestu_error_line_func handler,
+                                                 void *baton);
+
+/*
+ * Returns the error of `call` from the function at hand if it failed:
+ *
+ *     KESTU_TRY(kestu_trie_insert(trie, key, length, value, pool));
+ */
+#define KESTU_TRY(call)                                                                            \
+    do {                                                                                           \
+        kestu_error_t *kestu_try_error_ = (call);                                                  \
+        if (kestu_try_error_)                                                                      \
+            return kestu_try_error_;                                                               \
+    } while (0)
 
 /*
  * The handler of errors that leave the library unusable. Setting `handler` returns the previous

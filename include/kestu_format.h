@@ -10,7 +10,8 @@
  * groups integer digits by ","; the decimal point is always "."; c ignores width and `-`; lc and ls
  * come out in UTF-8; a and A print as f and F; a null s prints "(null)", a null p "(nil)"; L
  * changes nothing; at most 19 fractional digits are given, and no exponents below -308; an unknown
- * conversion prints nothing and takes no argument.
+ * conversion prints nothing and takes no argument. Unknown are, although compilers let them pass,
+ * C, S and m, the modifiers q and Z, the flag I, and arguments by number (`%1$d`).
  *
  * No state is kept: all functions may run at the same time.
  */

@@ -46,12 +46,20 @@ KESTU_API void kestu_log_terminate(kestu_log_t *log);
  * to log.".
  *
  * The text is formatted by apr_vsnprintf, which knows d, i, u, o, x and X with h and l, and c, s,
- * f, e, g and %, all with width and precision. It prints any other conversion as it stands and
- * leaves its argument for the next one: %zu, %lld, %Lf, %a and the flag ' must not be used, so the
- * compiler, which would accept them, is not asked to check the format.
+ * f (below 1e79), e, g and %, all with width and precision. Others it prints as they stand, leaving
+ * their argument for the next one, or takes for something else: %zu, %lld, %hhd, %Lf, %a, %p, %n
+ * and the flag ' must not be used, so the compiler, which would accept them, is not asked to check
+ * the format. A newline at the end of the format comes whatever the values; a text that holds a
+ * zero byte ends there.
  */
 KESTU_API void kestu_log_printf(kestu_log_t *log, const char *format, ...);
 KESTU_API void kestu_log_dtprintf(kestu_log_t *log, const char *format, ...);
+
+/*
+ * Appends the chain `err` to `log` as one line of JSON (kestu_error_to_json) of any length. A null
+ * chain appends nothing. Failures are printed as above, and so is that of memory.
+ */
+KESTU_API void kestu_log_json(kestu_log_t *log, kestu_error_t *err);
 
 /*
  * A handler for kestu_error_handle whose baton is the `log`: each `line` of an error, cut to 998

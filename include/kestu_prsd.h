@@ -75,6 +75,14 @@ kestu_prsd_parse_p(kestu_prsd_t *prsd, const char *str, const char *separators, 
 /* 1 when what was parsed into `prsd` ends with a backslash that asks for another line, else 0. */
 KESTU_API int kestu_prsd_incomplete(const kestu_prsd_t *prsd);
 
+/*
+ * Parameter number `n` of `prsd`, from 0, as it stood in the text, so that 007 and a file named
+ * 2024 are not lost; null when there is none. The second function tells whether it stood in quotes:
+ * 1 or 0. Both are for records that kestu_prsd_parse_p alone has filled.
+ */
+KESTU_API const char *kestu_prsd_text(const kestu_prsd_t *prsd, int n);
+KESTU_API int kestu_prsd_is_quoted(const kestu_prsd_t *prsd, int n);
+
 /* Fills the record `prsd` with zeros. The entries stay in their pool. */
 KESTU_API void kestu_prsd_clear_p(kestu_prsd_t *prsd);
 

@@ -59,6 +59,9 @@ KESTU_API int kestu_str_len(const char *s);
  */
 KESTU_API size_t kestu_str_utf8_len(const char *s);
 
+/* Whether the `size` bytes of `text` are well-formed UTF-8, zero bytes included: 1 or 0. */
+KESTU_API int kestu_str_utf8_valid(const void *text, size_t size);
+
 /* Removes white space (isspace) at both ends of `s` in place and returns `s`, which may be null. */
 KESTU_API char *kestu_str_trim(char *s);
 

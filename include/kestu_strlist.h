@@ -45,6 +45,46 @@ KESTU_API KESTU_MUST_USE kestu_error_t *kestu_strlist_addlast(kestu_strlist_t *l
                                                               const char *str, apr_pool_t *pool);
 
 /*
+ * Adds a copy of `str`, made in `pool`, at the end of `list` in constant time: `last` points to a
+ * variable of the caller's that is null at first and remembers the end of the list between the
+ * calls.
+ */
+KESTU_API KESTU_MUST_USE kestu_error_t *
+kestu_strlist_append(kestu_strlist_t *list, kestu_dl_t **last, const char *str, apr_pool_t *pool);
+
+/*
+ * Receives a string `str`, which may be null, and the `baton` of the walk. What it returns ends a
+ * walk unless it is 0.
+ */
+typedef int (*kestu_strlist_func)(const char *str, void *baton);
+
+/*
+ * Calls `fn` with each string of `list` from the first on, and `baton`, until it returns something
+ * other than 0, which is returned; 0 at the end.
+ */
+KESTU_API int kestu_strlist_walk(kestu_strlist_t *list, kestu_strlist_func fn, void *baton);
+
+/* Sorts `list` by the bytes of its strings, null before all others. Stable, in O(n log n). */
+KESTU_API void kestu_strlist_sort(kestu_strlist_t *list);
+
+/*
+ * Stores the strings of `list` with `separator` between them, as one text made in `pool`, through
+ * `text`. Null strings count as empty ones. Error: 120012 under "Cannot join strings.", with null
+ * stored.
+ */
+KESTU_API KESTU_MUST_USE kestu_error_t *
+kestu_strlist_join(kestu_strlist_t *list, const char *separator, char **text, apr_pool_t *pool);
+
+/*
+ * Stores an array of pointers to the strings of `list`, which are not copied, with a null behind
+ * the last one, through `strings`, and their number through `count`, which may be null. The array
+ * is made in `pool`. Error: 120012 under "Cannot make array of strings.", with null stored.
+ */
+KESTU_API KESTU_MUST_USE kestu_error_t *kestu_strlist_to_array(kestu_strlist_t *list,
+                                                               const char ***strings, size_t *count,
+                                                               apr_pool_t *pool);
+
+/*
  * String number `n` of `list`, from 0; null when there is none. It is counted from the first: who
  * wants all strings walks `head` by kestu_dl_walk.
  */

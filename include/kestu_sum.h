@@ -1,6 +1,6 @@
 /*
  * Checksums of bytes: SHA-1, whose digest has 20 bytes though kestu_sha1 writes 21, the CRC-32 of
- * zlib and IEEE 802.3, and CRC-16/ARC.
+ * zlib and IEEE 802.3, CRC-32C, and CRC-16/ARC.
  *
  *     unsigned char digest[KESTU_SHA1_BUFFER_SIZE];
  *     kestu_sha1(digest, data, size);
@@ -37,11 +37,12 @@ typedef struct kestu_sha1_t {
 
 /*
  * SHA-1 (FIPS 180-1) in pieces: begin in `context`, add `len` bytes of `data` as often as there are
- * some, then take the 20 bytes of the `digest`. The last step also fills the context with zeros.
- * `data` may be null when `len` is 0.
+ * some (update64 takes any number at once), then take the 20 bytes of the `digest`. The last step
+ * also fills the context with zeros. `data` may be null when `len` is 0.
  */
 KESTU_API void kestu_sha1_init(kestu_sha1_t *context);
 KESTU_API void kestu_sha1_update(const unsigned char *data, uint32_t len, kestu_sha1_t *context);
+KESTU_API void kestu_sha1_update64(const unsigned char *data, uint64_t len, kestu_sha1_t *context);
 KESTU_API void kestu_sha1_final(unsigned char *digest, kestu_sha1_t *context);
 
 /* One compression: takes the 64 bytes of `block` into the five chaining words `state`. */
@@ -53,6 +54,7 @@ KESTU_API void kestu_sha1_transform(uint32_t *state, const unsigned char *block)
  * string.
  */
 KESTU_API void kestu_sha1(unsigned char *digest, const unsigned char *data, uint32_t len);
+KESTU_API void kestu_sha1_64(unsigned char *digest, const unsigned char *data, uint64_t len);
 
 /*
  * Continues `crc`, which is 0 at the start, over the `len` bytes at `buf`; an empty buffer leaves
@@ -63,6 +65,20 @@ KESTU_API void kestu_sha1(unsigned char *digest, const unsigned char *data, uint
  */
 KESTU_API uint32_t kestu_util_crc32(uint32_t crc, const unsigned char *buf, size_t len);
 KESTU_API uint16_t kestu_util_crc16(uint32_t crc, const unsigned char *buf, size_t len);
+
+/*
+ * The same for CRC-32C: continues `crc` over the `len` bytes at `buf` with the polynomial
+ * 0x82F63B78 (0x1EDC6F41), complemented at both ends. Over "123456789" it gives 0xE3069283.
+ */
+KESTU_API uint32_t kestu_util_crc32c(uint32_t crc, const unsigned char *buf, size_t len);
+
+/*
+ * The CRC of two texts one after the other, from the CRC of the `first`, that of the `second`, each
+ * begun with 0, and the `size` of the second in bytes: for parts that are summed apart.
+ */
+KESTU_API uint32_t kestu_util_crc32_combine(uint32_t first, uint32_t second, uint64_t size);
+KESTU_API uint32_t kestu_util_crc32c_combine(uint32_t first, uint32_t second, uint64_t size);
+KESTU_API uint16_t kestu_util_crc16_combine(uint32_t first, uint32_t second, uint64_t size);
 
 KESTU_END_DECLS
 

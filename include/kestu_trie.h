@@ -96,6 +96,16 @@ KESTU_API KESTU_MUST_USE kestu_error_t *kestu_triem_insert(kestu_trie_t *trie, c
 KESTU_API void *kestu_trie_search(const kestu_trie_t *trie, const void *key, size_t length);
 
 /*
+ * Whether the key is there: 1, with its value stored through `value`, which may be null; or 0, with
+ * nothing stored, also for a null trie.
+ */
+KESTU_API int kestu_trie_find(const kestu_trie_t *trie, const void *key, size_t length,
+                              void **value);
+
+/* The number of entries, found by a walk. */
+KESTU_API size_t kestu_trie_count(const kestu_trie_t *trie);
+
+/*
  * Removes the key, if it is there; a branching that is left with one leaf gives its place to it. A
  * key that is absent lowers the counts of all branchings from which its way led on; they keep that,
  * and one whose count is not 1 in the end is not given up. A null trie does nothing.
@@ -112,6 +122,13 @@ KESTU_API void kestu_triem_delete(kestu_trie_t *trie, const void *key, size_t le
  */
 KESTU_API void kestu_trie_walk(const kestu_trie_t *trie, kestu_trie_func fn, void *baton);
 KESTU_API void traverse_node(const kestu_trie_node_t *node, kestu_trie_func fn, void *baton);
+
+/*
+ * Calls `fn` for every entry whose key begins with the `length` bytes at `prefix`, in the order of
+ * kestu_trie_walk, to which it is alike otherwise.
+ */
+KESTU_API void kestu_trie_walk_prefix(const kestu_trie_t *trie, const void *prefix, size_t length,
+                                      kestu_trie_func fn, void *baton);
 
 /*
  * Sets the handle at `trie` to null; the `triem` form first frees the trie and its handle. A null

@@ -8,6 +8,10 @@ uint32_t crc32_folded_128(uint32_t crc, const unsigned char *data, size_t size) 
     return crc_folded<Crc32, OneLane>(crc, data, size);
 }
 
+uint32_t crc32c_folded_128(uint32_t crc, const unsigned char *data, size_t size) {
+    return crc_folded<Crc32c, OneLane>(crc, data, size);
+}
+
 uint16_t crc16_folded_128(uint16_t crc, const unsigned char *data, size_t size) {
     return crc_folded<Crc16, OneLane>(crc, data, size);
 }

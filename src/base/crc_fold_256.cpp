@@ -30,6 +30,10 @@ uint32_t crc32_folded_256(uint32_t crc, const unsigned char *data, size_t size) 
     return crc_folded<Crc32, TwoLanes>(crc, data, size);
 }
 
+uint32_t crc32c_folded_256(uint32_t crc, const unsigned char *data, size_t size) {
+    return crc_folded<Crc32c, TwoLanes>(crc, data, size);
+}
+
 uint16_t crc16_folded_256(uint16_t crc, const unsigned char *data, size_t size) {
     return crc_folded<Crc16, TwoLanes>(crc, data, size);
 }

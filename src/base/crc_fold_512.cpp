@@ -31,6 +31,10 @@ uint32_t crc32_folded_512(uint32_t crc, const unsigned char *data, size_t size) 
     return crc_folded<Crc32, FourLanes>(crc, data, size);
 }
 
+uint32_t crc32c_folded_512(uint32_t crc, const unsigned char *data, size_t size) {
+    return crc_folded<Crc32c, FourLanes>(crc, data, size);
+}
+
 uint16_t crc16_folded_512(uint16_t crc, const unsigned char *data, size_t size) {
     return crc_folded<Crc16, FourLanes>(crc, data, size);
 }

@@ -16,7 +16,7 @@ struct ReflectedCrc {
     static constexpr int width = std::numeric_limits<Word>::digits;
     static constexpr Word polynomial = Polynomial;
 
-    static consteval Word times_x(Word remainder) {
+    static constexpr Word times_x(Word remainder) {
         return static_cast<Word>((remainder >> 1) ^ ((remainder & 1) != 0 ? Polynomial : 0));
     }
 
@@ -29,8 +29,9 @@ struct ReflectedCrc {
     }
 };
 
-using Crc32 = ReflectedCrc<uint32_t, 0xEDB88320>; // of zlib and IEEE 802.3
-using Crc16 = ReflectedCrc<uint16_t, 0xA001>;     // ARC
+using Crc32 = ReflectedCrc<uint32_t, 0xEDB88320>;  // of zlib and IEEE 802.3
+using Crc32c = ReflectedCrc<uint32_t, 0x82F63B78>; // of iSCSI and ext4 (Castagnoli)
+using Crc16 = ReflectedCrc<uint16_t, 0xA001>;      // ARC
 
 // What a step of the tables reads; also the number of tables.
 constexpr size_t crc_slices = 8;

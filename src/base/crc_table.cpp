@@ -35,8 +35,10 @@ typename Crc::Word crc_sliced(typename Crc::Word crc, const unsigned char *data,
 }
 
 template uint32_t crc_bytewise<Crc32>(uint32_t, const unsigned char *, size_t);
+template uint32_t crc_bytewise<Crc32c>(uint32_t, const unsigned char *, size_t);
 template uint16_t crc_bytewise<Crc16>(uint16_t, const unsigned char *, size_t);
 template uint32_t crc_sliced<Crc32>(uint32_t, const unsigned char *, size_t);
+template uint32_t crc_sliced<Crc32c>(uint32_t, const unsigned char *, size_t);
 template uint16_t crc_sliced<Crc16>(uint16_t, const unsigned char *, size_t);
 
 } // namespace kestu

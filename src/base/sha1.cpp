@@ -20,8 +20,8 @@ size_t fill_of(const kestu_sha1_t &context) {
     return context.count[0] / 8 % sha1_block_size;
 }
 
-void add_length(kestu_sha1_t &context, uint32_t bytes) {
-    const uint64_t bits = bit_count(context) + uint64_t{bytes} * 8;
+void add_length(kestu_sha1_t &context, uint64_t bytes) {
+    const uint64_t bits = bit_count(context) + bytes * 8;
     context.count[0] = static_cast<uint32_t>(bits);
     context.count[1] = static_cast<uint32_t>(bits >> 32);
 }
@@ -60,6 +60,10 @@ void kestu_sha1_init(kestu_sha1_t *context) {
 }
 
 void kestu_sha1_update(const unsigned char *data, uint32_t len, kestu_sha1_t *context) {
+    kestu_sha1_update64(data, len, context);
+}
+
+void kestu_sha1_update64(const unsigned char *data, uint64_t len, kestu_sha1_t *context) {
     size_t fill = fill_of(*context);
     size_t left = len;
     add_length(*context, len);
@@ -95,9 +99,13 @@ void kestu_sha1_transform(uint32_t *state, const unsigned char *block) {
 
 // Kept: the zero behind the digest. Relied on by: callers that handle it as a terminated string.
 void kestu_sha1(unsigned char *digest, const unsigned char *data, uint32_t len) {
+    kestu_sha1_64(digest, data, len);
+}
+
+void kestu_sha1_64(unsigned char *digest, const unsigned char *data, uint64_t len) {
     kestu_sha1_t context;
     kestu_sha1_init(&context);
-    kestu_sha1_update(data, len, &context);
+    kestu_sha1_update64(data, len, &context);
     kestu_sha1_final(digest, &context);
     digest[KESTU_SHA1_SIZE] = 0;
 }

@@ -13,23 +13,44 @@ using namespace kestu;
 
 namespace {
 
-constexpr int entries_at_once = 10;
+constexpr size_t entries_at_once = 10;
 
-// Entries are granted in tens, which `room` counts, but the array behind them doubles: a text of n
-// parameters takes memory in proportion to n. It is full when its tens are 0 or a power of two.
+// What an entry does not tell of its parameter. These stand behind the entries of a full array.
+struct Source {
+    const char *text;
+    bool is_quoted;
+};
+
+// The entries of the array that holds so many parameters. Entries are granted in tens, which `room`
+// counts, but the array doubles: a text of n parameters takes memory in proportion to n.
+size_t capacity_for(size_t parameters) {
+    size_t entries = entries_at_once;
+    while (entries < parameters)
+        entries *= 2;
+    return entries;
+}
+
+Source *sources_of(const kestu_prsd_t &prsd, size_t parameters) {
+    return reinterpret_cast<Source *>(prsd.params + capacity_for(parameters));
+}
+
 kestu_error_t *make_room(kestu_prsd_t &prsd, apr_pool_t *pool) {
     const auto used = static_cast<size_t>(prsd.n);
-    const size_t tens = used / entries_at_once;
-    if ((tens & (tens - 1)) == 0) {
-        const size_t entries = std::max<size_t>(2 * used, entries_at_once);
-        kestu_prsd_param_t *params = nullptr;
-        if (kestu_error_t *err = pool_make(pool, &params, entries))
+    const size_t entries = capacity_for(used + 1);
+    if (used == 0 || entries != capacity_for(used)) {
+        char *memory = nullptr;
+        constexpr size_t entry_size = sizeof(kestu_prsd_param_t) + sizeof(Source);
+        if (kestu_error_t *err = pool_make(pool, &memory, entries * entry_size))
             return err;
-        std::fill_n(params, entries, kestu_prsd_param_t{});
-        std::copy_n(prsd.params, used, params);
-        prsd.params = params;
+        const kestu_prsd_t old = prsd;
+        prsd.params = reinterpret_cast<kestu_prsd_param_t *>(memory);
+        std::fill_n(prsd.params, entries, kestu_prsd_param_t{});
+        if (used > 0) {
+            std::copy_n(old.params, used, prsd.params);
+            std::copy_n(sources_of(old, used), used, sources_of(prsd, used + 1));
+        }
     }
-    prsd.room = entries_at_once;
+    prsd.room = static_cast<int>(entries_at_once);
     return nullptr;
 }
 
@@ -75,6 +96,8 @@ kestu_error_t *add_parameter(kestu_prsd_t &prsd, std::string_view text, apr_pool
     char *copy = nullptr;
     if (kestu_error_t *err = pool_make_text(pool, &copy, text))
         return err;
+    sources_of(prsd, static_cast<size_t>(prsd.n) + 1)[prsd.n] = {copy,
+                                                                 prsd.state == KESTU_PRSD_QUOTED};
     classify(prsd, prsd.params[prsd.n], copy);
     ++prsd.n;
     --prsd.room;
@@ -121,6 +144,11 @@ kestu_error_t *parse(kestu_prsd_t &prsd, const char *text, const char *separator
     return nullptr;
 }
 
+const Source *source_of(const kestu_prsd_t *prsd, int n) {
+    const bool exists = prsd && n >= 0 && n < prsd->n;
+    return exists ? sources_of(*prsd, static_cast<size_t>(prsd->n)) + n : nullptr;
+}
+
 } // namespace
 
 kestu_error_t *kestu_prsd_parse_p(kestu_prsd_t *prsd, const char *str, const char *separators,
@@ -134,4 +162,14 @@ int kestu_prsd_incomplete(const kestu_prsd_t *prsd) {
 
 void kestu_prsd_clear_p(kestu_prsd_t *prsd) {
     *prsd = {};
+}
+
+const char *kestu_prsd_text(const kestu_prsd_t *prsd, int n) {
+    const Source *source = source_of(prsd, n);
+    return source ? source->text : nullptr;
+}
+
+int kestu_prsd_is_quoted(const kestu_prsd_t *prsd, int n) {
+    const Source *source = source_of(prsd, n);
+    return source && source->is_quoted;
 }

@@ -78,6 +78,14 @@ kestu_error_t *kestu_strlist_addlast(kestu_strlist_t *list, const char *str, apr
     return Appender(list, pool).append(view_of(str));
 }
 
+kestu_error_t *kestu_strlist_append(kestu_strlist_t *list, kestu_dl_t **last, const char *str,
+                                    apr_pool_t *pool) {
+    Appender appender(list, pool, *last);
+    kestu_error_t *err = appender.append(view_of(str));
+    *last = appender.last();
+    return err;
+}
+
 const char *kestu_strlist_getn(kestu_strlist_t *list, int n) {
     if (n < 0)
         return nullptr;

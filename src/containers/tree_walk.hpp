@@ -20,6 +20,16 @@ inline void prefetch_beyond(const Node *node) {
     __builtin_prefetch(reinterpret_cast<const void *>(here - pool_block - ahead));
 }
 
+// The first child. A level that was made by way of the `child` of its parent does not know that one
+// yet.
+inline Node *first_below(Node *parent) {
+    Node *const first = first_of(parent->child);
+    if (first->parent != parent)
+        for (Node *node = first; node; node = node->next)
+            node->parent = parent;
+    return first;
+}
+
 // Walks the level of `any` and all below it, until a visitor returns false: `enter` meets a node
 // before its children, `leave` after them and may take the node away. Parents lead back up, so that
 // no depth needs a stack.
@@ -32,7 +42,7 @@ void walk(Node *any, Enter enter, Leave leave) {
     while (enter(node)) {
         prefetch_beyond(node);
         if (node->child) {
-            node = first_of(node->child);
+            node = first_below(node);
             continue;
         }
         for (;;) {

@@ -3,6 +3,8 @@
 
 #include "kestu_trie.h"
 
+#include "containers/same_bytes.hpp"
+
 #include <algorithm>
 #include <bit>
 #include <cstddef>
@@ -100,20 +102,6 @@ inline Node *only_node(const Inner *inner) {
     // Not std::has_single_bit, which counts bits by a function of the compiler's run-time library.
     const bool one = slots != 0 && (slots & (slots - 1)) == 0;
     return one ? at_slot(inner, static_cast<unsigned>(std::countr_zero(slots))) : nullptr;
-}
-
-// How many bytes at the beginning of two texts of `size` bytes are the same.
-inline size_t same_bytes(const uint8_t *a, const uint8_t *b, size_t size) {
-    size_t i = 0;
-    for (uint64_t x = 0, y = 0; i + sizeof x <= size; i += sizeof x) {
-        std::memcpy(&x, a + i, sizeof x);
-        std::memcpy(&y, b + i, sizeof y);
-        if (x != y)
-            return i + static_cast<size_t>(std::countr_zero(x ^ y)) / 8;
-    }
-    while (i < size && a[i] == b[i])
-        ++i;
-    return i;
 }
 
 // The first depth from `depth` on at which the ways of two keys part: where their half-bytes differ

@@ -7,6 +7,16 @@ kestu_error_t *kestu_error_root_cause(kestu_error_t *err) {
     return err;
 }
 
+kestu_error_t *kestu_error_find(kestu_error_t *err, int code) {
+    while (err && err->code != code)
+        err = err->child;
+    return err;
+}
+
+int kestu_error_is(const kestu_error_t *err, int code) {
+    return kestu_error_find(const_cast<kestu_error_t *>(err), code) != nullptr;
+}
+
 void kestu_error_clear(kestu_error_t *err) {
     if (err && !kestu::is_shared(*err))
         apr_pool_destroy(err->pool);

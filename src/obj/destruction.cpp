@@ -22,7 +22,7 @@ void be_forgotten(Object &object) {
         if (partner != &object)
             kestu_obj_disconnect(partner, all_signals, &object, nullptr);
     }
-    forget_waiting(&object);
+    forget_waiting(object);
 }
 
 void begin(Object &object) {

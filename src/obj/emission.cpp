@@ -93,17 +93,19 @@ bool call_slots(kestu_odest_t *first, kestu_obj_t *obj, uint32_t code, void *arg
     return true;
 }
 
-void narrow_actions(const kestu_osig_t &signal, const kestu_obj_t *obj) {
-    for (unsigned i = 0; signal.actions && i < signal.actions->i;) {
+// Looks for `most` actions at most, from the latest on. Returns how many it has not found.
+size_t narrow_actions(const kestu_osig_t &signal, const kestu_obj_t *obj, size_t most) {
+    for (unsigned i = signal.actions ? signal.actions->i : 0; i-- > 0 && most > 0;) {
         kestu_osigact_t &action = Elements<kestu_osigact_t>(signal.actions).first[i];
-        if (action.destination == obj && action.kind == KESTU_OSIGACT_CONNECT) {
-            utarray_erase(signal.actions, i, 1);
+        if (action.destination != obj)
             continue;
-        }
-        if (action.destination == obj)
+        --most;
+        if (action.kind == KESTU_OSIGACT_CONNECT)
+            utarray_erase(signal.actions, i, 1);
+        else
             action.code = static_cast<uint32_t>(signal.code);
-        ++i;
     }
+    return most;
 }
 
 // Carries one action out and adds its failure to `failures`. False when the emitting signal is
@@ -155,10 +157,11 @@ bool carry_out(const kestu_osigact_t &action, kestu_obj_t *obj, uint32_t code,
 
 namespace kestu {
 
-void forget_waiting(const kestu_obj_t *obj) {
+void forget_waiting(const Object &object) {
+    size_t most = object.round == emission_round ? object.waiting : 0;
     for (const Emission *emission = Emission::running; emission; emission = emission->outer)
-        if (const kestu_osig_t *signal = emission->signal())
-            narrow_actions(*signal, obj);
+        if (const kestu_osig_t *signal = most > 0 ? emission->signal() : nullptr)
+            most = narrow_actions(*signal, &object, most);
 }
 
 } // namespace kestu
@@ -178,6 +181,8 @@ kestu_error_t *kestu_obj_emit_signal(kestu_obj_t *obj, uint32_t code, void *argu
         return nullptr;
     UT_array *actions = signal->actions;
     signal->actions = nullptr;
+    if (!Emission::running)
+        ++emission_round;
     return carry_out_all(actions, obj, code);
 }
 

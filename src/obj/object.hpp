@@ -34,6 +34,8 @@ struct Object : kestu_obj_t {
     // Signals (connection_table.cpp).
     UT_array signal_array; // what `signals` points to
     Entry *known_by;       // the connections of other objects that lead to this one
+    size_t waiting;        // the actions that have begun to wait in a round and name this object
+    uint64_t round;        // which round that is, see signals.hpp
 
     // Pools (pools.cpp).
     Object *host;   // the nearest object in whose pool this one's lies, at whatever depth

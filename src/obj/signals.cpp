@@ -2,6 +2,8 @@
 #include "obj/signals.hpp"
 
 #include "error/error.hpp"
+#include "obj/object.hpp"
+
 using namespace kestu;
 
 namespace kestu {
@@ -10,7 +12,15 @@ kestu_error_t *no_such_signal(uint32_t code) {
     return fail(KESTU_ERR_NO_SIGNAL, "Cannot find signal with code %d.", static_cast<int>(code));
 }
 
+[[gnu::tls_model("initial-exec")]] constinit thread_local uint64_t emission_round = 0;
+
 void defer(kestu_osig_t &signal, const kestu_osigact_t &action) {
+    if (Object *named = object_of(action.destination)) {
+        if (named->round != emission_round)
+            named->waiting = 0;
+        named->round = emission_round;
+        ++named->waiting;
+    }
     if (!signal.actions)
         utarray_new(signal.actions, &osigact_icd);
     utarray_push_back(signal.actions, &action);

@@ -24,6 +24,9 @@ inline bool is_busy(const kestu_osig_t &signal) {
 // The error of a signal that an object does not have.
 [[nodiscard]] kestu_error_t *no_such_signal(uint32_t code);
 
+// Goes on, on each thread, when no action waits any more.
+extern constinit thread_local uint64_t emission_round;
+
 // Lets an action wait for the end of the signal's emission.
 void defer(kestu_osig_t &signal, const kestu_osigact_t &action);
 

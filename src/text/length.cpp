@@ -63,7 +63,7 @@ size_t kestu_str_utf8_len(const char *s) {
 }
 
 char *kestu_str_trim(char *s) {
-    if (!s)
+    if (!s || !*s) // which may stand where nothing can be written
         return s;
     const auto is_space = [](char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; };
     char *begin = s;

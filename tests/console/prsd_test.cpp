@@ -109,6 +109,20 @@ TEST_F(Parser, TakesAnyNumberOfParameters) {
         expected.push_back("i:" + std::to_string(i));
     }
     EXPECT_EQ(shown(), expected);
+    for (int i = 0; i < many; ++i)
+        EXPECT_EQ(kestu_prsd_text(&prsd, i), std::to_string(i));
+    EXPECT_EQ(kestu_prsd_text(&prsd, -1), nullptr);
+    EXPECT_EQ(kestu_prsd_text(&prsd, many), nullptr);
+}
+
+TEST_F(Parser, TellsHowAParameterWasWritten) {
+    parse({"007 \"2024\" 1e1 \"a", " b\" word"});
+    std::vector<std::string> written;
+    for (int i = 0; i < prsd.n; ++i)
+        written.push_back((kestu_prsd_is_quoted(&prsd, i) ? "quoted " : "") +
+                          std::string(kestu_prsd_text(&prsd, i)));
+    EXPECT_THAT(written, ElementsAre("007", "quoted 2024", "1e1", "quoted a", "quoted  b", "word"));
+    EXPECT_FALSE(kestu_prsd_is_quoted(&prsd, 6));
 }
 
 TEST_F(Parser, TakesParametersOfAnyLength) {

@@ -240,7 +240,7 @@ TEST_F(Tree, DestroyingFreesHeapNodesAndForgetsThoseOfPools) {
     for (const bool is_told : {true, false}) {
         for (const uint32_t tag : {1u, 2u})
             ASSERT_OK(kestu_treem_append(&root, tag, nullptr, &two));
-        ASSERT_OK(kestu_treem_append_child(two, 3, nullptr, nullptr));
+        ASSERT_OK(kestu_treem_append(&two->child, 3, nullptr, nullptr)); // as a level of its own
         is_told ? kestu_treem_destroy_func(&root, see, &trace) : kestu_treem_destroy(&root);
         EXPECT_EQ(root, nullptr);
         EXPECT_EQ(live_blocks(), before);

@@ -43,7 +43,7 @@ TEST_F(Log, TextsAreAppendedToWhatTheFileHolds) {
     kestu_log_printf(first, "%s %d\n", "one", 1);
     kestu_log_printf(second, "%2c|%.1f", '2', 1e20);
     kestu_log_printf(first, "%s", "");
-    kestu_log_printf(first, "\n");
+    kestu_log_printf(first, "%clost, but for the newline\n", 0);
     kestu_log_terminate(first);
     kestu_log_terminate(second);
     EXPECT_EQ(content(), "kept\none 1\n 2|100000000000000000000.0\n");

@@ -229,7 +229,7 @@ TEST(StrTrim, WhiteSpaceAtBothEndsGoes) {
     EXPECT_EQ(kestu_str_trim(nullptr), nullptr);
     EXPECT_EQ(trimmed("  a b  "), "a b");
     EXPECT_EQ(trimmed("   "), "");
-    EXPECT_EQ(trimmed(""), "");
+    EXPECT_STREQ(kestu_str_trim(const_cast<char *>("")), "");
     EXPECT_EQ(trimmed("x"), "x");
     EXPECT_EQ(trimmed("\t\n\v\f\r x\xA0 \r\n"), "x\xA0");
 }
