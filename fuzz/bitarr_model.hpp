@@ -96,7 +96,7 @@ class BitModel {
         const size_t out = below(3);
         const bool is_or = below(2);
         require(succeeded((is_or ? kestu_bitarr_or : kestu_bitarr_and)(arrays.of[i], arrays.of[j],
-                                                               &arrays.of[out])));
+                                                                       &arrays.of[out])));
         std::string a = texts[i], b = texts[j];
         a.resize(std::max(a.size(), b.size()), '0');
         b.resize(a.size(), '0');

@@ -164,7 +164,8 @@ class DlModel : public ListModel<kestu_dl_t> {
         if (other != handle && other != (behind ? handle->prev : handle->next)) {
             require(kestu_dl_extract(handle) == handle);
         }
-        require(succeeded((behind ? kestu_dl_insert_after : kestu_dl_insert_before)(other, handle)));
+        require(
+            succeeded((behind ? kestu_dl_insert_after : kestu_dl_insert_before)(other, handle)));
         if (other == handle)
             return;
         tags.erase(at(place));
@@ -255,7 +256,8 @@ class CdlModel : public ListModel<kestu_cdl_t> {
         expect_added(place + behind, [&](uint32_t tag) {
             kestu_cdl_t *lone = nullptr;
             require(succeeded(kestu_cdl_append(&lone, tag, datum_of(tag), nullptr, pool)));
-            require(succeeded((behind ? kestu_cdl_insert_after : kestu_cdl_insert_before)(handle, lone)));
+            require(succeeded(
+                (behind ? kestu_cdl_insert_after : kestu_cdl_insert_before)(handle, lone)));
             return lone;
         });
     }

@@ -114,7 +114,8 @@ class TreeModel {
     void insert() {
         const bool after = below(2);
         require(succeeded(f.create(tag, &made)));
-        require(succeeded((after ? kestu_tree_insert_after : kestu_tree_insert_before)(any->node, made)));
+        require(succeeded(
+            (after ? kestu_tree_insert_after : kestu_tree_insert_before)(any->node, made)));
         adopt(*any->parent, any->place() + after);
     }
     // Out of its place, and with its sub-tree beside another.

@@ -4,7 +4,6 @@
 #include "support/test.hpp"
 #include "trace.hpp"
 
-
 using namespace kestu::fuzz;
 using namespace kestu::test;
 

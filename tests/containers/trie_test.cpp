@@ -30,7 +30,8 @@ class Trie : public testing::Test {
 using Kinds = testing::Types<PoolTrie, HeapTrie>;
 TYPED_TEST_SUITE(Trie, Kinds, );
 
-// A leaf as its key, an inner node as "[count end 0=... 15=...]" with the slots that hold something.
+// A leaf as its key, an inner node as "[count end 0=... 15=...]" with the slots that hold
+// something.
 std::string shape(const kestu_trie_node_t *node) {
     if (!node || node->type == KESTU_TRIE_LEAF)
         return node ? reinterpret_cast<const char *>(

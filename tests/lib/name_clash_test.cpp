@@ -23,7 +23,7 @@ Function *of_library(Function *, const char *name) {
 
 } // namespace
 
-// That no call goes through the table of exported symbols, a gate finds; this one runs some of them.
+// That no call goes through the table of exported symbols, a gate finds; this one runs some.
 TEST(NameClash, TheLibraryCallsItsOwnFunctions) {
     ASSERT_NE(library(), nullptr) << dlerror();
     ASSERT_EQ(LIBRARY(kestu_initialize)(), KESTU_INIT_OK);
