@@ -1,5 +1,5 @@
-// Keys and the maps that people take for them, filled, asked for keys that are there and that are not,
-// and emptied, in random order.
+// Keys and the maps that people take for them, filled, asked for keys that are there and that are
+// not, and emptied, in random order.
 #pragma once
 
 #include "in_child.hpp"
@@ -151,7 +151,8 @@ size_t bytes_in_use() {
     return info.uordblks + info.hblkhd;
 }
 
-// Also counts what the map takes from malloc; a pool's blocks come from elsewhere, and count nothing.
+// Also counts what the map takes from malloc; a pool's blocks come from elsewhere, and count
+// nothing.
 template <typename Map>
 void insertion(benchmark::State &state, const Keys &keys) {
     static auto *const bytes = static_cast<size_t *>(mmap( // which the children share

@@ -4,7 +4,10 @@ add_library(kestu_options INTERFACE)
 target_compile_options(kestu_options INTERFACE
   -Wall -Wextra -Wpointer-arith -Wcast-align -Wformat=2 -Wno-format-nonliteral -Wundef
   $<$<COMPILE_LANGUAGE:CXX>:-Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wextra-semi>
-  $<$<BOOL:${KESTU_WERROR}>:-Werror>)
+  $<$<BOOL:${KESTU_WERROR}>:-Werror>
+  # The same sources give the same bytes in any folder; debuggers want to know it.
+  -fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=
+  $<$<CONFIG:Release>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=>)
 
 if(KESTU_SANITIZE)
   target_compile_options(kestu_options INTERFACE
@@ -13,6 +16,6 @@ if(KESTU_SANITIZE)
 else()
   target_compile_options(kestu_options INTERFACE
     -fstack-protector-strong -fstack-clash-protection -fcf-protection=full
-    $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>)
+    $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=${KESTU_FORTIFY}>)
   target_link_options(kestu_options INTERFACE -Wl,-z,relro,-z,now,-z,noexecstack)
 endif()

@@ -20,9 +20,9 @@
 #include "kestu_strlist.h"
 #include "kestu_tree.h"
 #include "kestu_trie.h"
+#include "kestu_uthash.h"
 
 #include <apr_pools.h>
-#include <utarray.h>
 
 KESTU_BEGIN_DECLS
 
@@ -40,7 +40,7 @@ typedef struct kestu_obj_t {
     kestu_trie_t *child_names;  /* from the name of a child to its node in the tree */
     kestu_tree_t *children;     /* the node above the children: tag 0, no datum */
     struct kestu_obj_t *parent; /* set by kestu_obj_addc */
-    UT_array *signals;          /* of kestu_osig_t (kestu_objsig.h) */
+    kestu_ut_array_t *signals;  /* of kestu_osig_t (kestu_objsig.h) */
 } kestu_obj_t;
 
 /*

@@ -16,8 +16,8 @@
  * many threads at once; for the rest an object and all that it is connected with belong to one
  * thread at a time.
  *
- * Tables and arrays are those of uthash; when they find no memory left, the process exits with
- * status -1.
+ * Tables and arrays are those of uthash (kestu_uthash.h); when they find no memory left, the
+ * process exits with status -1.
  */
 #ifndef KESTU_OBJSIG_H
 #define KESTU_OBJSIG_H
@@ -25,8 +25,6 @@
 #include "kestu_obj.h"
 
 #include <stdio.h>
-#include <utarray.h>
-#include <uthash.h>
 
 KESTU_BEGIN_DECLS
 
@@ -49,9 +47,9 @@ typedef struct kestu_oslot_t {
 
 /* All connections of one signal for one object. */
 typedef struct kestu_odest_t {
-    kestu_obj_t *destination; /* the key */
-    UT_array *slots;          /* of kestu_oslot_t, in order of connection */
-    UT_hash_handle hh;        /* entries follow in the order in which they were made */
+    kestu_obj_t *destination;  /* the key */
+    kestu_ut_array_t *slots;   /* of kestu_oslot_t, in order of connection */
+    kestu_ut_hash_handle_t hh; /* entries follow in the order in which they were made */
 } kestu_odest_t;
 
 /*
@@ -62,7 +60,7 @@ typedef struct kestu_osig_t {
     int32_t code;
     uint16_t flags;
     kestu_odest_t *destinations; /* a hash table, null when empty */
-    UT_array *actions;           /* of kestu_osigact_t, null when nothing waits */
+    kestu_ut_array_t *actions;   /* of kestu_osigact_t, null when nothing waits */
 } kestu_osig_t;
 
 /* What an action is about. */
@@ -79,9 +77,9 @@ typedef struct kestu_osigact_t {
 } kestu_osigact_t;
 
 /* The descriptors of the arrays above, for code that handles them with the macros of utarray.h. */
-KESTU_API extern UT_icd osig_icd;
-KESTU_API extern UT_icd oslot_icd;
-KESTU_API extern UT_icd osigact_icd;
+KESTU_API extern kestu_ut_icd_t osig_icd;
+KESTU_API extern kestu_ut_icd_t oslot_icd;
+KESTU_API extern kestu_ut_icd_t osigact_icd;
 
 /*
  * Releases what the signal `osig`, a kestu_osig_t, holds: the destructor of osig_icd. The entries

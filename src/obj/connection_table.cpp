@@ -2,6 +2,7 @@
 #include "obj/connection_table.hpp"
 
 #include "kestu_mem.h"
+#include "obj/links.hpp"
 
 using namespace kestu;
 
@@ -40,6 +41,17 @@ void drop_calls(const kestu_osig_t &signal) {
     }
 }
 
+void erase(const kestu_odest_t &entry, kestu_oslot_t &slot) {
+    let_go(slot.callback, slot.user);
+    const auto index = static_cast<unsigned>(&slot - slots_of(entry).begin());
+    utarray_erase(entry.slots, index, 1);
+}
+
+void silence(kestu_oslot_t &slot) {
+    let_go(slot.callback, slot.user);
+    slot.callback = nullptr;
+}
+
 void release(Entry &entry) {
     detach(entry);
     utarray_done(&entry.slot_array);
@@ -62,7 +74,7 @@ kestu_error_t *set_slot(kestu_osig_t &signal, kestu_obj_t *source, kestu_obj_t *
         if (kestu_error_t *err = add_entry(signal, source, destination, &entry))
             return err;
     for (kestu_oslot_t &existing : slots_of(*entry))
-        if (existing.callback == slot.callback) {
+        if (existing.callback == slot.callback && slot.callback != run_link) {
             existing.user = slot.user;
             return nullptr;
         }
@@ -76,18 +88,34 @@ kestu_error_t *set_slot(kestu_osig_t &signal, kestu_obj_t *source, kestu_obj_t *
 void erase_slot(kestu_osig_t &signal, kestu_odest_t &entry, kestu_slot_func callback) {
     drop_calls(signal);
     for (kestu_oslot_t &slot : slots_of(entry))
-        if (!slot.callback || slot.callback == callback) {
-            const auto index = static_cast<unsigned>(&slot - slots_of(entry).begin());
-            utarray_erase(entry.slots, index, 1);
-            return;
+        if (!slot.callback || slot.callback == callback)
+            return erase(entry, slot);
+}
+
+size_t end_slots(kestu_osig_t &signal, kestu_odest_t &entry, SlotTest *is_meant,
+                 const void *datum) {
+    size_t ended = 0;
+    for (unsigned i = 0; i < slots_of(entry).count;) {
+        kestu_oslot_t &slot = slots_of(entry).first[i];
+        const bool ends = slot.callback && is_meant(slot, datum);
+        ended += ends;
+        if (ends && !(signal.flags & KESTU_OSIG_BUSY)) {
+            drop_calls(signal);
+            erase(entry, slot);
+            continue;
         }
+        if (ends)
+            silence(slot);
+        ++i;
+    }
+    return ended;
 }
 
 void neutralise(const kestu_odest_t &entry, kestu_slot_func callback) {
     for (kestu_oslot_t &slot : slots_of(entry)) {
         if (callback && slot.callback != callback)
             continue;
-        slot.callback = nullptr;
+        silence(slot);
         if (callback)
             return;
     }
@@ -95,6 +123,8 @@ void neutralise(const kestu_odest_t &entry, kestu_slot_func callback) {
 
 void delete_entry(kestu_osig_t &signal, kestu_odest_t *entry) {
     drop_calls(signal);
+    for (const kestu_oslot_t &slot : slots_of(*entry))
+        let_go(slot.callback, slot.user);
     HASH_DEL(signal.destinations, entry);
     if (Entry *own = own_entry(entry))
         release(*own);

@@ -69,6 +69,13 @@ kestu_odest_t *find_entry(const kestu_osig_t &signal, const kestu_obj_t *destina
 // Erases the first slot that has the callback, or none any more.
 void erase_slot(kestu_osig_t &signal, kestu_odest_t &entry, kestu_slot_func callback);
 
+// Whether a slot is meant.
+using SlotTest = bool(const kestu_oslot_t &slot, const void *datum);
+
+// Erases the slots that pass the test, or lets them not be called any more while the signal is
+// busy. Returns how many there were.
+size_t end_slots(kestu_osig_t &signal, kestu_odest_t &entry, SlotTest *is_meant, const void *datum);
+
 // Lets the first slot with the callback, or all slots for a null one, not be called any more.
 void neutralise(const kestu_odest_t &entry, kestu_slot_func callback);
 

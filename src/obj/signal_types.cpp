@@ -1,5 +1,5 @@
 // Signal types.
-#include "kestu_objsig.h"
+#include "kestu_link.h"
 
 #include "base/kept_errno.hpp"
 #include "base/pool_text.hpp"
@@ -68,6 +68,23 @@ kestu_error_t *kestu_objsig_register(uint32_t *code, const char *name) {
         return err;
     };
     return enrol(engine.signal_types, action, refuse, add);
+}
+
+kestu_error_t *kestu_objsig_register_once(uint32_t *code, const char *name) {
+    constexpr const char *action = "Cannot register signal.";
+    Registry &registry = engine.signal_types;
+    if (kestu_error_t *err = lock(registry))
+        return wrap(err, action);
+    uint32_t found = kestu_objsig_query_type(name);
+    if (found == 0) {
+        found = registry.next_code;
+        if (kestu_error_t *err = add_signal_type(found, name))
+            return wrap(unlock_after(registry, err), action);
+        ++registry.next_code;
+    }
+    *code = found;
+    unlock(registry, action);
+    return nullptr;
 }
 
 kestu_error_t *kestu_objsig_deregister(uint32_t code) {

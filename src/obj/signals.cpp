@@ -2,6 +2,7 @@
 #include "obj/signals.hpp"
 
 #include "error/error.hpp"
+#include "obj/links.hpp"
 #include "obj/object.hpp"
 
 using namespace kestu;
@@ -26,6 +27,20 @@ void defer(kestu_osig_t &signal, const kestu_osigact_t &action) {
     utarray_push_back(signal.actions, &action);
 }
 
+void drop_action(const kestu_osig_t &signal, unsigned index) {
+    const kestu_osigact_t &action = Elements<kestu_osigact_t>(signal.actions).first[index];
+    let_go(action.callback, action.user);
+    utarray_erase(signal.actions, index, 1);
+}
+
+void drop_actions(UT_array *&actions) {
+    for (const kestu_osigact_t &action : Elements<kestu_osigact_t>(actions))
+        let_go(action.callback, action.user);
+    if (actions)
+        utarray_free(actions);
+    actions = nullptr;
+}
+
 } // namespace kestu
 
 UT_icd osig_icd = {sizeof(kestu_osig_t), nullptr, nullptr, osig_dtor};
@@ -34,9 +49,7 @@ UT_icd osigact_icd = {sizeof(kestu_osigact_t), nullptr, nullptr, nullptr};
 void osig_dtor(void *osig) {
     auto *signal = static_cast<kestu_osig_t *>(osig);
     delete_all_entries(*signal);
-    if (signal->actions)
-        utarray_free(signal->actions);
-    signal->actions = nullptr;
+    drop_actions(signal->actions);
 }
 
 kestu_error_t *kestu_obj_add_signal(kestu_obj_t *obj, uint32_t code) {

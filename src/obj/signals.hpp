@@ -27,6 +27,12 @@ inline bool is_busy(const kestu_osig_t &signal) {
 // Goes on, on each thread, when no action waits any more.
 extern constinit thread_local uint64_t emission_round;
 
+// Takes an action out of the queue of a signal without carrying it out.
+void drop_action(const kestu_osig_t &signal, unsigned index);
+
+// Takes a queue away with all that it holds.
+void drop_actions(UT_array *&actions);
+
 // Lets an action wait for the end of the signal's emission.
 void defer(kestu_osig_t &signal, const kestu_osigact_t &action);
 

@@ -1,4 +1,7 @@
 // Signals and slots.
+#include <utarray.h>
+#include <uthash.h>
+
 #include "support/test.hpp"
 
 using namespace kestu::test;

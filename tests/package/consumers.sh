@@ -8,6 +8,7 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
 cmake --install "$build" --prefix "$work/usr" >/dev/null
+"$work/usr/bin/kestu" --version | grep -qx 'kestu 1.0.0' # finds the library by itself
 library=$(dirname "$(find "$work/usr" -name libkestu.so)")
 test -f "$library/libkestu.so.1.0.0"
 test "$(readlink "$library/libkestu.so")" = libkestu.so.1
@@ -39,4 +40,7 @@ cmake --build "$work/build" >/dev/null
 "$work/build/consumer_c"
 "$work/build/consumer_cpp"
 
-"$work/usr/bin/kestu" --version | grep -qx 'kestu 1.0.0'
+# Nothing is left when all that was installed is removed.
+cp "$build/install_manifest.txt" "$work"
+(cd "$work" && cmake -P "$here/../../cmake/Uninstall.cmake")
+test -z "$(find "$work/usr" -path '*kestu*' -o ! -type d)"

@@ -1,5 +1,8 @@
 #include <kestu.h>
 
+#include <utarray.h> // whose types and macros stay those of the program
+#include <uthash.h>
+
 #include <cstdio>
 #include <cstring>
 

@@ -1,0 +1,59 @@
+/*
+ * The records of uthash that public records hold: its dynamic array and its hash handle.
+ *
+ *     #include <utarray.h>                          // before any header of kestu
+ *     #include <kestu.h>
+ *     kestu_osig_t *first = utarray_front(obj->signals);
+ *
+ * These headers define no macro or type of uthash. A program that uses its macros on the records
+ * includes <utarray.h> or <uthash.h> before them, or defines KESTU_USE_UTHASH; the names below are
+ * then those of uthash. Without either they are records of the same layout, to be read.
+ */
+#ifndef KESTU_UTHASH_H
+#define KESTU_UTHASH_H
+
+#include <stddef.h>
+
+#ifdef KESTU_USE_UTHASH
+#include <utarray.h>
+#include <uthash.h>
+#endif
+
+#ifdef UTARRAY_H
+typedef UT_icd kestu_ut_icd_t;
+typedef UT_array kestu_ut_array_t;
+#else
+/* How the elements of an array are treated: UT_icd. Any of the functions may be null. */
+typedef struct kestu_ut_icd_t {
+    size_t sz;
+    void (*init)(void *element);
+    void (*copy)(void *to, const void *from);
+    void (*dtor)(void *element);
+} kestu_ut_icd_t;
+
+/* A dynamic array: UT_array. */
+typedef struct kestu_ut_array_t {
+    unsigned i; /* how many elements there are */
+    unsigned n; /* and for how many there is room */
+    kestu_ut_icd_t icd;
+    char *d; /* the elements */
+} kestu_ut_array_t;
+#endif
+
+#ifdef UTHASH_H
+typedef UT_hash_handle kestu_ut_hash_handle_t;
+#else
+/* What makes a record an entry of a hash table: UT_hash_handle. */
+typedef struct kestu_ut_hash_handle_t {
+    struct UT_hash_table *tbl;
+    void *prev; /* the entries in their order */
+    void *next;
+    struct UT_hash_handle *hh_prev;
+    struct UT_hash_handle *hh_next;
+    const void *key;
+    unsigned keylen;
+    unsigned hashv;
+} kestu_ut_hash_handle_t;
+#endif
+
+#endif
