@@ -16,7 +16,7 @@ endif()
 
 if(KESTU_BUILD_TESTS)
   find_package(GTest QUIET)
-  pkg_check_modules(TEST_PEERS QUIET libtiff-4 libavcodec libavutil)
+  pkg_check_modules(TEST_PEERS QUIET libtiff-4)
   if(NOT GTest_FOUND OR NOT TEST_PEERS_FOUND)
     message(NOTICE "kestu: without the tests: they need more packages (scripts/setup test)")
     set(KESTU_BUILD_TESTS OFF)

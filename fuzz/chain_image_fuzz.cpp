@@ -1,22 +1,14 @@
 // Images of chains from strangers: as they come, and with a header that fits them.
+#include "fuzz/check.hpp"
 #include "kestu_error_image.h"
-#include "kestu_lib.h"
-
-#include <cstdint>
-#include <cstdlib>
-#include <cstring>
-#include <string>
 
 #include <tpl.h>
 
 extern "C" tpl_hook_t tpl_hook;
 
-namespace {
+using namespace kestu::fuzz;
 
-void require(bool condition) {
-    if (!condition)
-        std::abort();
-}
+namespace {
 
 int refuse_to_print(const char *, ...) {
     std::abort();
@@ -24,12 +16,6 @@ int refuse_to_print(const char *, ...) {
 
 void refuse_to_exit(const char *, ...) {
     std::abort();
-}
-
-bool start() {
-    tpl_hook.oops = refuse_to_print;
-    tpl_hook.fatal = refuse_to_exit;
-    return kestu_initialize() == KESTU_INIT_OK;
 }
 
 // What comes out of bytes goes through an image once more unchanged.
@@ -52,8 +38,9 @@ void check(const void *bytes, size_t size) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
-    static const bool started = start();
-    require(started);
+    tpl_hook.oops = refuse_to_print;
+    tpl_hook.fatal = refuse_to_exit;
+    start_library();
     check(data, size);
     std::string framed("tpl\2----A(iissis)\0", 18);
     framed.append(reinterpret_cast<const char *>(data), size);

@@ -1,23 +1,17 @@
 // Processors that answer anything: as recorded tables, and as a stream of registers in the order in
 // which they are asked for.
+#include "fuzz/check.hpp"
 #include "kestu_cpu.h"
-#include "kestu_lib.h"
 #include "kestu_mach.h"
 
 #include "machines/leaf_table.hpp"
 
-#include <cstdint>
-#include <cstdlib>
-#include <cstring>
 #include <sstream>
 #include <stdexcept>
 
-namespace {
+using namespace kestu::fuzz;
 
-void require(bool condition) {
-    if (!condition)
-        std::abort();
-}
+namespace {
 
 // The machine that the library sees.
 struct Machine {
@@ -137,8 +131,7 @@ double kestu_cpu_freq(void) {
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
-    static const int started = kestu_initialize();
-    require(started == KESTU_INIT_OK);
+    start_library();
     if (size == 0)
         return 0;
     if (*data == 'p' || *data == '#') {

@@ -1,25 +1,14 @@
 // Any bytes are taken for escape text: what they parse to must be measured rightly, stay within any
 // buffer, and come back unchanged from unparsing and parsing again.
+#include "fuzz/check.hpp"
 #include "kestu_escape.h"
-#include "kestu_lib.h"
 
-#include <algorithm>
-#include <cstdlib>
 #include <memory>
-#include <string>
 #include <string_view>
 
+using namespace kestu::fuzz;
+
 namespace {
-
-void require(bool holds) {
-    if (!holds)
-        std::abort();
-}
-
-bool succeeded(kestu_error_t *err) {
-    kestu_error_clear(err);
-    return !err;
-}
 
 // Runs `convert` for its size, then into just as many bytes, then into too few. Returns the text.
 template <typename Convert>
@@ -55,8 +44,7 @@ std::string unparse(std::string_view in) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
-    static const int started = kestu_initialize();
-    require(started == KESTU_INIT_OK);
+    start_library();
     const std::string_view in(reinterpret_cast<const char *>(data), size);
     require(parse(unparse(in), 0) == in);
     size_t needed = 0;

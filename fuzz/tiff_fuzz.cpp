@@ -1,23 +1,17 @@
 // TIFF files of strangers: read in full and without pixels; what is grayscale is measured, written,
 // and read again.
+#include "fuzz/check.hpp"
 #include "img/tiff_read.hpp"
 #include "kestu_img_measure.h"
-#include "kestu_lib.h"
 #include "kestu_mem.h"
 
-#include <cstdint>
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
 
 #include <sys/mman.h>
 
-namespace {
+using namespace kestu::fuzz;
 
-void require(bool condition) {
-    if (!condition)
-        abort();
-}
+namespace {
 
 // A file in memory.
 struct Device {
@@ -25,11 +19,6 @@ struct Device {
 
     char path[40];
 };
-
-bool succeeded(kestu_error_t *err) {
-    kestu_error_clear(err);
-    return err == nullptr;
-}
 
 void count(const kestu_img_t &img) {
     int nbins = 0;
@@ -73,8 +62,7 @@ void write_and_read_again(const kestu_img_t &img) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
-    static const int started = kestu_initialize();
-    require(started == KESTU_INIT_OK);
+    start_library();
     kestu::ByteSource source({data, size});
     kestu_img_t img;
     const bool has_info = succeeded(kestu::read_tiff_info(source, img));

@@ -1,13 +1,12 @@
 // The tokenizer: the first byte of the input tells how many separators follow, then comes the text,
 // whose line ends divide it into the strings of a list. The tokens must be those that a plain
 // reader of one character after another finds in all of it.
-#include "kestu_lib.h"
+#include "fuzz/check.hpp"
 #include "kestu_strlist.h"
 
-#include <algorithm>
-#include <cstdlib>
-#include <string>
 #include <vector>
+
+using namespace kestu::fuzz;
 
 namespace {
 
@@ -55,8 +54,7 @@ std::vector<std::string> read_plainly(const std::string &text, const std::string
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     if (size < 2)
         return 0;
-    if (KestuInitialized == 0)
-        kestu_initialize();
+    start_library();
     const size_t count = std::min<size_t>(1 + data[0] % 8, size - 1);
     std::string separators(reinterpret_cast<const char *>(data) + 1, count);
     std::string whole(reinterpret_cast<const char *>(data) + 1 + count, size - 1 - count);
@@ -76,8 +74,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
 
     apr_pool_t *pool = nullptr;
     apr_pool_create_ex(&pool, kestu_pool, nullptr, nullptr);
-    if (tokens_of(strings, separators, pool) != read_plainly(joined, separators))
-        std::abort();
+    require(tokens_of(strings, separators, pool) == read_plainly(joined, separators));
     apr_pool_destroy(pool);
     return 0;
 }

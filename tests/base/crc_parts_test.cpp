@@ -1,18 +1,13 @@
 // CRCs put together from parts, CRC-32C on every kernel, and messages beyond 4 GiB.
 #include "base/crc_kernel.hpp"
 #include "base/sha1_kernel.hpp"
-#include "kestu_sum.h"
-
 #include "support/on_kernel.hpp"
-
-#include <gtest/gtest.h>
-
-#include <random>
-#include <vector>
+#include "support/test.hpp"
 
 #include <sys/mman.h>
 
 using namespace kestu;
+using namespace kestu::test;
 
 namespace {
 

@@ -1,13 +1,5 @@
 // Bits, ranges, scans and comparisons of bit arrays beside arrays of bool.
-#include "kestu_bitarr.h"
-
-#include "support/chain.hpp"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <random>
-#include <vector>
+#include "support/test.hpp"
 
 namespace {
 

@@ -1,17 +1,9 @@
 // Doubly linked lists and lists of strings put into another order, and taken as a whole.
-#include "kestu_dl.h"
-#include "kestu_strlist.h"
+#include "fuzz/list_model.hpp"
+#include "support/test.hpp"
 
-#include "list_checks.hpp"
-#include "support/chain.hpp"
-#include "support/pool.hpp"
-
-#include <algorithm>
-#include <random>
-#include <string>
-
+using namespace kestu::fuzz;
 using namespace kestu::test;
-using testing::ElementsAre;
 
 namespace {
 

@@ -1,17 +1,8 @@
 // Ordered maps: every function against a map of the standard library, and what memory has to do
 // with it.
-#include "kestu_map.h"
-
-#include "support/alloc_failure.hpp"
-#include "support/chain.hpp"
-#include "support/pool.hpp"
-
-#include <gtest/gtest.h>
+#include "support/test.hpp"
 
 #include <map>
-#include <random>
-#include <string>
-#include <vector>
 
 namespace {
 

@@ -1,13 +1,8 @@
 // The singly linked list.
-#include "kestu_sl.h"
-
-#include "support/chain.hpp"
-#include "support/pool.hpp"
+#include "support/test.hpp"
 #include "trace.hpp"
 
 using namespace kestu::test;
-using testing::ElementsAre;
-using testing::Pair;
 
 namespace {
 
@@ -26,18 +21,6 @@ class SlList : public testing::Test {
 };
 
 } // namespace
-
-TEST_F(SlList, HeaderExample) {
-    char first[] = "first", second[] = "second";
-    const auto print = [](uint32_t tag, void *data, void *stream) {
-        fprintf(static_cast<FILE *>(stream), "%u=%s ", tag, static_cast<char *>(data));
-    };
-    testing::internal::CaptureStdout();
-    kestu_sl_front(&list, 2, &second, pool);
-    kestu_sl_front(&list, 1, &first, pool);
-    kestu_sl_walk(list, print, stdout);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "1=first 2=second ");
-}
 
 TEST_F(SlList, NodesGoBehindTheGivenOneToTheFrontOrToTheEnd) {
     for (uint32_t tag : {1, 2, 3})

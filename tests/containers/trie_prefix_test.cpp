@@ -1,14 +1,5 @@
 // What a trie tells of a null value, of its size, and of the keys behind a prefix.
-#include "kestu_trie.h"
-
-#include "support/chain.hpp"
-#include "support/pool.hpp"
-
-#include <gtest/gtest.h>
-
-#include <random>
-#include <set>
-#include <string>
+#include "support/test.hpp"
 
 using namespace kestu::test;
 

@@ -1,18 +1,12 @@
 // Chains as bytes, beside tpl itself.
-#include "kestu_error_image.h"
+#include "support/test.hpp"
 
-#include "support/alloc_failure.hpp"
-#include "support/chain.hpp"
-
-#include <cstring>
 #include <memory>
 #include <sstream>
-#include <string>
 
 #include <tpl.h>
 
 using namespace kestu::test;
-using testing::IsEmpty;
 
 namespace {
 
@@ -100,21 +94,6 @@ TEST(ErrorImages, OthersReadThemWithTheMap) {
     for (char *text : {fields.message, fields.file, fields.function})
         free(text);
     tpl_free(node);
-}
-
-TEST(ErrorImages, ImagesMadeByOthersAreRead) {
-    char message[] = "theirs", file[] = "dir/x.c";
-    Fields fields = {.type = 1, .code = 5, .line = 9, .message = message, .file = file};
-    tpl_node *node = fields.map();
-    tpl_pack(node, 1);
-    void *image = nullptr;
-    size_t size = 0;
-    tpl_dump(node, TPL_MEM, &image, &size);
-    tpl_free(node);
-    kestu_error_t *err = deserialized({static_cast<char *>(image), size});
-    free(image);
-    EXPECT_EQ(described(err), "1 5 'theirs' 'x.c' 9 null\n");
-    kestu_error_clear(err);
 }
 
 TEST(ErrorImages, BytesThatAreNoImageYieldNullAndPrintNothing) {

@@ -1,15 +1,7 @@
 // Chains as JSON, and finding codes in them.
-#include "kestu_error.h"
-#include "kestu_log.h"
-#include "kestu_str.h"
-
-#include "support/alloc_failure.hpp"
-#include "support/pool.hpp"
-
-#include <gtest/gtest.h>
+#include "support/test.hpp"
 
 #include <fstream>
-#include <string>
 
 using namespace kestu::test;
 

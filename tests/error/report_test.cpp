@@ -1,15 +1,7 @@
 // Chains as lines, and the texts of codes.
-#include "kestu_error.h"
-
-#include "support/alloc_failure.hpp"
-#include "support/chain.hpp"
-
-#include <set>
-#include <string>
+#include "support/test.hpp"
 
 using namespace kestu::test;
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 namespace {
 

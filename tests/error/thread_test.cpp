@@ -1,16 +1,8 @@
 // What may be done from many threads at once: making errors, and registering texts, types of
 // objects and signal types. Worth most under the thread sanitizer.
-#include "kestu_error.h"
-#include "kestu_lib.h"
-#include "kestu_objsig.h"
-#include "kestu_strlist.h"
+#include "support/test.hpp"
 
-#include <gtest/gtest.h>
-
-#include <set>
-#include <string>
 #include <thread>
-#include <vector>
 
 namespace {
 

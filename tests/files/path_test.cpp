@@ -1,12 +1,5 @@
 // The directory and the last component of a path.
-#include "kestu_util.h"
-
-#include "support/alloc_failure.hpp"
-
-#include <gtest/gtest.h>
-
-#include <cstring>
-#include <string>
+#include "support/test.hpp"
 
 using namespace kestu::test;
 

@@ -1,8 +1,6 @@
 // Files exchanged with libtiff, in both directions.
-#include "kestu_img.h"
-
 #include "picture.hpp"
-#include "support/chain.hpp"
+#include "support/test.hpp"
 #include "tiff_bytes.hpp"
 
 #include <tiffio.h>
@@ -66,22 +64,6 @@ TYPED_TEST(LibtiffExchange, ItsFilesAreRead) {
             EXPECT_EQ(img.xres, 300.0 * scale);
             EXPECT_EQ(img.yres, 150.5 * scale);
         }
-}
-
-TYPED_TEST(LibtiffExchange, TheLastOfSeveralDirectoriesHolds) {
-    const MemoryFile file;
-    TIFF *tiff = TIFFOpen(file.path(), "wl");
-    ASSERT_NE(tiff, nullptr);
-    const Picture<TypeParam> last(6, 5);
-    write_directory(tiff, Picture<uint8_t>(20, 3), {3, 0, 2});
-    write_directory(tiff, Picture<uint16_t>(9, 8), {1, 0, 2});
-    write_directory(tiff, last, {2, 1, 2});
-    TIFFClose(tiff);
-    Image img;
-    ASSERT_OK(kestu_img_read(file.path(), &img));
-    EXPECT_EQ(img.pixels(), last.pixels());
-    EXPECT_EQ(img.photometric, 1);
-    EXPECT_EQ(img.n_strip_bytes, 3);
 }
 
 // Some images have more rows than one system call takes.

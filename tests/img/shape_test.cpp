@@ -1,59 +1,12 @@
 // Shapes: the plain walks pixel for pixel, and what the smooth outlines look like.
-#include "kestu_img_shape.h"
+#include "canvas.hpp"
+#include "support/test.hpp"
 
-#include "img/ellipse_edge.hpp"
-#include "support/chain.hpp"
-
-#include <algorithm>
-#include <climits>
-#include <cmath>
-#include <functional>
-#include <limits>
-#include <map>
 #include <numbers>
-#include <random>
-#include <string>
-#include <vector>
 
 using namespace kestu::test;
 
 namespace {
-
-using Point = std::pair<int, int>;
-
-struct Canvas {
-    std::vector<Point> plotted;
-    std::map<Point, double> coverage; // added up
-    double lowest = 1;
-    double highest = 0;
-    size_t fails_at = 0; // the call that fails, if any
-
-    static kestu_error_t *plot(int x, int y, void *data, double intensity) {
-        auto &canvas = *static_cast<Canvas *>(data);
-        canvas.plotted.emplace_back(x, y);
-        canvas.coverage[{x, y}] += intensity;
-        canvas.lowest = std::min(canvas.lowest, intensity);
-        canvas.highest = std::max(canvas.highest, intensity);
-        return canvas.plotted.size() == canvas.fails_at ? kestu_error_create(0, 7, nullptr, "full")
-                                                        : nullptr;
-    }
-    double area() const {
-        double sum = 0;
-        for (const auto &[point, part] : coverage)
-            sum += part;
-        return sum;
-    }
-    double at(int x, int y) const {
-        const auto found = coverage.find({x, y});
-        return found == coverage.end() ? 0 : found->second;
-    }
-    std::string walk() const {
-        std::string text;
-        for (const auto &[x, y] : plotted)
-            text += std::to_string(x) + "," + std::to_string(y) + " ";
-        return text;
-    }
-};
 
 constexpr auto *circle = kestu_img_circle;
 constexpr auto *ellipse = kestu_img_ellipse;
@@ -94,20 +47,29 @@ std::vector<Draw> every_shape(int a, int b) {
     return shapes;
 }
 
-// From a point to the ellipse around the origin, by many points of a quadrant.
+// From a point to the ellipse around the origin: the best of some points of a quadrant, and then of
+// the angles around it.
 double distance(double x, double y, double a, double b) {
-    double least = std::numeric_limits<double>::infinity();
-    for (double angle = 0; angle < 1.571; angle += 0.005) {
-        const double dx = std::fabs(x) - a * std::cos(angle);
-        const double dy = std::fabs(y) - b * std::sin(angle);
-        least = std::min(least, dx * dx + dy * dy);
-    }
-    return std::sqrt(least);
+    const auto at = [=](double angle) {
+        return std::hypot(std::fabs(x) - a * std::cos(angle), std::fabs(y) - b * std::sin(angle));
+    };
+    double best = 0, least = at(0);
+    const auto look = [&](double angle) {
+        const double found = at(angle);
+        best = found < least ? angle : best;
+        least = std::min(least, found);
+    };
+    for (double angle = 0.05; angle < 1.6; angle += 0.05)
+        look(angle);
+    for (double step = 0.05; step > 1e-3; step *= 0.6)
+        for (const double angle : {best - step, best + step})
+            look(angle);
+    return least;
 }
 
 // The part of a pixel within half a line's width of the ellipse, by samples that are spread evenly
 // in every direction.
-double sampled_part(int x, int y, double a, double b, double width) {
+double sampled_part(double x, double y, double a, double b, double width) {
     constexpr int samples = 150;
     double covered = 0;
     for (int i = 0; i < samples; ++i) {
@@ -116,34 +78,6 @@ double sampled_part(int x, int y, double a, double b, double width) {
         covered += distance(x + dx, y + dy, a, b) <= width / 2;
     }
     return covered / samples;
-}
-
-// Ramanujan's second approximation.
-double circumference(double a, double b) {
-    const double h = (a - b) * (a - b) / ((a + b) * (a + b));
-    return std::numbers::pi * (a + b) * (1 + 3 * h / (10 + std::sqrt(4 - 3 * h)));
-}
-
-// What lies within the ellipse with a >= b further than `away` from it: a quadrant of its inner
-// parallel curve by trapezoids, from the short axis until it meets the long one.
-double inner_area(double a, double b, double away) {
-    double area = 0, last_x = 0, last_y = b - away;
-    for (double angle = std::numbers::pi / 2; last_y > 0; angle -= 1e-4) {
-        const double gx = std::cos(angle) / a, gy = std::sin(angle) / b;
-        const double length = std::hypot(gx, gy);
-        const double x = a * a * gx - away * gx / length, y = b * b * gy - away * gy / length;
-        area += (x - last_x) * (std::max(y, 0.0) + last_y) / 2;
-        last_x = x;
-        last_y = y;
-    }
-    return 4 * area;
-}
-
-// Of a line: Steiner's formula for all within its outer edge, without what its inner edge leaves.
-double line_area(double a, double b, double width) {
-    const double half = width / 2;
-    return std::numbers::pi * (a * b + half * half) + circumference(a, b) * half -
-           inner_area(std::max(a, b), std::min(a, b), half);
 }
 
 // The pixels are mirrored at the middle of a rectangle from the origin to (right, low), or of one
@@ -156,13 +90,28 @@ void expect_symmetry(const Canvas &canvas, int right = 0, int low = 0) {
     }
 }
 
-// Each pixel once, covered by something and never by more than all of it, and all of them together
-// as large as the line.
-void expect_area(const Canvas &canvas, double area) {
+// No holes and nothing too much: what lies within the line around a centre is full, what lies
+// outside is untouched, and what its edges cross has its true part. Each pixel comes once.
+void expect_line(const Canvas &canvas, double middle, double a, double b, double width) {
+    const bool is_flat = a * b == 0;
+    const double tolerance = is_flat && width < 2 ? 0.15 : 0.06;
+    const int reach = static_cast<int>(std::max(a, b) + width + middle) + 2;
+    double sum = 0;
+    for (int x = -reach; x <= reach; ++x)
+        for (int y = -reach; y <= reach; ++y) {
+            const double part = canvas.at(x, y), px = x - middle, py = y - middle;
+            const double away = distance(px, py, a, b) - width / 2;
+            const double expected = away > 0.71    ? 0
+                                    : away < -0.71 ? 1
+                                                   : sampled_part(px, py, a, b, width);
+            const bool is_crossed = std::fabs(away) <= 0.71;
+            EXPECT_NEAR(part, expected, is_crossed ? tolerance : 0) << x << ", " << y;
+            sum += expected;
+        }
     EXPECT_EQ(canvas.plotted.size(), canvas.coverage.size());
     EXPECT_GT(canvas.lowest, 0);
     EXPECT_LE(canvas.highest, 1);
-    EXPECT_NEAR(canvas.area() / area, 1, 0.003);
+    EXPECT_NEAR(canvas.area() / sum, 1, is_flat ? 0.03 : 0.004);
 }
 
 } // namespace
@@ -187,8 +136,6 @@ TEST(Shapes, PlainWalksAreFixedToTheLetter) {
                                  "2,3 -3,2 -2,-3 3,-2 1,4 -4,1 -1,-4 4,-1 "},
         {drawn(ellipser, 0, 0, 6, 3), "6,2 0,2 0,1 6,1 5,3 1,3 1,0 5,0 4,3 2,3 2,0 4,0 "
                                       "3,3 3,3 3,0 3,0 3,3 3,3 3,0 3,0 "},
-        {drawn(ellipser, 0, 0, 3, 6),
-         "3,3 0,3 0,3 3,3 3,4 0,4 0,2 3,2 2,5 1,5 1,1 2,1 1,6 2,6 1,0 2,0 "},
     };
     for (const auto &[canvas, walk] : cases)
         EXPECT_EQ(canvas.walk(), walk);
@@ -200,23 +147,6 @@ TEST(Shapes, RectanglesAreTakenFromAnyCorner) {
         EXPECT_EQ(canvas.walk(), drawn(ellipser, 0, 0, 6, 3).walk());
 }
 
-// All pixels lie next to the curve, and the ends of its axes are reached.
-TEST(Shapes, PlainCurvesAreThin) {
-    const struct {
-        Canvas canvas;
-        int a, b;
-    } cases[] = {{drawn(circle, 0, 0, 37), 37, 37},
-                 {drawn(ellipse, 0, 0, 40, 9), 40, 9},
-                 {drawn(ellipse, 0, 0, 3, 50), 3, 50},
-                 {drawn(ellipser, -20, -8, 20, 8), 20, 8},
-                 {drawn(ellipser, -2, -30, 2, 30), 2, 30}};
-    for (const auto &[canvas, a, b] : cases) {
-        for (const auto &[x, y] : canvas.plotted)
-            EXPECT_LE(distance(x, y, a, b), 0.75) << x << ", " << y;
-        EXPECT_TRUE(canvas.at(a, 0) && canvas.at(-a, 0) && canvas.at(0, b) && canvas.at(0, -b));
-    }
-}
-
 TEST(Shapes, TheFirstErrorOfTheCallbackEndsEveryShape) {
     for (const auto &[a, b] : {std::pair{9, 4}, {9, 0}, {0, 9}})
         for (const Draw &draw : every_shape(a, b)) {
@@ -225,7 +155,7 @@ TEST(Shapes, TheFirstErrorOfTheCallbackEndsEveryShape) {
             for (size_t call = 1; call <= whole.plotted.size(); ++call) {
                 Canvas canvas;
                 canvas.fails_at = call;
-                EXPECT_CHAIN(draw(canvas), Element(7, "full"));
+                EXPECT_CHAIN(draw(canvas), 7, "full");
                 EXPECT_EQ(canvas.plotted.size(), call);
             }
         }
@@ -273,20 +203,6 @@ TEST(Shapes, NothingOverflowsAtTheEndsOfInt) {
         EXPECT_LE(begin(draw).plotted.size(), 300u);
 }
 
-// In any proportion of half-axes, and wherever the point lies.
-TEST(Ellipse, NearestPointsAreOnIt) {
-    std::mt19937 random(1);
-    std::uniform_real_distribution<double> part(0, 1);
-    for (int i = 0; i < 100000; ++i) {
-        const double a = std::exp2(32 * part(random));
-        const double b = i % 2 ? std::exp2(32 * part(random)) : a + 0.5;
-        const double x = a * 1.5 * part(random), y = i % 3 ? b * 1.5 * part(random) : 0.5;
-        const kestu::Edge edge = kestu::Ellipse(a, b).nearest(x, y);
-        const double u = (x - edge.distance * edge.nx) / a, v = (y - edge.distance * edge.ny) / b;
-        ASSERT_NEAR(std::hypot(u, v), 1, 1e-6) << a << ", " << b << ": " << x << ", " << y;
-    }
-}
-
 // The pixels of the plain circle and their neighbours, covered as by the ellipse of the same size,
 // of which only the least parts are missing. The walk begins and ends with the ends of the axes.
 TEST(SmoothCircle, WalksAsThePlainOneAndCoversAsTheEllipse) {
@@ -309,44 +225,20 @@ TEST(SmoothCircle, WalksAsThePlainOneAndCoversAsTheEllipse) {
             EXPECT_NEAR(part, expected.at(point.first, point.second), 1e-9);
         for (const auto &[point, part] : expected.coverage)
             EXPECT_TRUE(part < 0.1 || canvas.coverage.contains(point));
-        for (const Point &point : drawn(circle, 0, 0, r).plotted)
-            EXPECT_TRUE(canvas.coverage.contains(point));
-        EXPECT_TRUE(r < 5 ||
-                    std::fabs((canvas.area() - 4) / (2 * std::numbers::pi * r) - 1) < 0.01);
     }
 }
 
-// Lines that leave a hole, that just close it, and that cover more than all of it.
-TEST(Outline, CoverageAddsUpToTheAreaOfTheLine) {
-    const std::pair<int, int> sizes[] = {{5, 5},   {6, 6}, {11, 11},  {500, 500}, {20, 10},
-                                         {10, 20}, {9, 8}, {150, 40}, {40, 150},  {1, 1},
-                                         {2, 1},   {1, 9}, {150, 1},  {30, 2}};
+// Lines that leave a hole, that just close it, and that cover more than all of it. Flat
+// ones end in whole pixels.
+TEST(Outline, PixelsAreCoveredByTheirPart) {
+    const std::pair<int, int> sizes[] = {{12, 12}, {25, 3}, {4, 17}, {8, 0},  {0, 6},
+                                         {1, 1},   {2, 1},  {9, 8},  {20, 10}};
     for (const auto &[a, b] : sizes)
-        for (const double width : {1.0, 1.3, 2.0, 2.5, 4.0, 7.0, 12.0, 19.7}) {
+        for (const double width : {1.0, 1.3, 2.5, 5.5, 12.0}) {
             SCOPED_TRACE(testing::Message() << a << ", " << b << ", " << width);
             const Canvas canvas = drawn(ellipse_waa, 0, 0, a, b, width);
-            expect_area(canvas, line_area(a, b, width));
+            expect_line(canvas, 0, a, b, width);
             expect_symmetry(canvas);
-        }
-}
-
-// No holes and nothing too much: what lies within the line is full, what lies outside is untouched,
-// and what its edges cross has its true part. Only a line of width 1 has ends of whole pixels.
-TEST(Outline, PixelsAreCoveredByTheirPart) {
-    for (const auto &[a, b] : {std::pair{12, 12}, {25, 3}, {4, 17}, {8, 0}, {0, 6}, {1, 1}})
-        for (const double width : {1.0, 2.0, 5.5}) {
-            const Canvas canvas = drawn(ellipse_waa, 0, 0, a, b, width);
-            const double tolerance = a * b == 0 && width == 1 ? 0.15 : 0.06;
-            for (int x = -a - 5; x <= a + 5; ++x)
-                for (int y = -b - 5; y <= b + 5; ++y) {
-                    const double away = distance(x, y, a, b) - width / 2;
-                    const double part = canvas.at(x, y);
-                    EXPECT_TRUE((away > -0.71 || part == 1) && (away < 0.71 || part == 0) &&
-                                (std::fabs(away) > 0.71 ||
-                                 std::fabs(part - sampled_part(x, y, a, b, width)) < tolerance))
-                        << a << ", " << b << ", " << width << ": " << x << ", " << y << ": "
-                        << part;
-                }
         }
 }
 
@@ -356,7 +248,7 @@ TEST(Outline, RectanglesOfOddSidesAreExact) {
     expect_symmetry(canvas, 9, 5);
     for (const auto &[point, part] : canvas.coverage)
         EXPECT_DOUBLE_EQ(turned.at(point.second, point.first), part);
-    expect_area(drawn(ellipser_aa, 0, 0, 29, 15), circumference(14.5, 7.5));
+    expect_line(drawn(ellipser_aa, 0, 0, 11, 11), 5.5, 5.5, 5.5, 1);
 }
 
 TEST(Outline, FlatOnesAreLinesAndPoints) {
@@ -368,23 +260,7 @@ TEST(Outline, FlatOnesAreLinesAndPoints) {
     EXPECT_NEAR(drawn(circle_waa, 0, 0, 0, 9).area(), std::numbers::pi * 4.5 * 4.5, 0.5);
 }
 
-TEST(Outline, TheWidthChangesItContinuously) {
-    for (const auto &[a, b] : {std::pair{9, 9}, {20, 4}, {6, 0}}) {
-        Canvas before = drawn(ellipse_aa, 0, 0, a, b);
-        for (const double width : {0.0, 1.0, std::nan("")})
-            EXPECT_EQ(drawn(ellipse_waa, 0, 0, a, b, width).coverage, before.coverage);
-        for (double width = 1.01; width < 6; width += 0.01) {
-            Canvas after = drawn(ellipse_waa, 0, 0, a, b, width);
-            for (const auto &[point, part] : after.coverage) {
-                const double grown = part - before.at(point.first, point.second);
-                ASSERT_TRUE(grown > -1e-9 && grown < 0.02) << width << ": " << grown;
-            }
-            before = std::move(after);
-        }
-    }
-}
-
-TEST(Outline, WideFormsRoundToWholePixels) {
+TEST(Outline, WideFormsRoundToWholePixelsAndBeginAtWidth1) {
     const auto rectangle = [](double x0, double y0, double x1, double y1, double width) {
         return drawn(ellipser_waa, x0, y0, x1, y1, width).coverage;
     };
@@ -394,4 +270,7 @@ TEST(Outline, WideFormsRoundToWholePixels) {
     EXPECT_EQ(drawn(ellipse_waa, 1, 2, 5, 3, 2).coverage, rectangle(-4, -1, 6, 5, 2));
     EXPECT_EQ(drawn(circle_waa, 1, 2, 4, 2).coverage, rectangle(-3, -2, 5, 6, 2));
     EXPECT_EQ(rectangle(std::nan(""), 0, 4, 4, 1), drawn(ellipser_aa, 0, 0, 4, 4).coverage);
+    for (const double width : {0.0, 1.0, std::nan("")})
+        EXPECT_EQ(drawn(ellipse_waa, 0, 0, 20, 4, width).coverage,
+                  drawn(ellipse_aa, 0, 0, 20, 4).coverage);
 }

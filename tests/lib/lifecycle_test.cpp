@@ -1,12 +1,5 @@
 // Start and stop of the library, which these tests do themselves.
-#include "kestu_error.h"
-#include "kestu_lib.h"
-
-#include "support/alloc_failure.hpp"
-
-#include <gmock/gmock.h>
-
-#include <set>
+#include "support/test.hpp"
 
 TEST(Lifecycle, CallsAreCountedAndTheLastOneStops) {
     EXPECT_EQ(KestuInitialized, 0);

@@ -1,94 +1,17 @@
 // Whole machines, replayed: what detection makes of the leaves of all their processors.
-#include "kestu_cpu.h"
-#include "kestu_lib.h"
-
 #include "machine/replayed.hpp"
 #include "machines/replay.hpp"
-#include "support/alloc_failure.hpp"
-#include "support/chain.hpp"
-
-#include <gmock/gmock.h>
-
-#include <algorithm>
-#include <cerrno>
-#include <cstring>
+#include "support/test.hpp"
 
 using namespace kestu::test;
 using machines::Replay;
-using testing::ElementsAre;
 
 namespace {
 
-std::string summary(const kestu_cpu_t &cpu) {
-    std::string text = std::to_string(cpu.package_count) + "/" + std::to_string(cpu.core_count) +
-                       "/" + std::to_string(cpu.thread_count);
-    for (uint32_t i = 0; i < cpu.cache_count; ++i) {
-        const kestu_cpu_cache_t &cache = cpu.caches[i];
-        text += std::string(" ") + std::to_string(cache.count) + "x" + cache.label + ":" +
-                std::to_string(cache.size_kb) + "/" + std::to_string(cache.line) + "/" +
-                std::to_string(cache.ways) + "/" + std::to_string(cache.sets) + "@" +
-                std::to_string(cache.shared_by);
-    }
-    return text;
-}
-
-// The places of a machine: "package.core.thread" of each processor.
-std::vector<std::string> places(const kestu_cpu_t &cpu) {
-    std::vector<std::string> all;
-    for (uint32_t i = 0; i < cpu.thread_count; ++i)
-        all.push_back(std::to_string(cpu.processors[i].package) + "." +
-                      std::to_string(cpu.processors[i].core) + "." +
-                      std::to_string(cpu.processors[i].thread));
-    return all;
-}
-
 kestu_error_t *detect(const RecordedMachine &machine, kestu_cpu_t &cpu) {
     const Replay replay(machine);
-    errno = EXDEV;
-    kestu_error_t *err = kestu_cpu_detect(&cpu, kestu_pool);
-    EXPECT_TRUE(errno == EXDEV || err);
-    return err;
+    return kestu_cpu_detect(&cpu, kestu_pool);
 }
-
-// Machines whose processors tell no brand of their own are named in the tests of names.
-struct Case {
-    const char *machine;
-    uint32_t vendor;
-    const char *name;
-    const char *summary; // packages/cores/threads, and count x label:KB/line/ways/sets@sharing
-};
-
-constexpr Case cases[] = {
-    {"intel-486-dx4", 1, "IntelDX4(TM) processor", "1/1/1"},
-    {"intel-pentium3-pair", 1, "Intel(R) Pentium(R) III processor", "2/2/2"},
-    {"intel-pentium4-hyperthreading", 1, "              Intel(R) Pentium(R) 4 CPU 3.00GHz",
-     "1/1/2"},
-    {"intel-core2-quad", 1, "Intel(R) Core(TM)2 Quad CPU    Q6600  @ 2.40GHz",
-     "1/4/4 4xL1d:32/64/8/64@1 4xL1i:32/64/8/64@1 2xL2:4096/64/16/4096@2"},
-    {"intel-xeon-two-packages", 1, "Intel(R) Xeon(R) CPU           X5650  @ 2.67GHz",
-     "2/4/8 4xL1d:32/64/8/64@2 4xL1i:32/64/4/128@2 4xL2:256/64/8/512@2 2xL3:12288/64/16/12288@32"},
-    {"intel-hybrid", 1, "12th Gen Intel(R) Core(TM) i5 hybrid",
-     "1/5/6 1xL1d:48/64/12/64@2 1xL1i:32/64/8/64@2 1xL2:1280/64/10/2048@8 "
-     "1xL3:30720/64/12/40960@128 4xL1d:32/64/8/64@2 4xL1i:64/64/8/128@2 1xL2:2048/64/16/2048@8"},
-    {"intel-virtual", 1, "Intel(R) Xeon(R) Processor",
-     "1/2/2 2xL1d:32/64/8/64@1 2xL1i:32/64/8/64@1 2xL2:256/64/8/512@1 1xL3:30720/64/20/24576@2"},
-    {"amd-k5", 2, "", "1/1/1"},
-    {"amd-k6-3", 2, "AMD-K6(tm)-III Processor",
-     "1/1/1 1xL1d:32/32/2/512@1 1xL1i:32/32/2/512@1 1xL2:256/32/4/2048@1"},
-    {"amd-athlon-mp-pair", 2, "", "2/2/2"},
-    {"amd-phenom-three-cores", 2, "AMD Phenom(tm) 8650 Triple-Core Processor",
-     "1/3/3 3xL1d:64/64/2/512@1 3xL1i:64/64/2/512@1 3xL2:512/64/16/512@1 1xL3:2048/64/32/1024@3"},
-    {"amd-modules", 2, "AMD FX(tm)-4300 Quad-Core Processor",
-     "1/4/4 4xL1d:16/64/4/64@1 2xL1i:64/64/2/512@2 2xL2:2048/64/16/2048@2 1xL3:8192/64/64/2048@4"},
-    {"amd-zen-two-packages", 2, "AMD EPYC 7003 series",
-     "2/4/8 4xL1d:32/64/8/64@2 4xL1i:32/64/8/64@2 4xL2:512/64/8/1024@2 2xL3:32768/64/16/32768@4"},
-    {"amd-virtual", 2, "AMD EPYC Processor",
-     "2/2/2 2xL1d:32/64/8/64@1 2xL1i:32/64/8/64@1 2xL2:512/64/8/1024@1"},
-    {"via", 6, "VIA Processor", "0/0/0"},
-    {"cyrix", 9, "Cyrix Processor", "0/0/0"},
-    {"transmeta", 3, "Transmeta Processor", "0/0/0"},
-    {"unknown", 0, "Unknown Processor", "0/0/0"},
-};
 
 // A processor of a machine with leaf 0xB, 128 threads to a package and two to a core.
 LeafTable server_processor(uint32_t x2apic) {
@@ -113,19 +36,7 @@ constexpr const char *cannot = "Can't determine CPU.";
 
 } // namespace
 
-TEST(CpuTopology, RecordedMachinesAreUnderstood) {
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.machine);
-        const auto cpu = new_record();
-        EXPECT_OK(detect(load_machine(c.machine), *cpu));
-        EXPECT_EQ(cpu->vendor, c.vendor);
-        EXPECT_STREQ(cpu->name, c.name);
-        EXPECT_EQ(summary(*cpu), c.summary);
-        EXPECT_EQ(cpu->os_sse, cpu->id.flags.sse);
-    }
-}
-
-TEST(CpuTopology, OtherVendorsGetOnlyTheNames) {
+TEST(CpuTopology, WhatIsNotToldIsLeftAsItWas) {
     const auto cpu = new_record();
     std::memset(cpu.get(), 0x5A, sizeof *cpu);
     const auto before = std::make_unique<kestu_cpu_t>(*cpu);
@@ -136,10 +47,6 @@ TEST(CpuTopology, OtherVendorsGetOnlyTheNames) {
     EXPECT_EQ(std::memcmp(reinterpret_cast<char *>(cpu.get()) + names,
                           reinterpret_cast<char *>(before.get()) + names, sizeof *cpu - names),
               0);
-}
-
-TEST(CpuTopology, ANameThatIsNotThereLeavesTheOldOne) {
-    const auto cpu = new_record();
     std::strcpy(cpu->name, "as it was");
     ASSERT_OK(detect(load_machine("amd-k5"), *cpu));
     EXPECT_STREQ(cpu->name, "as it was");
@@ -148,11 +55,8 @@ TEST(CpuTopology, ANameThatIsNotThereLeavesTheOldOne) {
 TEST(CpuTopology, EveryProcessorHasItsPlaceAndCaches) {
     const auto cpu = new_record();
     ASSERT_OK(detect(load_machine("intel-hybrid"), *cpu));
-    EXPECT_THAT(places(*cpu), ElementsAre("0.0.0", "0.0.1", "0.4.0", "0.5.0", "0.6.0", "0.7.0"));
     const kestu_cpu_processor_t &fast = cpu->processors[1];
     const kestu_cpu_processor_t &slow = cpu->processors[5];
-    EXPECT_EQ(fast.apic_id, 1u);
-    EXPECT_EQ(slow.apic_id, 14u);
     EXPECT_EQ(fast.cache[2], cpu->processors[0].cache[2]);
     EXPECT_EQ(fast.cache[4], KESTU_CPU_NO_CACHE) << "a kind of the slow cores";
     EXPECT_EQ(slow.cache[2], KESTU_CPU_NO_CACHE);
@@ -167,68 +71,34 @@ TEST(CpuTopology, EveryProcessorHasItsPlaceAndCaches) {
     EXPECT_EQ(cpu->id.initial_apic_id, 0u) << "the record identifies the first processor";
 }
 
-TEST(CpuTopology, IdentifiersMayBeWiderThanEightBits) {
-    for (const char *name : {"intel-xeon-two-packages", "amd-zen-two-packages"}) {
-        const auto cpu = new_record();
-        ASSERT_OK(detect(load_machine(name), *cpu));
-        EXPECT_GT(cpu->processors[7].apic_id, 255u);
-        EXPECT_EQ(cpu->processors[7].thread, 1u);
-        EXPECT_NE(cpu->processors[7].package, cpu->processors[3].package);
-    }
-}
-
-TEST(CpuTopology, FirmwareThatMovesIdentifiersKeepsTheInitialOnes) {
-    const auto cpu = new_record();
-    ASSERT_OK(detect(load_machine("amd-modules"), *cpu));
-    EXPECT_EQ(cpu->processors[3].apic_id, 3u);
-    EXPECT_THAT(places(*cpu), ElementsAre("0.0.0", "0.1.0", "0.2.0", "0.3.0"));
-}
-
-TEST(CpuTopology, ProcessorsOlderThanTheIdentifierAreToldApartByIndex) {
-    for (const char *name : {"intel-pentium3-pair", "amd-athlon-mp-pair"}) {
-        const auto cpu = new_record();
-        ASSERT_OK(detect(load_machine(name), *cpu));
-        EXPECT_THAT(places(*cpu), ElementsAre("0.0.0", "1.0.0"));
-        EXPECT_EQ(cpu->processors[1].apic_id, 0u);
-    }
-}
-
 TEST(CpuTopology, WithoutDescriptionsFourLevelsAreAssumed) {
     const auto cpu = new_record();
     ASSERT_OK(detect(load_machine("intel-pentium4-hyperthreading"), *cpu));
-    for (int level = 0; level < 4; ++level) {
-        EXPECT_EQ(cpu->id.intel.cache_mask[level], 1u);
-        EXPECT_EQ(cpu->id.intel.cache_mask_width[level], 1u);
-        EXPECT_EQ(cpu->processors[0].cache[level], 0u);
-        EXPECT_EQ(cpu->processors[1].cache[level], 0u);
-    }
+    EXPECT_THAT(cpu->id.intel.cache_mask, ElementsAre(1, 1, 1, 1));
+    EXPECT_THAT(cpu->id.intel.cache_mask_width, ElementsAre(1, 1, 1, 1));
+    EXPECT_EQ(cpu->processors[1].cache[3], 0u);
     EXPECT_EQ(cpu->processors[1].cache[4], KESTU_CPU_NO_CACHE);
 }
 
-TEST(CpuTopology, AHundredAndTwentyEightProcessorsAreCounted) {
-    RecordedMachine machine = server(128);
+TEST(CpuTopology, AsManyProcessorsAsTheRecordHolds) {
+    RecordedMachine machine = server(1024);
     std::reverse(machine.begin(), machine.end());
     const auto cpu = new_record();
     ASSERT_OK(detect(machine, *cpu));
-    EXPECT_EQ(summary(*cpu), "1/64/128 64xL1d:48/64/12/64@2 1xL3:49152/64/12/65536@128");
+    EXPECT_THAT((std::vector{cpu->package_count, cpu->core_count, cpu->thread_count,
+                             cpu->cache_count, cpu->caches[0].count, cpu->caches[1].count}),
+                ElementsAre(8, 512, 1024, 2, 512, 8));
     EXPECT_EQ(cpu->processors[0].index, 0u);
-    EXPECT_EQ(cpu->processors[0].apic_id, 127u);
+    EXPECT_EQ(cpu->processors[0].apic_id, 1023u);
     EXPECT_EQ(cpu->cores[63].core, 63u) << "cores stand in the order of their identifiers";
-    EXPECT_EQ(cpu->os_sse, 1);
-}
-
-TEST(CpuTopology, AsManyProcessorsAsTheRecordHolds) {
-    const auto cpu = new_record();
-    ASSERT_OK(detect(server(1024), *cpu));
-    EXPECT_EQ(summary(*cpu), "8/512/1024 512xL1d:48/64/12/64@2 8xL3:49152/64/12/65536@128");
-    EXPECT_CHAIN(detect(server(1025), *cpu), Element(120175, cannot),
-                 Element(120175, "Intel CPU topology detection error 1."));
+    EXPECT_CHAIN(detect(server(1025), *cpu), 120175, cannot,
+                 "Intel CPU topology detection error 1.");
 }
 
 TEST(CpuTopology, ProcessorsThatContradictEachOtherAreRefused) {
     const auto expect_flaw = [](const RecordedMachine &machine, const char *message) {
         const auto cpu = new_record();
-        EXPECT_CHAIN(detect(machine, *cpu), Element(120175, cannot), Element(120175, message));
+        EXPECT_CHAIN(detect(machine, *cpu), 120175, cannot, message);
     };
     expect_flaw({server_processor(0), server_processor(1), server_processor(0)},
                 "Intel CPU topology detection error 2.");
@@ -255,10 +125,10 @@ TEST(CpuTopology, NoProcessorIsAContradiction) {
     const auto cpu = new_record();
     const RecordedMachine nobody;
     const Replay replay(nobody);
-    EXPECT_CHAIN(kestu_cpu_intel_topology(cpu.get(), kestu_pool),
-                 Element(120175, "Intel CPU topology detection error 1."));
-    EXPECT_CHAIN(kestu_cpu_amd_topology(cpu.get(), kestu_pool),
-                 Element(120175, "AMD CPU topology detection error 1."));
+    EXPECT_CHAIN(kestu_cpu_intel_topology(cpu.get(), kestu_pool), 120175,
+                 "Intel CPU topology detection error 1.");
+    EXPECT_CHAIN(kestu_cpu_amd_topology(cpu.get(), kestu_pool), 120175,
+                 "AMD CPU topology detection error 1.");
 }
 
 TEST(CpuTopology, FailingIdentificationKeepsWhatWasRead) {
@@ -266,8 +136,8 @@ TEST(CpuTopology, FailingIdentificationKeepsWhatWasRead) {
                                                     {"intel-restricted", 120172}};
     for (const auto &[name, code] : failing) {
         const auto cpu = new_record();
-        EXPECT_CHAIN(detect(load_machine(name), *cpu), Element(code, cannot),
-                     Element(code, "Error in Intel CPUID processing."), Element(code, ""));
+        EXPECT_CHAIN(detect(load_machine(name), *cpu), code, cannot,
+                     "Error in Intel CPUID processing.", "");
         EXPECT_THAT(cpu->name, testing::StartsWith("Intel(R) "));
         EXPECT_EQ(cpu->os_sse, 1);
         EXPECT_EQ(cpu->thread_count, 0u);

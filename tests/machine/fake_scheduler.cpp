@@ -1,10 +1,8 @@
 #include "machine/fake_scheduler.hpp"
-
-#include <cerrno>
+#include "support/test.hpp"
 
 #include <sched.h>
 #include <sys/syscall.h>
-#include <unistd.h>
 
 using namespace kestu::test;
 

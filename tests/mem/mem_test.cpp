@@ -1,11 +1,5 @@
 // The checked wrappers, and vectors and matrices with bounds of the caller's own.
-#include "kestu_mem.h"
-
-#include "support/alloc_failure.hpp"
-#include "support/chain.hpp"
-
-#include <climits>
-#include <cstring>
+#include "support/test.hpp"
 
 using namespace kestu::test;
 
@@ -35,30 +29,27 @@ TEST(MemWrappers, BlocksAreAsAskedForAndReleasedByFree) {
 
 TEST(MemWrappers, EmptyRequestsFailAndTouchNothing) {
     void *p = &anchor;
-    EXPECT_CHAIN(kestu_mem_calloc(0, 8, &p),
-                 Element(120010, "Cannot allocate memory for 0 elements."));
-    EXPECT_CHAIN(kestu_mem_calloc(0, 0, &p),
-                 Element(120010, "Cannot allocate memory for 0 elements."));
-    EXPECT_CHAIN(kestu_mem_calloc(8, 0, &p),
-                 Element(120011, "Cannot allocate memory for element of size 0 bytes."));
-    EXPECT_CHAIN(kestu_mem_malloc(0, &p),
-                 Element(120014, "Cannot allocate memory of size 0 bytes."));
-    EXPECT_CHAIN(kestu_mem_realloc(0, &p), Element(120014, "Cannot allocate memory for 0 bytes."));
+    EXPECT_CHAIN(kestu_mem_calloc(0, 8, &p), 120010, "Cannot allocate memory for 0 elements.");
+    EXPECT_CHAIN(kestu_mem_calloc(0, 0, &p), 120010, "Cannot allocate memory for 0 elements.");
+    EXPECT_CHAIN(kestu_mem_calloc(8, 0, &p), 120011,
+                 "Cannot allocate memory for element of size 0 bytes.");
+    EXPECT_CHAIN(kestu_mem_malloc(0, &p), 120014, "Cannot allocate memory of size 0 bytes.");
+    EXPECT_CHAIN(kestu_mem_realloc(0, &p), 120014, "Cannot allocate memory for 0 bytes.");
     EXPECT_EQ(p, &anchor);
 }
 
 TEST(MemWrappers, RefusedRequestsNullThePointer) {
     void *p = &anchor;
-    EXPECT_CHAIN(kestu_mem_malloc(too_much, &p),
-                 Element(120012, "Failed to allocate 9223372036854775807 bytes of memory."));
+    EXPECT_CHAIN(kestu_mem_malloc(too_much, &p), 120012,
+                 "Failed to allocate 9223372036854775807 bytes of memory.");
     EXPECT_EQ(p, nullptr);
     p = &anchor;
-    EXPECT_CHAIN(kestu_mem_calloc(too_much, 1, &p),
-                 Element(120012, "Failed to allocate 9223372036854775807 bytes of memory."));
+    EXPECT_CHAIN(kestu_mem_calloc(too_much, 1, &p), 120012,
+                 "Failed to allocate 9223372036854775807 bytes of memory.");
     EXPECT_EQ(p, nullptr);
     p = &anchor;
-    EXPECT_CHAIN(kestu_mem_calloc(SIZE_MAX / 4 + 2, 4, &p),
-                 Element(120012, "Failed to allocate 4 bytes of memory."));
+    EXPECT_CHAIN(kestu_mem_calloc(SIZE_MAX / 4 + 2, 4, &p), 120012,
+                 "Failed to allocate 4 bytes of memory.");
     EXPECT_EQ(p, nullptr);
 }
 
@@ -68,8 +59,8 @@ TEST(MemWrappers, RefusedResizingLeavesTheOldBlockAllocated) {
     ASSERT_OK(kestu_mem_malloc(4, &block));
     std::memcpy(block, "old", 4);
     char *kept = block;
-    EXPECT_CHAIN(kestu_mem_realloc(too_much, &block),
-                 Element(120013, "Failed to reallocate memory for 9223372036854775807 bytes."));
+    EXPECT_CHAIN(kestu_mem_realloc(too_much, &block), 120013,
+                 "Failed to reallocate memory for 9223372036854775807 bytes.");
     EXPECT_EQ(block, nullptr);
     EXPECT_STREQ(kept, "old");
     kestu_mem_free(kept);
@@ -104,10 +95,10 @@ TEST(MemVectors, BoundsThatHoldNothingFailAndTouchNothing) {
     void *v = &anchor;
     EXPECT_CHAIN(kestu_mem_vector_alloc(&v, 8, 5, 4), outer_empty, empty);
     EXPECT_CHAIN(kestu_mem_vector_alloc(&v, 8, INT_MIN, INT_MAX), outer_empty, empty);
-    EXPECT_CHAIN(kestu_mem_vector_alloc(&v, 1, 5, 3), Element(120012, "Cannot allocate vector."),
-                 Element(120012, "Failed to allocate 18446744073709551615 bytes of memory."));
-    EXPECT_CHAIN(kestu_mem_vector_alloc(&v, 0, 1, 2), Element(120011, "Cannot allocate vector."),
-                 Element(120011, "Cannot allocate memory for element of size 0 bytes."));
+    EXPECT_CHAIN(kestu_mem_vector_alloc(&v, 1, 5, 3), 120012, "Cannot allocate vector.",
+                 "Failed to allocate 18446744073709551615 bytes of memory.");
+    EXPECT_CHAIN(kestu_mem_vector_alloc(&v, 0, 1, 2), 120011, "Cannot allocate vector.",
+                 "Cannot allocate memory for element of size 0 bytes.");
     EXPECT_EQ(v, &anchor);
 }
 
@@ -130,22 +121,19 @@ TEST(MemMatrices, EveryElementBetweenTheBoundsIsValidAndZero) {
 
 TEST(MemMatrices, BoundsThatHoldNoRowsFailAndTouchNothing) {
     void *m = &anchor;
-    EXPECT_CHAIN(kestu_mem_matrix_alloc(&m, 8, 5, 4, 1, 1),
-                 Element(120014, "Cannot allocate matrix."),
-                 Element(120014, "Cannot allocate memory of size 0 bytes."));
+    EXPECT_CHAIN(kestu_mem_matrix_alloc(&m, 8, 5, 4, 1, 1), 120014, "Cannot allocate matrix.",
+                 "Cannot allocate memory of size 0 bytes.");
     EXPECT_EQ(m, &anchor);
-    EXPECT_CHAIN(kestu_mem_matrix_alloc(&m, 8, 5, 3, 1, 1),
-                 Element(120012, "Cannot allocate matrix."),
-                 Element(120012, "Failed to allocate 18446744073709551608 bytes of memory."));
+    EXPECT_CHAIN(kestu_mem_matrix_alloc(&m, 8, 5, 3, 1, 1), 120012, "Cannot allocate matrix.",
+                 "Failed to allocate 18446744073709551608 bytes of memory.");
     EXPECT_EQ(m, &anchor);
 }
 
 // The pointer is set before the first row, and rows that were made stay.
 TEST(MemMatrices, ARowThatFailsLeavesTheMatrixPartlyBuilt) {
     int **m = nullptr;
-    EXPECT_CHAIN(kestu_mem_matrix_alloc(&m, sizeof **m, 1, 1, 2, 1),
-                 Element(120010, "Cannot allocate matrix."),
-                 Element(120010, "Cannot allocate memory for 0 elements."));
+    EXPECT_CHAIN(kestu_mem_matrix_alloc(&m, sizeof **m, 1, 1, 2, 1), 120010,
+                 "Cannot allocate matrix.", "Cannot allocate memory for 0 elements.");
     ASSERT_NE(m, nullptr);
     kestu_mem_free(m + 1);
 
@@ -155,8 +143,7 @@ TEST(MemMatrices, ARowThatFailsLeavesTheMatrixPartlyBuilt) {
         AllocFailure failure(3); // the pointers and the first row are granted
         err = kestu_mem_matrix_alloc(&m, sizeof **m, 0, 2, 0, 9);
     }
-    EXPECT_CHAIN(err, Element(120012, "Cannot allocate matrix."),
-                 Element(120012, "Failed to allocate 40 bytes of memory."));
+    EXPECT_CHAIN(err, 120012, "Cannot allocate matrix.", "Failed to allocate 40 bytes of memory.");
     EXPECT_EQ(live_blocks(), before + 2);
     kestu_mem_free(m[0]);
     kestu_mem_free(m);

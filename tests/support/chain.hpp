@@ -20,6 +20,16 @@ std::vector<Element> take_chain(kestu_error_t *err);
 // The lines that kestu_error_handle makes of `err`; releases the chain.
 std::vector<std::string> take_lines(kestu_error_t *err);
 
+// Matches a chain whose elements have one code and these messages, or just these elements.
+template <typename... Messages>
+auto chain_of(int code, const Messages &...messages) {
+    return testing::ElementsAre(testing::Pair(code, messages)...);
+}
+template <typename... Elements>
+auto chain_of(const Element &head, const Elements &...rest) {
+    return testing::ElementsAre(head, rest...);
+}
+
 } // namespace kestu::test
 
 // Expects that `expression` returns null; shows and releases the chain when it does not.
@@ -28,6 +38,7 @@ std::vector<std::string> take_lines(kestu_error_t *err);
 #define ASSERT_OK(expression)                                                                      \
     ASSERT_THAT(::kestu::test::take_lines(expression), ::testing::IsEmpty())
 
-// Expects that `expression` fails with just these elements, head first.
+// Expects that `expression` fails with a code and its messages, or with just these elements, head
+// first.
 #define EXPECT_CHAIN(expression, ...)                                                              \
-    EXPECT_THAT(::kestu::test::take_chain(expression), ::testing::ElementsAre(__VA_ARGS__))
+    EXPECT_THAT(::kestu::test::take_chain(expression), ::kestu::test::chain_of(__VA_ARGS__))

@@ -76,6 +76,9 @@ void Terminal::start(const std::function<void()> &body) {
         return;
     close(master);
     login_tty(slave);
+    // What started the tests may have it ignore signals.
+    for (const int number : {SIGHUP, SIGINT, SIGQUIT})
+        ::signal(number, SIG_DFL);
     body();
     // The settings of the terminal last as long as its first process.
     for (;;)

@@ -1,15 +1,8 @@
 // Integers as text in any base up to 62, and back.
-#include "kestu_escape.h"
+#include "support/test.hpp"
 
-#include "support/chain.hpp"
-
-#include <algorithm>
 #include <cctype>
 #include <charconv>
-#include <cstring>
-#include <random>
-#include <string>
-#include <tuple>
 
 using namespace kestu::test;
 
@@ -36,8 +29,8 @@ int64_t limit_for(const char *text, int base) {
     char untouched = 0;
     char *end = &untouched;
     const std::string quoted = std::string(1, '\'') + text + '\'';
-    EXPECT_CHAIN(kestu_str_base62_to_int64(text, &end, base, &value),
-                 testing::Pair(120062, quoted + " does not fit into 64-bit signed integer."));
+    EXPECT_CHAIN(kestu_str_base62_to_int64(text, &end, base, &value), 120062,
+                 quoted + " does not fit into 64-bit signed integer.");
     EXPECT_EQ(end, &untouched);
     return value;
 }

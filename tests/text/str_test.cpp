@@ -1,26 +1,15 @@
 // Conversions, bounded copies, comparison, lengths, trimming, replacement and text in pools.
-#include "kestu_str.h"
-
-#include "support/alloc_failure.hpp"
-#include "support/chain.hpp"
 #include "support/on_kernel.hpp"
-#include "support/pool.hpp"
+#include "support/test.hpp"
 #include "text/compare.hpp"
 #include "text/length.hpp"
 
 #include <sys/mman.h>
 
-#include <cerrno>
 #include <cfenv>
-#include <cmath>
-#include <cstdlib>
-#include <cstring>
-#include <random>
-#include <string>
 
 using namespace kestu::test;
 using kestu::compare_dispatch;
-using namespace std::string_literals;
 
 namespace {
 
@@ -83,14 +72,10 @@ TEST(StrConversion, WholeNumbers) {
     EXPECT_EQ(wide, INT64_MIN);
     double real = 0;
     for (const auto &[text, value] :
-         {std::pair{"1.5", 1.5}, {" -2e3", -2000.0}, {"0x1p-3", 0.125}, {"-0", -0.0}}) {
+         {std::pair{"1.5", 1.5}, {" -2e3", -2000.0}, {"0x1p-3", 0.125}, {"inf", HUGE_VAL}}) {
         EXPECT_OK(kestu_str_to_double(text, &real));
         EXPECT_EQ(real, value) << text;
     }
-    EXPECT_OK(kestu_str_to_double("inf", &real));
-    EXPECT_TRUE(std::isinf(real));
-    EXPECT_OK(kestu_str_to_double("nan", &real));
-    EXPECT_TRUE(std::isnan(real));
 }
 
 TEST(StrConversion, WhatIsNoNumberIsRefusedAndStoresNothing) {
@@ -98,24 +83,23 @@ TEST(StrConversion, WhatIsNoNumberIsRefusedAndStoresNothing) {
     int64_t wide = 77;
     double real = 77;
     for (const char *text : {"", " ", "+", "42 ", "4 2", "0x10", "1.0", "ten"}) {
-        EXPECT_CHAIN(kestu_str_to_integer(text, &n), Element(120062, cut_message(text, "integer")));
-        EXPECT_CHAIN(kestu_str_to_int64(text, &wide), Element(120062, cut_message(text, "int64")));
+        EXPECT_CHAIN(kestu_str_to_integer(text, &n), 120062, cut_message(text, "integer"));
+        EXPECT_CHAIN(kestu_str_to_int64(text, &wide), 120062, cut_message(text, "int64"));
     }
     for (const char *text : {"", " ", ".", "1.5 ", "1.5x", "e3"})
-        EXPECT_CHAIN(kestu_str_to_double(text, &real),
-                     Element(120063, cut_message(text, "double")));
+        EXPECT_CHAIN(kestu_str_to_double(text, &real), 120063, cut_message(text, "double"));
     const std::string reason = std::string(": ") + strerror(ERANGE);
     // Out of range comes before what stands behind the number.
     for (const char *text :
          {"99999999999999999999", "-99999999999999999999", "99999999999999999999x"}) {
-        EXPECT_CHAIN(kestu_str_to_integer(text, &n),
-                     Element(120062, cut_message(text, "integer", reason.c_str())));
-        EXPECT_CHAIN(kestu_str_to_int64(text, &wide),
-                     Element(120062, cut_message(text, "int64", reason.c_str())));
+        EXPECT_CHAIN(kestu_str_to_integer(text, &n), 120062,
+                     cut_message(text, "integer", reason.c_str()));
+        EXPECT_CHAIN(kestu_str_to_int64(text, &wide), 120062,
+                     cut_message(text, "int64", reason.c_str()));
     }
     for (const char *text : {"1e999", "-1e999", "1e-999", "1e-320"})
-        EXPECT_CHAIN(kestu_str_to_double(text, &real),
-                     Element(120063, cut_message(text, "double", reason.c_str())));
+        EXPECT_CHAIN(kestu_str_to_double(text, &real), 120063,
+                     cut_message(text, "double", reason.c_str()));
     EXPECT_EQ(n, 77);
     EXPECT_EQ(wide, 77);
     EXPECT_EQ(real, 77);
@@ -144,16 +128,6 @@ TEST(StrConversion, NumbersAreThoseOfTheCLibraryInEveryRounding) {
         kestu_error_clear(whole_err);
     }
     fesetround(FE_TONEAREST);
-}
-
-TEST(StrConversion, FailuresHaveNoPlace) {
-    int n = 0;
-    kestu_error_t *err = kestu_str_to_integer("x", &n);
-    EXPECT_EQ(err->type, KESTU_ERROR_ERROR);
-    EXPECT_EQ(err->file, nullptr);
-    EXPECT_EQ(err->function, nullptr);
-    EXPECT_EQ(err->line, 0);
-    kestu_error_clear(err);
 }
 
 TEST(StrConversion, IntegersAreASignAndDigits) {
@@ -186,13 +160,6 @@ TEST(StrBounded, CopiesAndAppendsWithinEverySize) {
             }
         }
     }
-}
-
-TEST(StrBounded, AppendingLooksNoFurtherThanTheSize) {
-    char target[4] = {'a', 'b', 'c', 'd'};
-    EXPECT_EQ(kestu_str_strlcat(target, "xyz", 4), 7u);
-    EXPECT_EQ(std::string(target, 4), "abcd");
-    EXPECT_EQ(kestu_str_strlcat(target, "xyz", 0), 3u);
 }
 
 class StrComparison : public OnKernel<kestu::CompareKernel, compare_dispatch> {
@@ -341,14 +308,6 @@ TEST(StrReplace, TextsOfAnyLengthAndDensity) {
 
 TEST(StrReplace, NoMemoryYieldsNullAndLeavesNothing) {
     for (const char *from : {"a", "zz"}) {
-        const long before = live_blocks();
-        EXPECT_EQ(fail_each_allocation(
-                      [&](size_t) { free(kestu_str_replace_all("banana", from, "xy")); }),
-                  1u);
-        EXPECT_EQ(
-            fail_each_allocation([&](size_t) { free(kestu_str_replace("banana", from, "xy")); }),
-            1u);
-        EXPECT_EQ(live_blocks(), before);
         AllocFailure failure(1, all_after);
         errno = 77;
         const bool refused = !kestu_str_replace_all("banana", from, "xy") &&

@@ -1,13 +1,7 @@
 // Validation of UTF-8 on every kernel.
 #include "base/utf8_valid.hpp"
-#include "kestu_str.h"
-
 #include "support/on_kernel.hpp"
-
-#include <gtest/gtest.h>
-
-#include <random>
-#include <string>
+#include "support/test.hpp"
 
 using namespace kestu;
 using namespace kestu::test;

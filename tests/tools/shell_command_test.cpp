@@ -1,22 +1,15 @@
-// `kestu shell` as a person uses it at a terminal, and as it runs scripts.
+// `kestu shell` as a person uses it at a terminal.
 #include "support/process.hpp"
 #include "support/pty.hpp"
+#include "support/test.hpp"
 
-#include <gmock/gmock.h>
-
-#include <algorithm>
 #include <csignal>
-#include <string>
 
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
 using namespace kestu::test;
-using testing::EndsWith;
-using testing::HasSubstr;
-using testing::Not;
 
 namespace {
 
@@ -37,11 +30,6 @@ class ShellSession : public testing::Test {
     }
 
     std::string history_file() const { return state / "kestu/history"; }
-    void write_history(const std::string &content) const {
-        mkdir((state / "kestu").c_str(), 0700);
-        state.write("kestu/history", content);
-    }
-
     const TemporaryFolder state;
     Terminal terminal{60, 20};
 };
@@ -71,14 +59,9 @@ TEST_F(ShellSession, EditsLinesAndRunsThem) {
     expect("3\x1b[D" + enter, "kestu> base 16 253\nFD\nkestu> |");
     expect("image info /missing" + enter, "Cannot open file '/missing'\nkestu> |");
     expect("imgae" + enter, "kestu: no command 'imgae'; did you mean 'image'?\nkestu> |");
+    expect("unescape no-line-end" + enter, "\nno-line-end\nkestu> |");
     expect("exit" + enter, "kestu> exit\n|");
     EXPECT_EQ(terminal.wait_for_end(), 0);
-}
-
-TEST_F(ShellSession, OutputWithoutALineEndStaysOnTheScreen) {
-    start();
-    expect("unescape no-line-end" + enter, "\nno-line-end\nkestu> |");
-    expect("x", "\nno-line-end\nkestu> x|");
 }
 
 TEST_F(ShellSession, PastedTextIsTyped) {
@@ -102,7 +85,6 @@ TEST_F(ShellSession, CommandsGoOnInFurtherLines) {
     expect("escape \"a" + enter + "b\"" + enter, "kestu> escape \"a\n  ...> b\"\na\\nb\nkestu> |");
     expect("escape \"never" + enter, "  ...> |");
     expect(control_c, "^C\nkestu> |");
-    expect("base 2 4" + enter, "kestu> base 2 4\n100\nkestu> |");
 }
 
 TEST_F(ShellSession, InterruptEndsTheLineOrTheCommandButNotTheShell) {
@@ -113,7 +95,6 @@ TEST_F(ShellSession, InterruptEndsTheLineOrTheCommandButNotTheShell) {
            "missing: FAILED open or read\n|");
     EXPECT_TRUE(terminal.settings().c_lflag & ICANON);
     expect(control_c, "^C\nkestu> |");
-    expect("base 2 6" + enter, "kestu> base 2 6\n110\nkestu> |");
     // What a command reads ends for this command only.
     for (int i = 0; i < 2; ++i) {
         expect("sum --check" + enter + std::string(40, '0') + "  gone\n", "open or read\n|");
@@ -144,8 +125,7 @@ TEST_F(ShellSession, KeepsItsHistoryForTheNext) {
 }
 
 TEST_F(ShellSession, TakesOnlyLinesThatCanBeTypedFromAHistory) {
-    std::string content = std::string(1 << 21, 'm') + "\n\n";
-    std::string kept;
+    std::string content = std::string(1 << 21, 'm') + "\n\n", kept;
     for (int i = 0; i < 1500; ++i) {
         const std::string line = "line " + std::to_string(i) + "\n";
         content += line;
@@ -153,7 +133,8 @@ TEST_F(ShellSession, TakesOnlyLinesThatCanBeTypedFromAHistory) {
     }
     content += std::string("zero\0byte\n", 10) + "\x1b[2J\n" + "tab\tand \xc3\xa4\n" + "cut off";
     kept += "tab\tand \xc3\xa4\ncut off\n";
-    write_history(content);
+    mkdir((state / "kestu").c_str(), 0700);
+    state.write("kestu/history", content);
     start();
     expect(up, "kestu> cut off|");
     EXPECT_EQ(read_file(history_file()), kept);
@@ -216,8 +197,7 @@ class Job {
 
     bool is_restored() const {
         const termios now = current_settings();
-        return now.c_lflag == before_.c_lflag && now.c_iflag == before_.c_iflag &&
-               now.c_cflag == before_.c_cflag && now.c_cc[VINTR] == before_.c_cc[VINTR];
+        return std::memcmp(&now, &before_, sizeof now) == 0;
     }
 
     const termios before_ = current_settings();
@@ -271,82 +251,4 @@ TEST_F(ShellSession, CanBeStoppedAndTakenUpAgain) {
     terminal.type(control_z);
     EXPECT_EQ(terminal.wait_for_report(), stopped);
     EXPECT_EQ(terminal.wait_for_report(), std::to_string(SIGTERM));
-}
-
-namespace {
-
-Ran run_script(const std::string &lines) {
-    return run_kestu({"shell"}, lines, {"XDG_STATE_HOME=/dev/null/none"});
-}
-
-} // namespace
-
-TEST(ShellScript, EndsWithTheStatusOfTheLastCommandThatFailed) {
-    const struct {
-        std::string script;
-        int status;
-        const char *out;
-    } cases[] = {
-        {"", 0, ""},
-        {"base 2 5", 0, "101\n"},
-        {"# a \"comment\n\n \t\r\nkestu base 2 5\r\n", 0, "101\n"},
-        {"image info /missing\nbase 2 5\n", 1, "101\n"},
-        {"image info /missing\nnonsense\nbase 2 5\n", 2, "101\n"},
-        {"nonsense\nimage info /missing\n", 1, ""},
-        {"base 2 5\nexit\nnonsense\n", 0, "101\n"},
-        {"quit now\nbase 2 5\nquit\nnonsense\n", 2, "101\n"},
-        {"base\nbase 2 5\n", 2, "101\n"},
-        {"base 2 \\\n \\\n5\n", 0, "101\n"},
-        {"base 2 5\nescape \"a\n", 2, "101\n"},
-        {std::string("base 2 5\0\nbase 2 6\n", 19), 2, "110\n"},
-        {"shell\nshell --version\nbase 2 5\n", 1, "kestu 1.0.0\n101\n"},
-    };
-    for (const auto &c : cases) {
-        const Ran ran = run_script(c.script);
-        EXPECT_EQ(ran.status, c.status) << c.script << ran.err;
-        EXPECT_EQ(ran.out, c.out) << c.script;
-        EXPECT_EQ(ran.err.empty(), c.status == 0) << c.script << ran.err;
-    }
-}
-
-TEST(ShellScript, WordsKeepTheirText) {
-    EXPECT_EQ(run_script("escape 007 1e5 0x10 \"a  b\" \"\" c\"d \"\\\"\n").out,
-              "007\n1e5\n0x10\na  b\n\nc\\\"d\n\\\\\n");
-    const std::string word(1 << 20, 'w');
-    EXPECT_TRUE(run_script("escape " + word + "\n").err.empty());
-    EXPECT_TRUE(run_script("escape \"" + std::string(1 << 16, 'w') + "\"\n").out ==
-                std::string(1 << 16, 'w') + "\n");
-}
-
-TEST(ShellScript, CommandsDoNotReadTheScript) {
-    EXPECT_EQ(run_script("escape\nbase 2 5\nsum\n").out,
-              "\n101\nda39a3ee5e6b4b0d3255bfef95601890afd80709  -\n");
-}
-
-TEST(ShellScript, SuggestsTheNearestCommand) {
-    const std::pair<const char *, const char *> cases[] = {
-        {"imgae", "did you mean 'image'?"}, {"IMAGE", "help lists the commands"},
-        {"smu", "did you mean 'sum'?"},     {"unescpe", "did you mean 'unescape'?"},
-        {"hel", "did you mean 'help'?"},    {"exi", "did you mean 'exit'?"},
-        {"s", "help lists the commands"},   {"fnord", "help lists the commands"},
-        {"cat", "help lists the commands"}, {"\x1b[2J", "no command '\\x1b[2J'; help lists"},
-    };
-    for (const auto &[name, answer] : cases) {
-        const Ran ran = run_script(name);
-        EXPECT_EQ(ran.status, 2);
-        EXPECT_THAT(ran.err, HasSubstr(answer));
-        EXPECT_EQ(run_script(std::string("help ") + name).err, ran.err);
-    }
-}
-
-TEST(ShellScript, HelpListsEveryCommandAndDescribesEach) {
-    const std::string list = run_script("help\n").out;
-    const std::string page = run_kestu({"--help"}).out;
-    for (const std::string name : {"image", "cpu", "host", "find", "base", "unescape"}) {
-        EXPECT_THAT("\n" + list, HasSubstr("\n  " + name + " "));
-        EXPECT_THAT(page, HasSubstr("\n  " + name + " "));
-        EXPECT_EQ(run_script("help " + name).out, run_kestu({name, "--help"}).out);
-    }
-    EXPECT_EQ(run_script("help image info\n").out, run_kestu({"image", "info", "--help"}).out);
-    EXPECT_EQ(run_script("help quit\n").out, "Leave the shell\n");
 }
