@@ -2,6 +2,7 @@
  * Signals of objects: connections from an object that emits to callbacks on behalf of others.
  *
  *     uint32_t clicked;
+ *     err = kestu_obj_engine_init(pool);           // once, before any signal type
  *     err = kestu_objsig_register(&clicked, "clicked");
  *     err = kestu_obj_add_signal(button, clicked);
  *     err = kestu_obj_connect(button, clicked, window, on_click, NULL);

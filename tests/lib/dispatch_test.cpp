@@ -25,40 +25,43 @@ TEST(Dispatch, TheFastestKernelThatTheFeaturesAllowIsTaken) {
     EXPECT_THAT(best({.clmul = true, .sha = true, .avx2 = true}),
                 ElementsAre("folded_128", "instructions", "registers_256", "registers_256"));
     EXPECT_EQ(best({.clmul = true, .clmul256 = true})[0], "folded_256");
-    EXPECT_THAT(best({true, true, true, true, true, true}),
-                ElementsAre("folded_512", "instructions", "registers_512", "registers_256"));
+    EXPECT_THAT(best({true, true, true, true, true, true, true}),
+                ElementsAre("folded_512", "instructions", "registers_512", "registers_512"));
 }
 
 // Each answer without one of its bits, and the features that are left: clmul in 128, 256 and 512
-// bits, sha, avx2 and count512.
+// bits, sha, avx2, bytes512 and count512.
 TEST(Dispatch, AFeatureCountsOnlyWithItsRegistersSaved) {
     constexpr CpuAnswers all = {1U << 1 | 1U << 9 | 1U << 19 | 1U << 28,
-                                1U << 5 | 1U << 16 | 1U << 29, 1U << 10 | 1U << 14, 0xE7};
+                                1U << 5 | 1U << 16 | 1U << 29 | 1U << 30, 1U << 10 | 1U << 14,
+                                0xE7};
     const struct {
         CpuAnswers without;
         const char *left;
-    } cases[] = {{{}, "111111"},
-                 {{1U << 1}, "000111"},
-                 {{1U << 9}, "000011"},
-                 {{1U << 19}, "000011"},
-                 {{1U << 28}, "100100"},
-                 {{0, 1U << 5}, "100100"},
-                 {{0, 1U << 16}, "110110"},
-                 {{0, 1U << 29}, "111011"},
-                 {{0, 0, 1U << 10}, "100111"},
-                 {{0, 0, 1U << 14}, "111110"},
-                 {{0, 0, 0, 1 << 1}, "100100"},
-                 {{0, 0, 0, 1 << 2}, "100100"},
-                 {{0, 0, 0, 1 << 5}, "110110"},
-                 {{0, 0, 0, 1 << 6}, "110110"},
-                 {{0, 0, 0, 1 << 7}, "110110"}};
+    } cases[] = {{{}, "1111111"},
+                 {{1U << 1}, "0001111"},
+                 {{1U << 9}, "0000111"},
+                 {{1U << 19}, "0000111"},
+                 {{1U << 28}, "1001000"},
+                 {{0, 1U << 5}, "1001000"},
+                 {{0, 1U << 16}, "1101100"},
+                 {{0, 1U << 29}, "1110111"},
+                 {{0, 0, 1U << 10}, "1001111"},
+                 {{0, 1U << 30}, "1111101"},
+                 {{0, 0, 1U << 14}, "1111110"},
+                 {{0, 0, 0, 1 << 1}, "1001000"},
+                 {{0, 0, 0, 1 << 2}, "1001000"},
+                 {{0, 0, 0, 1 << 5}, "1101100"},
+                 {{0, 0, 0, 1 << 6}, "1101100"},
+                 {{0, 0, 0, 1 << 7}, "1101100"}};
     for (const auto &[without, left] : cases) {
         const CpuFeatures features =
             features_of({all.leaf1_ecx & ~without.leaf1_ecx, all.leaf7_ebx & ~without.leaf7_ebx,
                          all.leaf7_ecx & ~without.leaf7_ecx, all.xcr0 & ~without.xcr0});
         std::string text;
-        for (const bool feature : {features.clmul, features.clmul256, features.clmul512,
-                                   features.sha, features.avx2, features.count512})
+        for (const bool feature :
+             {features.clmul, features.clmul256, features.clmul512, features.sha, features.avx2,
+              features.bytes512, features.count512})
             text += feature ? '1' : '0';
         EXPECT_EQ(text, left);
     }
