@@ -35,25 +35,35 @@ struct Chain {
         return 2 *
                same_bytes(key.bytes + passed, bytes(), std::min(key.length - passed, steps / 2));
     }
-
-    // Forgets the nodes more than `left` steps behind the head.
-    void shorten(size_t left) { steps = std::min(steps, left / 2 * 2); }
 };
 
-// A head is marked in the gaps of its record by its address, which no copy of the record shares.
-// Never 0 in the lower part: nodes lie at even addresses.
-inline uint64_t mark_of(const Inner *inner) {
-    return (reinterpret_cast<uintptr_t>(inner) | 1) * 0x9E3779B97F4A7C15;
+// A head is marked in the gaps of its record: in the first by where it lies, which no copy of the
+// record shares, in the second by what stands behind it as well, which is lost when the memory
+// serves for something else. Nothing is read behind a record whose first mark is wrong. It is never
+// 0: its factor and the other are odd.
+inline uint32_t low_mark_of(const Inner *inner) {
+    return static_cast<uint32_t>(reinterpret_cast<uintptr_t>(inner) >> 3 | 1) * 0x9E3779B9;
+}
+inline uint32_t high_mark_of(const Chain *chain) {
+    const uint64_t sum = reinterpret_cast<uintptr_t>(chain) ^
+                         reinterpret_cast<uintptr_t>(chain->nodes) * 31 ^ chain->steps * 1022;
+    return static_cast<uint32_t>(sum * 0x9E3779B97F4A7C15 >> 32);
 }
 inline void mark_as_head(Inner *inner) {
-    inner->low_mark = static_cast<uint32_t>(mark_of(inner));
-    inner->high_mark = static_cast<uint32_t>(mark_of(inner) >> 32);
+    inner->low_mark = low_mark_of(inner);
+    inner->high_mark = high_mark_of(reinterpret_cast<Chain *>(inner + 1));
 }
 inline Chain *chain_behind(Inner *inner) {
-    if (inner->low_mark == 0) [[likely]]
+    if (inner->low_mark == 0 || inner->low_mark != low_mark_of(inner)) [[likely]]
         return nullptr;
-    const uint64_t mark = uint64_t{inner->high_mark} << 32 | inner->low_mark;
-    return mark == mark_of(inner) ? reinterpret_cast<Chain *>(inner + 1) : nullptr;
+    auto *const chain = reinterpret_cast<Chain *>(inner + 1);
+    return inner->high_mark == high_mark_of(chain) ? chain : nullptr;
+}
+
+// Forgets the nodes more than `left` steps behind the head.
+inline void shorten(Chain *chain, size_t left) {
+    chain->steps = std::min(chain->steps, left / 2 * 2);
+    mark_as_head(reinterpret_cast<Inner *>(chain) - 1);
 }
 
 // Takes the mark from a node that goes: its memory may become a node that a caller makes.
@@ -107,7 +117,7 @@ struct Stretch {
 
   private:
     void end_at(size_t step) {
-        chain->shorten(step);
+        shorten(chain, step);
         steps = step;
     }
 };
@@ -126,10 +136,10 @@ class ChainMaker {
     // Takes note of the node at `depth`; they come in their order.
     void add(Inner *node, size_t depth) {
         if (is_head(depth)) {
-            mark_as_head(node);
-            chain_ = chain_behind(node);
+            chain_ = reinterpret_cast<Chain *>(node + 1);
             *chain_ = {steps_,
                        reinterpret_cast<Inner **>(chain_->bytes() + Chain::padded(steps_ / 2))};
+            mark_as_head(node);
             std::memcpy(chain_->bytes(), key_.bytes + depth / 2, steps_ / 2);
         } else if (chain_ && depth - head_depth_ <= steps_) {
             chain_->nodes[depth - head_depth_ - 1] = node;

@@ -179,7 +179,7 @@ void raise_single_leaf(Node **root, Key key, const Inner *last) {
     }
     *top = leaf;
     if (cut)
-        cut->shorten(left);
+        shorten(cut, left);
 }
 
 // Kept: the counts on the way shrink, whether or not the key is there; only a key that ends at an

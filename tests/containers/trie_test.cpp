@@ -207,6 +207,33 @@ TEST(TrieEdges, APoolWithoutMemoryLeavesTheTrieAsItWas) {
     EXPECT_EQ(shape(trie->root), before);
 }
 
+// The first node of a long way that keys share says so in the gaps of its record.
+TEST(TrieEdges, ARecordInTheMemoryOfAnotherTrieStandsForItself) {
+    Pool pool;
+    const std::string stem(40, 's');
+    kestu_trie_t *trie = nullptr;
+    const auto make = [&] {
+        apr_pool_clear(pool);
+        ASSERT_OK(kestu_trie_create(&trie, pool));
+        ASSERT_OK(kestu_trie_insert(trie, (stem + "1").c_str(), 41, values, pool));
+    };
+    make();
+    ASSERT_OK(kestu_trie_insert(trie, (stem + "2").c_str(), 41, values, pool));
+    make();
+    apr_palloc(pool, sizeof(kestu_trie_leaf_t) + 42); // as the second key took
+    auto *const inner =
+        static_cast<kestu_trie_inner_t *>(apr_palloc(pool, sizeof(kestu_trie_inner_t)));
+    std::memset(apr_palloc(pool, 200), 's', 200);
+    inner->type = KESTU_TRIE_INNER;
+    inner->end = nullptr;
+    inner->count = 1;
+    std::fill_n(inner->children, 16, nullptr);
+    inner->children['s' & 15] = trie->root;
+    trie->root = reinterpret_cast<kestu_trie_node_t *>(inner);
+    EXPECT_EQ(kestu_trie_search(trie, stem.data(), 40), nullptr);
+    EXPECT_EQ(kestu_trie_search(trie, (stem + "1").data(), 41), values);
+}
+
 // Two million branchings, one below the other, three times.
 TYPED_TEST(Trie, KeysOfAMegabyteNeedNoStack) {
     run_on_small_stack([&] {
