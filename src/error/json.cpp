@@ -2,7 +2,6 @@
 #include "base/format.hpp"
 #include "base/kept_errno.hpp"
 #include "base/utf8_valid.hpp"
-#include "error/error.hpp"
 
 #include <cstdarg>
 #include <cstdlib>
