@@ -78,14 +78,17 @@ KESTU_API size_t kestu_bitarr_num_bits_set(const kestu_bitarr_t *ba);
 KESTU_API size_t kestu_bitarr_num_bits_cleared(const kestu_bitarr_t *ba);
 
 /*
- * Store through `out` the bits of `a` and `b` combined by OR or by AND. The array at `out` is
- * resized to the longer of the two, also for AND, and created when null; it may be `a` or `b`. The
- * shorter one counts as filled up with zeros. Errors are those of kestu_bitarr_resize.
+ * Store through `out` the bits of `a` and `b` combined by OR or by AND, or those of `a` without
+ * those of `b`. The array at `out` is resized to the longer of the two, whatever the operation, and
+ * created when null; it may be `a` or `b`. The shorter one counts as filled up with zeros. Errors
+ * are those of kestu_bitarr_resize.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *
 kestu_bitarr_or(const kestu_bitarr_t *a, const kestu_bitarr_t *b, kestu_bitarr_t **out);
 KESTU_API KESTU_MUST_USE kestu_error_t *
 kestu_bitarr_and(const kestu_bitarr_t *a, const kestu_bitarr_t *b, kestu_bitarr_t **out);
+KESTU_API KESTU_MUST_USE kestu_error_t *
+kestu_bitarr_and_not(const kestu_bitarr_t *a, const kestu_bitarr_t *b, kestu_bitarr_t **out);
 
 /*
  * Bit number `bit` of `ba`: its value, 0 beyond the end; and to set, clear or invert it, which does

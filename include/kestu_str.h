@@ -33,6 +33,35 @@ KESTU_API KESTU_MUST_USE kestu_error_t *kestu_str_to_double(const char *s, doubl
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_str_to_integer(const char *s, int *out);
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_str_to_int64(const char *s, int64_t *out);
 
+/*
+ * Converts the whole of `s` as the functions above do. Below 0 is out of range, "-0" apart. Errors
+ * are those of kestu_str_to_int64, for uint64.
+ */
+KESTU_API KESTU_MUST_USE kestu_error_t *kestu_str_to_uint64(const char *s, uint64_t *out);
+
+/*
+ * Convert the whole of `s`, in which nothing is skipped, cut or taken from the locale: a sign or
+ * none and decimal digits; for kestu_str_strict_double a '.' and an exponent as well, or "inf" or
+ * "nan". Errors, with nothing stored, are those of the functions above; what the type of `out`
+ * cannot hold is out of range.
+ */
+KESTU_API KESTU_MUST_USE kestu_error_t *kestu_str_strict_integer(const char *s, int *out);
+KESTU_API KESTU_MUST_USE kestu_error_t *kestu_str_strict_int64(const char *s, int64_t *out);
+KESTU_API KESTU_MUST_USE kestu_error_t *kestu_str_strict_uint64(const char *s, uint64_t *out);
+KESTU_API KESTU_MUST_USE kestu_error_t *kestu_str_strict_double(const char *s, double *out);
+
+/* Room for any text of kestu_str_from_double. */
+enum { KESTU_STR_DOUBLE_SIZE = 25 };
+
+/*
+ * Writes the shortest text that reads back as just `value` to `buf`, with or without an exponent,
+ * as std::to_chars of C++ does: "0.1", "1e+30", "-inf". At most `size` - 1 bytes are written, and a
+ * terminator, unless `size` is 0. Returns the length of the text, whatever was written.
+ * kestu_str_strict_double reads it. The digits are found by R. Giulietti's method, "The Schubfach
+ * way to render doubles", 2020.
+ */
+KESTU_API size_t kestu_str_from_double(double value, char *buf, size_t size);
+
 /* 1 when `s` is an optional sign and then decimal digits to its end, else 0. */
 KESTU_API int kestu_str_is_integer(const char *s);
 

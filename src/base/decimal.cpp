@@ -108,9 +108,24 @@ bool rounds_up(Binary value, int power, const Scaled &scaled, Uint128 floor) {
         return true;
     if (rest + 2 <= half || (rest < half && scaled.exact))
         return false;
-    const auto order =
-        scaled.exact ? std::strong_ordering::equal : compare_with_half(value, power, floor);
+    const auto order = scaled.exact ? std::strong_ordering::equal
+                                    : compare_with_halves(value, power, 2 * floor + 1);
     return order > 0 || (order == 0 && (floor & 1));
+}
+
+// The integer part of value * 10^power, whose lowest bit is set as well when there is more.
+uint64_t scale_to_odd(Binary value, int power) {
+    const Scaled scaled = scale(value, power);
+    const auto floor = static_cast<uint64_t>(scaled.units >> scaled.shift);
+    const Uint128 rest = scaled.units - (Uint128{floor} << scaled.shift);
+    if (scaled.exact)
+        return floor | (rest != 0);
+    if (rest + 2 >= Uint128{1} << scaled.shift) {
+        const auto order = compare_with_halves(value, power, 2 * (Uint128{floor} + 1));
+        if (order >= 0)
+            return (floor + 1) | (order > 0);
+    }
+    return floor | 1;
 }
 
 } // namespace
@@ -146,9 +161,9 @@ std::optional<Fixed> round_fixed(Binary value, int places) {
     return fraction < one ? Fixed{integer, fraction} : Fixed{Uint128{integer} + 1, 0};
 }
 
-std::strong_ordering compare_with_half(Binary value, int power, Uint128 floor) {
+std::strong_ordering compare_with_halves(Binary value, int power, Uint128 halves) {
     Natural left(value.mantissa);
-    Natural right(2 * floor + 1);
+    Natural right(halves);
     for (int rest = std::abs(power); rest > 0; rest -= step)
         (power > 0 ? left : right) *=
             small_powers_of_five[static_cast<size_t>(std::min(rest, step))];
@@ -181,6 +196,43 @@ Scientific round_scientific(Binary value, int places) {
     if (digits == 10 * one)
         return {one, exponent + 1};
     return {digits, exponent};
+}
+
+// R. Giulietti, "The Schubfach way to render doubles", 2020: of the multiples of a power of ten
+// that is just finer than the distance to the neighbours one or two lie nearer to the value than to
+// them, and of the ten times coarser ones at most one.
+Shortest shortest(Binary value) {
+    const auto [mantissa, exponent] = value;
+    if (mantissa == 0)
+        return {0, 0};
+    // The neighbour below a power of two is half as far away as that above.
+    const bool is_power = mantissa == uint64_t{1} << 52 && exponent > -1074;
+    const int power = -((exponent * 1262611 - (is_power ? 524031 : 0)) >> 22);
+    const auto scaled = [=](uint64_t quarters) {
+        return scale_to_odd({quarters, exponent}, power);
+    };
+    const uint64_t here = scaled(4 * mantissa);
+    // What lies in the middle between two values is read as the one with the even mantissa.
+    const uint64_t odd = mantissa & 1;
+    const uint64_t lower = scaled(4 * mantissa - 2 + is_power) + odd;
+    const uint64_t upper = scaled(4 * mantissa + 2) - odd;
+    const auto strip = [](Shortest number) {
+        for (; number.digits % 10 == 0; number.digits /= 10)
+            ++number.exponent;
+        return number;
+    };
+    const uint64_t fine = here / 4;
+    if (fine >= 10) {
+        const uint64_t coarse = fine / 10;
+        const bool above = 40 * coarse + 40 <= upper;
+        if ((lower <= 40 * coarse) != above)
+            return strip({coarse + above, 1 - power});
+    }
+    const bool above = 4 * fine + 4 <= upper;
+    if ((lower <= 4 * fine) != above)
+        return strip({fine + above, -power});
+    const uint64_t middle = 4 * fine + 2;
+    return strip({fine + (here > middle || (here == middle && (fine & 1))), -power});
 }
 
 } // namespace kestu

@@ -46,8 +46,18 @@ constexpr int min_exponent = -308;
 // holds after rounding. Zero has the exponent 0.
 Scientific round_scientific(Binary value, int places);
 
-// Whether value * 10^`power` is above, on or below `floor` + 1/2. Slow and always right;
-// round_scientific falls back on it when 128 bits cannot tell.
-std::strong_ordering compare_with_half(Binary value, int power, Uint128 floor);
+// `digits` * 10^`exponent`.
+struct Shortest {
+    uint64_t digits;
+    int exponent;
+};
+
+// The fewest digits that are nearer to a value than to its neighbours, and of those the ones that
+// are nearest to it. The last digit is not 0, unless the value is.
+Shortest shortest(Binary value);
+
+// Whether value * 10^`power` is above, on or below `halves` / 2. Slow and always right; the others
+// fall back on it when 128 bits cannot tell.
+std::strong_ordering compare_with_halves(Binary value, int power, Uint128 halves);
 
 } // namespace kestu

@@ -128,9 +128,12 @@ kestu_error_t *combine(const kestu_bitarr_t *a, const kestu_bitarr_t *b, kestu_b
     const kestu_bitarr_t shorter = array_of(a_is_shorter ? a : b);
     const kestu_bitarr_t longer = array_of(a_is_shorter ? b : a);
     uint64_t *const words = (*out)->words;
-    combine_words(shorter.words, longer.words, words, shorter.nwords, operation);
+    const auto in_order = [=](auto of_shorter, auto of_longer) {
+        return a_is_shorter ? operation(of_shorter, of_longer) : operation(of_longer, of_shorter);
+    };
+    combine_words(shorter.words, longer.words, words, shorter.nwords, in_order);
     for (size_t i = shorter.nwords; i < longer.nwords; ++i)
-        words[i] = operation(uint64_t{0}, longer.words[i]);
+        words[i] = in_order(uint64_t{0}, longer.words[i]);
     clear_above(**out);
     return nullptr;
 }
@@ -233,4 +236,9 @@ kestu_error_t *kestu_bitarr_or(const kestu_bitarr_t *a, const kestu_bitarr_t *b,
 kestu_error_t *kestu_bitarr_and(const kestu_bitarr_t *a, const kestu_bitarr_t *b,
                                 kestu_bitarr_t **out) {
     return combine(a, b, out, [](auto x, auto y) { return x & y; });
+}
+
+kestu_error_t *kestu_bitarr_and_not(const kestu_bitarr_t *a, const kestu_bitarr_t *b,
+                                    kestu_bitarr_t **out) {
+    return combine(a, b, out, [](auto x, auto y) { return x & ~y; });
 }

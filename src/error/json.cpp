@@ -1,4 +1,6 @@
 // Chains as JSON.
+#include "kestu_error.h"
+
 #include "base/format.hpp"
 #include "base/kept_errno.hpp"
 #include "base/utf8_valid.hpp"

@@ -154,9 +154,10 @@ TEST(Format, RoundedDigitsAreTheNearest) {
         const int places = static_cast<int>(random() % (max_places + 1));
         const Binary binary = to_binary(value);
         const auto [digits, exponent] = round_scientific(binary, places);
-        const auto above = compare_with_half(binary, places - exponent, digits);
-        const auto below = digits > 0 ? compare_with_half(binary, places - exponent, digits - 1)
-                                      : std::strong_ordering::greater;
+        const auto above = compare_with_halves(binary, places - exponent, 2 * digits + 1);
+        const auto below = digits > 0
+                               ? compare_with_halves(binary, places - exponent, 2 * digits - 1)
+                               : std::strong_ordering::greater;
         ASSERT_TRUE(above <= 0 && below >= 0) << value;
         ASSERT_TRUE((above != 0 && below != 0) || digits % 2 == 0) << value;
         ASSERT_LT(digits, Uint128{10} * powers_of_ten[static_cast<size_t>(places)]) << value;

@@ -47,6 +47,11 @@ TEST(BitArray, LargeArraysAreCombinedWordByWord) {
     ASSERT_OK(kestu_bitarr_or(b, a, &out));
     for (size_t i = 0; i < b->nwords; ++i)
         wrong += out->words[i] != (i < a->nwords ? a->words[i] | b->words[i] : b->words[i]);
+    ASSERT_OK(kestu_bitarr_and_not(b, a, &out));
+    for (size_t i = 0; i < b->nwords; ++i)
+        wrong += out->words[i] != (i < a->nwords ? b->words[i] & ~a->words[i] : b->words[i]);
+    ASSERT_OK(kestu_bitarr_and_not(a, b, &a));
+    wrong += kestu_bitarr_intersects(a, b);
     EXPECT_EQ(wrong, 0u);
     for (kestu_bitarr_t *array : {a, b, out})
         kestu_bitarr_free(array);
