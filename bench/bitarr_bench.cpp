@@ -1,4 +1,4 @@
-// Bit arrays of 10^8 bits: counting, setting and combining; beside boost::dynamic_bitset,
+// Bit arrays of 10^8 bits: counting, setting, combining and looking for the next one; beside boost::dynamic_bitset,
 // std::bitset and CRoaring.
 #include "kestu_bitarr.h"
 
@@ -24,6 +24,15 @@ std::vector<uint64_t> random_words(unsigned seed) {
     for (uint64_t &word : result)
         word = random();
     result.back() &= (uint64_t{1} << bits % 64) - 1;
+    return result;
+}
+
+// Bits that are `distance` apart on the average.
+std::vector<uint32_t> sparse_bits(uint32_t distance) {
+    std::mt19937 random(4);
+    std::vector<uint32_t> result;
+    for (uint32_t bit = 0; bit < bits; bit += 1 + random() % (2 * distance))
+        result.push_back(bit);
     return result;
 }
 
@@ -143,6 +152,68 @@ void run(benchmark::State &state) {
     }
 }
 
+// Looks up all bits that are set, one from the other on.
+struct OurScan {
+    kestu_bitarr_t *array = nullptr;
+
+    explicit OurScan(const std::vector<uint32_t> &set) {
+        if (kestu_error_t *err = kestu_bitarr_create(&array, bits))
+            kestu_error_malfunction(err);
+        for (const uint32_t bit : set)
+            kestu_bitarr_set(array, bit);
+    }
+    OurScan(const OurScan &) = delete;
+    OurScan &operator=(const OurScan &) = delete;
+    ~OurScan() { kestu_bitarr_free(array); }
+    size_t sum() const {
+        size_t sum = 0;
+        for (size_t bit = 0; (bit = kestu_bitarr_next_set(array, bit)) < bits; ++bit)
+            sum += bit;
+        return sum;
+    }
+};
+
+struct StandardScan {
+    std::unique_ptr<StandardBits> array = std::make_unique<StandardBits>();
+
+    explicit StandardScan(const std::vector<uint32_t> &set) {
+        for (const uint32_t bit : set)
+            array->set(bit);
+    }
+    size_t sum() const {
+        size_t sum = 0;
+        for (size_t bit = array->_Find_first(); bit < bits; bit = array->_Find_next(bit))
+            sum += bit;
+        return sum;
+    }
+};
+
+// Keeps the numbers of bits where they are sparse, not the bits.
+struct RoaringScan {
+    roaring_bitmap_t *array;
+
+    explicit RoaringScan(const std::vector<uint32_t> &set)
+        : array(roaring_bitmap_of_ptr(set.size(), set.data())) {}
+    RoaringScan(const RoaringScan &) = delete;
+    RoaringScan &operator=(const RoaringScan &) = delete;
+    ~RoaringScan() { roaring_bitmap_free(array); }
+    size_t sum() const {
+        size_t sum = 0;
+        roaring_uint32_iterator_t at;
+        roaring_init_iterator(array, &at);
+        for (; at.has_value; roaring_advance_uint32_iterator(&at))
+            sum += at.current_value;
+        return sum;
+    }
+};
+
+template <typename Peer>
+void scan(benchmark::State &state) {
+    const Peer peer(sparse_bits(static_cast<uint32_t>(state.range(0))));
+    for (auto _ : state)
+        benchmark::DoNotOptimize(peer.sum());
+}
+
 #define CASE(peer, operation, name) BENCHMARK(run<peer, &peer::operation>)->Name(name)
 
 CASE(Ours, count, "count 1e8 bits/ours");
@@ -169,5 +240,17 @@ CASE(Ours, intersect, "and 1e8 bits/ours");
 CASE(Boost, intersect, "and 1e8 bits/Boost dynamic_bitset");
 CASE(Standard, intersect, "and 1e8 bits/C++ bitset");
 CASE(Roaring, intersect, "and 1e8 bits/CRoaring");
+
+#define SCAN(peer, who)                                                                            \
+    BENCHMARK(scan<peer>)                                                                          \
+        ->Name("next set bit/" who)                                                                \
+        ->ArgName("distance")                                                                      \
+        ->Arg(10)                                                                                  \
+        ->Arg(1000)                                                                                \
+        ->Arg(300000)
+
+SCAN(OurScan, "ours");
+SCAN(StandardScan, "C++ bitset");
+SCAN(RoaringScan, "CRoaring");
 
 } // namespace

@@ -1,4 +1,4 @@
-// Lists of a million nodes: building, walking and deleting; beside std::list, whose nodes come from
+// Lists of a million nodes: building, walking, sorting and deleting; beside std::list, whose nodes come from
 // the same allocator as those of the `dlm` functions, and GList, whose nodes come in slices.
 #include "in_child.hpp"
 #include "kestu_dl.h"
@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <list>
+#include <random>
 #include <vector>
 
 namespace {
@@ -23,6 +24,17 @@ struct Datum {
 
 void add_tag(uint32_t tag, void *, void *sum) {
     *static_cast<uint64_t *>(sum) += tag;
+}
+
+int by_tag(uint32_t tag_a, void *, uint32_t tag_b, void *, void *) {
+    return (tag_a > tag_b) - (tag_a < tag_b);
+}
+
+using Order = std::mt19937;
+
+void shuffle_tags(kestu_dl_t *list, Order &order) {
+    for (; list; list = list->next)
+        list->tag = static_cast<uint32_t>(order());
 }
 
 // Builds a list as any loop that wants speed: `add` links a node behind the handle it is given, and
@@ -53,6 +65,8 @@ struct HeapNodes {
         kestu_dl_walk(list, add_tag, &sum);
         return sum;
     }
+    void shuffle(Order &order) { shuffle_tags(list, order); }
+    void sort() { kestu_dlm_sort(&list, by_tag, nullptr); }
     void destroy() { kestu_dlm_destroy(&list); }
 };
 
@@ -99,6 +113,13 @@ struct StdList {
             add_tag(datum.tag, datum.data, &sum);
         return sum;
     }
+    void shuffle(Order &order) {
+        for (Datum &datum : list)
+            datum.tag = static_cast<uint32_t>(order());
+    }
+    void sort() {
+        list.sort([](const Datum &a, const Datum &b) { return a.tag < b.tag; });
+    }
     void destroy() { list.clear(); }
 };
 
@@ -120,6 +141,16 @@ struct GLibList {
         };
         g_list_foreach(list, add, &sum);
         return sum;
+    }
+    void shuffle(Order &order) {
+        for (Datum &record : records)
+            record.tag = static_cast<uint32_t>(order());
+    }
+    void sort() {
+        list = g_list_sort(list, [](const void *a, const void *b) {
+            return by_tag(static_cast<const Datum *>(a)->tag, nullptr,
+                          static_cast<const Datum *>(b)->tag, nullptr, nullptr);
+        });
     }
     void destroy() {
         g_list_free(list);
@@ -187,6 +218,17 @@ void walk(benchmark::State &state) {
 }
 
 template <typename List>
+void sort(benchmark::State &state) {
+    measure_in_child(state, [] {
+        List list;
+        Order order;
+        list.build();
+        list.shuffle(order);
+        return seconds_for([&] { list.sort(); });
+    });
+}
+
+template <typename List>
 void destroy(benchmark::State &state) {
     measure_in_child(state, [] {
         List list;
@@ -215,6 +257,9 @@ CASE(walk, HeapNodes, "list walk, 1M malloc nodes/ours");
 CASE(walk, StdList, "list walk, 1M malloc nodes/C++ list");
 CASE(walk, PoolNodes, "list walk, 1M pool nodes/ours");
 CASE(walk, GLibList, "list walk, 1M pool nodes/GList");
+CASE(sort, HeapNodes, "list sort, 1M malloc nodes/ours");
+CASE(sort, StdList, "list sort, 1M malloc nodes/C++ list");
+CASE(sort, GLibList, "list sort, 1M malloc nodes/GList");
 CASE(destroy, HeapNodes, "list deletion, 1M malloc nodes/ours");
 CASE(destroy, StdList, "list deletion, 1M malloc nodes/C++ list");
 CASE(destroy, BareBlocks, "list deletion, 1M malloc nodes/limit (free)");

@@ -216,6 +216,26 @@ std::string printed(const char *format, double number) {
     return text;
 }
 
+void declare_shortest(const std::string &what, const Texts &texts) {
+    std::vector<double> numbers;
+    for (const std::string &text : texts)
+        numbers.push_back(std::stod(text));
+    const auto measure_writing = [&](const std::string &who, auto write) {
+        size_t next = 0;
+        measure("shortest text of doubles, " + what + who, [numbers, next, write]() mutable {
+            return write(numbers[next++ % numbers.size()]);
+        });
+    };
+    measure_writing("/ours", [](double number) {
+        char text[KESTU_STR_DOUBLE_SIZE];
+        return kestu_str_from_double(number, text, sizeof text);
+    });
+    measure_writing("/std::to_chars", [](double number) {
+        char text[KESTU_STR_DOUBLE_SIZE];
+        return std::to_chars(text, text + sizeof text, number).ptr - text;
+    });
+}
+
 void declare_numbers() {
     declare_integers();
     static const Texts amounts = texts_of([](std::mt19937_64 &random) {
@@ -226,6 +246,8 @@ void declare_numbers() {
     });
     declare_doubles("amounts", amounts);
     declare_doubles("17 digits", reals);
+    declare_shortest("amounts", amounts);
+    declare_shortest("17 digits", reals);
 }
 
 } // namespace
