@@ -202,7 +202,8 @@ Scientific round_scientific(Binary value, int places) {
 // that is just finer than the distance to the neighbours one or two lie nearer to the value than to
 // them, and of the ten times coarser ones at most one.
 Shortest shortest(Binary value) {
-    const auto [mantissa, exponent] = value;
+    const uint64_t mantissa = value.mantissa;
+    const int exponent = value.exponent;
     if (mantissa == 0)
         return {0, 0};
     // The neighbour below a power of two is half as far away as that above.

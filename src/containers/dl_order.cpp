@@ -2,6 +2,7 @@
 #include "containers/links.hpp"
 #include "kestu_dl.h"
 
+#include <algorithm>
 #include <utility>
 
 using namespace kestu;
@@ -11,23 +12,38 @@ namespace {
 using Node = kestu_dl_t;
 
 // Two stretches of a list of which the first came first, linked by `next` alone, as are all below.
-// Nodes of equal rank keep their order.
-template <typename Behind>
-Node *merge(Node *first, Node *second, Behind is_behind) {
-    Node *heads[2] = {first, second};
+// Nodes of equal rank keep their order. A node is only written to where the other stretch goes on.
+// `passed` is called with each node that has found its place but for those behind the last pair.
+template <typename Behind, typename Pass>
+Node *merge(Node *first, Node *second, Behind is_behind, Pass passed) {
     Node *merged = nullptr;
     Node **end = &merged;
-    while (heads[0] && heads[1]) {
-        // Which of the two comes is anybody's guess, so it is not left to a branch.
-        Node *&head = heads[is_behind(heads[0], heads[1])];
-        *end = head;
+    const auto pass = [&](Node *&head) {
+        passed(head);
         end = &head->next;
-        head = head->next;
+        head = *end;
         if (head)
             __builtin_prefetch(head->next);
+    };
+    while (first && second) {
+        *end = first;
+        while (first && !is_behind(first, second))
+            pass(first);
+        if (!first)
+            break;
+        *end = second;
+        do
+            pass(second);
+        while (second && is_behind(first, second));
     }
-    *end = heads[0] ? heads[0] : heads[1];
+    *end = first ? first : second;
     return merged;
+}
+
+// Links `node`, which comes behind `prev`, and all behind it backwards.
+void link_back(Node *prev, Node *node) {
+    for (; node; node = node->next)
+        node->prev = std::exchange(prev, node);
 }
 
 // Takes the longest stretch off the front of a list that is in order already.
@@ -41,26 +57,33 @@ Node *take_run(Node *&list, Behind is_behind) {
     return first;
 }
 
-// Stretch i is made of 2^i runs or missing, so that each node is merged log2(runs) times.
+// Stretch i is made of 2^i runs or missing, so that each node is merged log2(runs) times. The last
+// merging, through all nodes, links them backwards.
 template <typename Behind>
 Node *merge_sort(Node *list, Behind is_behind) {
     Node *stretches[64] = {};
+    const auto merge_only = [=](Node *first, Node *second) {
+        return merge(first, second, is_behind, [](Node *) {});
+    };
+    size_t count = 0;
     while (list) {
         Node *merged = take_run(list, is_behind);
-        Node **stretch = stretches;
-        for (; *stretch; ++stretch)
-            merged = merge(std::exchange(*stretch, nullptr), merged, is_behind);
-        *stretch = merged;
+        size_t i = 0;
+        for (; stretches[i]; ++i)
+            merged = merge_only(std::exchange(stretches[i], nullptr), merged);
+        stretches[i] = merged;
+        count = std::max(count, i + 1);
     }
+    if (count == 0)
+        return nullptr;
     Node *sorted = nullptr;
-    for (Node *stretch : stretches)
-        sorted = merge(stretch, sorted, is_behind);
+    for (size_t i = 0; i + 1 < count; ++i)
+        sorted = merge_only(stretches[i], sorted);
+    Node *last = nullptr;
+    sorted = merge(stretches[count - 1], sorted, is_behind,
+                   [&last](Node *node) { node->prev = std::exchange(last, node); });
+    link_back(last, last ? last->next : sorted);
     return sorted;
-}
-
-void link_back(Node *first) {
-    for (Node *node = first, *prev = nullptr; node; prev = std::exchange(node, node->next))
-        node->prev = prev;
 }
 
 // Whether `last` is `first` or comes behind it, with `but` not among them.
@@ -76,7 +99,6 @@ void kestu_dl_sort(kestu_dl_t **handle, kestu_dl_compare_func compare, void *bat
     *handle = merge_sort(first_of(*handle), [=](const Node *a, const Node *b) {
         return compare(a->tag, a->data, b->tag, b->data, baton) > 0;
     });
-    link_back(*handle);
 }
 
 void kestu_dlm_sort(kestu_dl_t **handle, kestu_dl_compare_func compare, void *baton) {
