@@ -1,6 +1,6 @@
 """Shows what the records of libkestu hold when gdb prints pointers to them.
 
-gdb loads this by itself with the library. Errors, lists, stacks, trees, tries, string lists, bit arrays,
+gdb loads this by itself with the library. Errors, lists, stacks, trees, tries, maps, string lists, bit arrays,
 objects and images are shown as what they mean; *pointer shows the record of a node itself, as does print /r.
 """
 import struct
@@ -166,6 +166,35 @@ class Trie(Printer):
                 waiting += reversed((first_word, *read("<16Q", node + 24)))
 
 
+class Map(Printer):
+    """Keys and values in their order."""
+
+    DIRECT, SLOTS = 8, 257
+
+    def title(self):
+        return f"map of {read('<8xQ', int(self.pointer))[0]}"
+
+    def entries(self):
+        waiting = [*read("<Q", int(self.pointer))]
+        while waiting:
+            child = waiting.pop()
+            if child & 1:
+                value, length = read("<QQ", child - 1)
+                key = read(f"{length}s", child + 15)[0] if length else b""
+                yield quoted(key), gdb.Value(value).cast(gdb.lookup_type("void").pointer())
+            elif child:
+                waiting += reversed(self.below(child))
+
+    def below(self, node):
+        count, kind = read("<HxB", node + 16)
+        places = node + 8 * kind
+        if kind < self.DIRECT:
+            return read(f"<{count}Q", places)
+        if kind == self.DIRECT:
+            return read(f"<{self.SLOTS}Q", places)
+        return [read("<Q", places + 8 * (number - 1))[0] for number in read(f"{self.SLOTS}B", node + 20) if number]
+
+
 class Bits(Printer):
     hint = None
 
@@ -235,6 +264,7 @@ RECORDS = {
     "kestu_stk_t": Stack,
     "kestu_strlist_t": Strings,
     "kestu_trie_t": Trie,
+    "kestu_map_t": Map,
     "kestu_bitarr_t": Bits,
     "kestu_error_t": Error,
     "kestu_obj_t": Object,

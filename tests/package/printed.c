@@ -41,6 +41,18 @@ int main(void) {
     DO(kestu_trie_insert(trie, "Anna\0", 5, (void *)2, pool));
     DO(kestu_trie_insert(trie, "", 0, (void *)3, pool));
 
+    kestu_map_t *map = NULL;
+    DO(kestu_map_create(&map, pool));
+    DO(kestu_map_insert(map, "Bert", 4, (void *)2));
+    DO(kestu_map_insert(map, "Anna", 4, (void *)1));
+    DO(kestu_map_insert(map, "", 0, NULL));
+    kestu_map_t *wide[2] = {NULL, NULL};
+    for (int i = 0; i < 2; ++i) {
+        DO(kestu_map_create(&wide[i], pool));
+        for (unsigned char c = i ? 250 : 60; c > 0; --c)
+            DO(kestu_map_insert(wide[i], &c, 1, (void *)(uintptr_t)c));
+    }
+
     kestu_strlist_t *strings = NULL;
     DO(kestu_strlist_create(&strings, pool));
     DO(kestu_strlist_addlast(strings, "one", pool));

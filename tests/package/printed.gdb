@@ -12,6 +12,11 @@ print stack
 print tree
 print trie
 print *trie
+print map
+set print elements 3
+print wide[0]
+print wide[1]
+set print elements 200
 print strings
 print bits
 print *bits
