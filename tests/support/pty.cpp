@@ -53,29 +53,29 @@ winsize size_of(int columns, int rows) {
 
 } // namespace
 
-Terminal::Terminal(int columns, int rows) : screen(columns, rows) {
+Terminal::Terminal(int columns, int rows) : screen_(columns, rows) {
     const winsize size = size_of(columns, rows);
-    if (openpty(&master, &slave, nullptr, nullptr, &size) != 0)
+    if (openpty(&master_, &slave_, nullptr, nullptr, &size) != 0)
         throw std::runtime_error("there is no pseudo-terminal");
 }
 
 Terminal::~Terminal() {
-    if (child > 0) {
-        kill(child, SIGKILL);
-        waitpid(child, nullptr, 0);
+    if (child_ > 0) {
+        kill(child_, SIGKILL);
+        waitpid(child_, nullptr, 0);
     }
-    close(master);
-    if (slave >= 0)
-        close(slave);
+    close(master_);
+    if (slave_ >= 0)
+        close(slave_);
 }
 
 void Terminal::start(const std::function<void()> &body) {
     std::fflush(nullptr);
-    child = fork();
-    if (child != 0)
+    child_ = fork();
+    if (child_ != 0)
         return;
-    close(master);
-    login_tty(slave);
+    close(master_);
+    login_tty(slave_);
     // What started the tests may have it ignore signals.
     for (const int number : {SIGHUP, SIGINT, SIGQUIT})
         ::signal(number, SIG_DFL);
@@ -92,8 +92,8 @@ void Terminal::run(const std::function<void()> &body) {
 void Terminal::run(const std::vector<std::string> &command,
                    const std::vector<std::string> &environment) {
     start([&] { execute(command, environment); });
-    close(slave);
-    slave = -1;
+    close(slave_);
+    slave_ = -1;
 }
 
 // Standard error is the terminal even where a test redirects standard output.
@@ -106,12 +106,12 @@ void Terminal::report(const std::string &result) {
 }
 
 void Terminal::type(std::string_view bytes) const {
-    write_all(master, bytes);
+    write_all(master_, bytes);
 }
 
 // The state stands behind the name in parentheses, which may hold anything.
 void Terminal::wait_for_sleep() const {
-    const std::string path = "/proc/" + std::to_string(child) + "/stat";
+    const std::string path = "/proc/" + std::to_string(child_) + "/stat";
     for (;;) {
         const std::string stat = read_file(path);
         const size_t name_end = stat.rfind(')');
@@ -123,29 +123,29 @@ void Terminal::wait_for_sleep() const {
 
 void Terminal::resize(int columns, int rows) {
     wait_for_sleep();
-    screen.resize(columns, rows);
+    screen_.resize(columns, rows);
     const winsize size = size_of(columns, rows);
-    ioctl(master, TIOCSWINSZ, &size);
+    ioctl(master_, TIOCSWINSZ, &size);
 }
 
 void Terminal::signal(int number) const {
     wait_for_sleep();
-    kill(child, number);
+    kill(child_, number);
 }
 
 void Terminal::take(char c) {
     if (c == mark_byte) {
-        ++marks;
+        ++marks_;
     } else if (c == report_begins) {
-        reporting = true;
+        reporting_ = true;
     } else if (c == report_ends) {
-        reporting = false;
-        results.push_back(std::move(result));
-        result.clear();
-    } else if (reporting) {
-        result += c;
+        reporting_ = false;
+        results_.push_back(std::move(result_));
+        result_.clear();
+    } else if (reporting_) {
+        result_ += c;
     } else {
-        screen.write({&c, 1});
+        screen_.write({&c, 1});
     }
 }
 
@@ -155,7 +155,7 @@ bool Terminal::follow() {
     // The first read to fail may have looked for output just before the last of it came.
     for (int attempt = 0; attempt < 2; ++attempt) {
         char c = 0;
-        const ssize_t count = read(master, &c, 1);
+        const ssize_t count = read(master_, &c, 1);
         if (count == 1)
             take(c);
         if (count == 1 || (count < 0 && errno == EINTR))
@@ -165,13 +165,13 @@ bool Terminal::follow() {
 }
 
 void Terminal::wait_for_mark() {
-    follow_until([this, wanted = marks + 1] { return marks == wanted; });
+    follow_until([this, wanted = marks_ + 1] { return marks_ == wanted; });
 }
 
 std::string Terminal::wait_for_report() {
-    follow_until([this] { return !results.empty(); });
-    std::string first = results.front();
-    results.pop_front();
+    follow_until([this] { return !results_.empty(); });
+    std::string first = results_.front();
+    results_.pop_front();
     return first;
 }
 
@@ -189,8 +189,8 @@ int Terminal::wait_for_end() {
     while (follow()) {
     }
     int status = 0;
-    waitpid(child, &status, 0);
-    child = -1;
+    waitpid(child_, &status, 0);
+    child_ = -1;
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
@@ -202,14 +202,14 @@ std::string Terminal::press(std::string_view key) {
 
 termios Terminal::settings() const {
     termios found{};
-    tcgetattr(master, &found);
+    tcgetattr(master_, &found);
     return found;
 }
 
 void Terminal::change_settings(const std::function<void(termios &)> &change) const {
     termios found = settings();
     change(found);
-    tcsetattr(master, TCSANOW, &found);
+    tcsetattr(master_, TCSANOW, &found);
 }
 
 } // namespace kestu::test

@@ -51,7 +51,7 @@ class Terminal {
     // Presses a key and waits for the next mark; what the screen shows then.
     std::string press(std::string_view key);
 
-    std::string shown() const { return screen.shown(); }
+    std::string shown() const { return screen_.shown(); }
     termios settings() const;
     void change_settings(const std::function<void(termios &)> &change) const;
 
@@ -62,14 +62,14 @@ class Terminal {
     void follow_until(const std::function<bool()> &condition);
     void take(char c);
 
-    Screen screen;
-    int master = -1;
-    int slave = -1;
-    pid_t child = -1;
-    size_t marks = 0;
-    bool reporting = false;
-    std::string result;
-    std::deque<std::string> results;
+    Screen screen_;
+    int master_ = -1;
+    int slave_ = -1;
+    pid_t child_ = -1;
+    size_t marks_ = 0;
+    bool reporting_ = false;
+    std::string result_;
+    std::deque<std::string> results_;
 };
 
 } // namespace kestu::test

@@ -5,13 +5,13 @@
 namespace kestu::test {
 
 Screen::Screen(int columns, int lines)
-    : width(static_cast<size_t>(columns)), height(static_cast<size_t>(lines)),
-      rows(height, std::string(width, ' ')) {}
+    : width_(static_cast<size_t>(columns)), height_(static_cast<size_t>(lines)),
+      rows_(height_, std::string(width_, ' ')) {}
 
 void Screen::write(std::string_view bytes) {
     for (const char c : bytes)
-        if (!escape.empty() || c == '\x1b') {
-            escape += c;
+        if (!escape_.empty() || c == '\x1b') {
+            escape_ += c;
             sequence();
         } else if (!control(c)) {
             put(c);
@@ -19,22 +19,22 @@ void Screen::write(std::string_view bytes) {
 }
 
 void Screen::resize(int columns, int lines) {
-    width = static_cast<size_t>(columns);
-    height = static_cast<size_t>(lines);
-    rows.resize(height);
-    for (std::string &text : rows)
-        text.resize(width, ' ');
-    row = std::min(row, height - 1);
-    column = std::min(column, width);
+    width_ = static_cast<size_t>(columns);
+    height_ = static_cast<size_t>(lines);
+    rows_.resize(height_);
+    for (std::string &text : rows_)
+        text.resize(width_, ' ');
+    row_ = std::min(row_, height_ - 1);
+    column_ = std::min(column_, width_);
 }
 
 std::string Screen::shown() const {
     std::string all;
     size_t used = 0;
-    for (size_t i = 0; i < height; ++i) {
-        std::string text = rows[i];
-        if (i == row)
-            text.insert(column, 1, '|');
+    for (size_t i = 0; i < height_; ++i) {
+        std::string text = rows_[i];
+        if (i == row_)
+            text.insert(column_, 1, '|');
         text.erase(text.find_last_not_of(' ') + 1);
         all += text;
         if (!text.empty())
@@ -48,7 +48,7 @@ std::string Screen::shown() const {
 bool Screen::control(char c) {
     switch (c) {
     case '\r':
-        column = 0;
+        column_ = 0;
         return true;
     case '\n':
         next_row();
@@ -59,39 +59,39 @@ bool Screen::control(char c) {
 }
 
 void Screen::put(char c) {
-    if (column == width && !wraps) {
-        --column;
-    } else if (column == width) {
-        column = 0;
+    if (column_ == width_ && !wraps_) {
+        --column_;
+    } else if (column_ == width_) {
+        column_ = 0;
         next_row();
     }
-    rows[row][column++] = c;
+    rows_[row_][column_++] = c;
 }
 
 void Screen::next_row() {
-    if (row + 1 < height) {
-        ++row;
+    if (row_ + 1 < height_) {
+        ++row_;
         return;
     }
-    rows.erase(rows.begin());
-    rows.emplace_back(width, ' ');
+    rows_.erase(rows_.begin());
+    rows_.emplace_back(width_, ' ');
 }
 
 void Screen::sequence() {
-    if (escape == "\x1b[2J")
-        rows.assign(height, std::string(width, ' '));
-    else if (escape == "\x1b[0;0H")
-        row = column = 0;
-    else if (escape == "\x1b[A")
-        row -= row > 0;
-    else if (escape == "\x1b[?7l" || escape == "\x1b[?7h")
-        wraps = escape.back() == 'h';
-    else if (escape.size() < 6)
+    if (escape_ == "\x1b[2J")
+        rows_.assign(height_, std::string(width_, ' '));
+    else if (escape_ == "\x1b[0;0H")
+        row_ = column_ = 0;
+    else if (escape_ == "\x1b[A")
+        row_ -= row_ > 0;
+    else if (escape_ == "\x1b[?7l" || escape_ == "\x1b[?7h")
+        wraps_ = escape_.back() == 'h';
+    else if (escape_.size() < 6)
         return;
     else
-        for (const char c : escape)
+        for (const char c : escape_)
             put(c);
-    escape.clear();
+    escape_.clear();
 }
 
 } // namespace kestu::test

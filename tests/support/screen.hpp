@@ -28,13 +28,13 @@ class Screen {
     bool control(char c);
     void sequence();
 
-    size_t width;
-    size_t height;
-    std::vector<std::string> rows;
-    size_t row = 0;
-    bool wraps = true;
-    size_t column = 0;  // `width` while the cursor waits behind the last column
-    std::string escape; // a sequence that has begun
+    size_t width_;
+    size_t height_;
+    std::vector<std::string> rows_;
+    size_t row_ = 0;
+    bool wraps_ = true;
+    size_t column_ = 0;  // `width_` while the cursor waits behind the last column
+    std::string escape_; // a sequence that has begun
 };
 
 } // namespace kestu::test
