@@ -86,18 +86,19 @@ void memory() {
         "C++ array, sum of 20 x 20 x 20",
         [] {
             int sum = 0;
-            for (uint32_t i = 0; i < 20; ++i)
-                for (uint32_t j = 0; j < 20; ++j)
+            for (uint32_t i = 0; i < array.dim(0); ++i)
+                for (uint32_t j = 0; j < array.dim(1); ++j)
                     for (int value : array.row(i, j))
                         sum += value;
             DoNotOptimize(sum);
         },
         [] {
             int sum = 0;
-            auto *blocks = static_cast<int ***>(array.get()->data);
-            for (uint32_t i = 0; i < 20; ++i)
-                for (uint32_t j = 0; j < 20; ++j)
-                    for (uint32_t k = 0; k < 20; ++k)
+            const kestu_mem_array_t *a = array.get();
+            auto *blocks = static_cast<int ***>(a->data);
+            for (uint32_t i = 0; i < a->dims[0]; ++i)
+                for (uint32_t j = 0; j < a->dims[1]; ++j)
+                    for (uint32_t k = 0; k < a->dims[2]; ++k)
                         sum += blocks[i][j][k];
             DoNotOptimize(sum);
         });
@@ -150,19 +151,19 @@ void lists() {
         for (int &value : values)
             value = static_cast<int>((static_cast<unsigned>(value) * 7919U + 13U) % 1000U);
     };
+    static kestu_dl_t *by_hand = nullptr;
+    for (int &value : values)
+        kestu_error_clear(kestu_dl_append(&by_hand, 0, &value, &by_hand, kestu_pool));
     compare(
         "C++ list, sorting of 1000", [] { shuffle(), list.sort(); },
         [] {
             shuffle();
-            kestu_dl_t *first = list.get();
             kestu_dl_sort(
-                &first,
+                &by_hand,
                 [](uint32_t, void *a, uint32_t, void *b, void *) {
                     return static_cast<int>(*static_cast<int *>(b) < *static_cast<int *>(a));
                 },
                 nullptr);
-            list.reverse(); // the list learns of its first node
-            kestu_dl_reverse(&first);
         });
     static kestu::Pool pool;
     static kestu::Stack<int> stack(pool);
@@ -397,10 +398,12 @@ void texts() {
     compare(
         "C++ unescape", [] { DoNotOptimize(kestu::unescape("some\\ttext\\n")); },
         [] {
-            char out[64];
-            size_t size = sizeof out;
-            kestu_error_clear(kestu_str_escape_parse(out, &size, "some\\ttext\\n", 12, 0, 0));
+            const char *text = "some\\ttext\\n";
+            size_t size = std::strlen(text) + 1;
+            auto *out = static_cast<char *>(std::malloc(size));
+            kestu_error_clear(kestu_str_escape_parse(out, &size, text, size - 1, 0, 0));
             DoNotOptimize(out);
+            std::free(out);
         });
     compare(
         "C++ to base 62", [] { DoNotOptimize(kestu::to_base(1234567, 62)); },

@@ -45,7 +45,7 @@ struct Place {
     }
 };
 
-class Error : public std::exception {
+class Error final : public std::exception {
     struct Steps {
         using Place = const kestu_error_t *;
         static const kestu_error_t &show(Place element) { return *element; }
@@ -75,7 +75,10 @@ class Error : public std::exception {
         }
         return *this;
     }
-    ~Error() override { kestu_error_clear(chain_); }
+    ~Error() override {
+        if (chain_)
+            kestu_error_clear(chain_);
+    }
 
     // The first line that print would print. Made when it is first asked for.
     const char *what() const noexcept override {

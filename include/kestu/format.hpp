@@ -317,19 +317,16 @@ int print_into(char *out, size_t size, const char *format, const Arguments &...a
         std::tuple_cat(engine_arguments(arguments)...));
 }
 
-// The error of the engine, which has no other place for it than errno.
-inline kestu_error_t *format_error(int kept) noexcept {
-    const int failure = std::exchange(errno, kept);
-    return kestu_error_aprwrapf_i(failure, 0, nullptr, nullptr, "Cannot format text");
+[[gnu::cold]] inline kestu_error_t *format_error() noexcept {
+    return kestu_error_aprwrapf_i(errno, 0, nullptr, nullptr, "Cannot format text");
 }
 
 template <typename... Arguments>
 kestu_error_t *format_string(std::string &text, const char *format, const Arguments &...arguments) {
     char few[256];
-    const int kept = errno;
     const int length = print_into(few, sizeof few, format, arguments...);
     if (length < 0) [[unlikely]]
-        return format_error(kept);
+        return format_error();
     const auto size = static_cast<size_t>(length);
     if (size < sizeof few) {
         text.assign(few, size);
@@ -343,7 +340,8 @@ kestu_error_t *format_string(std::string &text, const char *format, const Argume
 } // namespace detail
 
 // The text of a format and its arguments. Fails for a floating value whose integer part is 2^64 or
-// more, for a width or precision beyond INT_MAX, and for a text of as many characters.
+// more, for a width or precision beyond INT_MAX, and for a text of as many characters; errno is
+// then set as by rpl_snprintf.
 template <typename... Arguments>
 std::string format(Format<std::type_identity_t<Arguments>...> format,
                    const Arguments &...arguments) {
@@ -365,20 +363,18 @@ Expected<std::string> format(std::nothrow_t, Format<std::type_identity_t<Argumen
 template <typename... Arguments>
 size_t format_to(std::span<char> out, Format<std::type_identity_t<Arguments>...> format,
                  const Arguments &...arguments) {
-    const int kept = errno;
     const int length = detail::print_into(out.data(), out.size(), format.text(), arguments...);
     if (length < 0) [[unlikely]]
-        detail::raise(detail::format_error(kept));
+        detail::raise(detail::format_error());
     return static_cast<size_t>(length);
 }
 template <typename... Arguments>
 Expected<size_t> format_to(std::nothrow_t, std::span<char> out,
                            Format<std::type_identity_t<Arguments>...> format,
                            const Arguments &...arguments) {
-    const int kept = errno;
     const int length = detail::print_into(out.data(), out.size(), format.text(), arguments...);
     if (length < 0) [[unlikely]]
-        return detail::failed(detail::format_error(kept));
+        return detail::failed(detail::format_error());
     return static_cast<size_t>(length);
 }
 

@@ -59,9 +59,7 @@ class Pool {
     }
 
     // Memory that goes with the pool; std::bad_alloc when there is none.
-    void *allocate(size_t bytes, size_t alignment = alignof(std::max_align_t)) {
-        return claim(pool_, bytes, alignment);
-    }
+    void *allocate(size_t bytes, size_t alignment = 8) { return claim(pool_, bytes, alignment); }
 
     // A new T, or an array of T that are all zero, in the pool. An object that has a destructor is
     // destroyed with the pool.

@@ -8,6 +8,7 @@
 #include <iterator>
 #include <memory>
 #include <type_traits>
+#include <utility>
 
 namespace kestu {
 inline namespace KESTU_CPP {
@@ -35,7 +36,7 @@ class Iterator {
                                                  std::input_iterator_tag>;
 
     Iterator() = default;
-    explicit Iterator(Place place) noexcept : place_(place) {}
+    explicit Iterator(Place place) noexcept : place_(std::move(place)) {}
 
     reference operator*() const { return Steps::show(place_); }
     auto operator->() const {

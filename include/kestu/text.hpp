@@ -78,11 +78,25 @@ Expected<T> to_number(std::nothrow_t, const detail::Terminated &text) {
     return number;
 }
 
-// The digits of `value` in a base from 2 to 62; empty for another one.
-inline std::string to_base(int64_t value, int base) {
-    char digits[66];
-    const int length = kestu_str_int64_to_base62(value, base, digits, sizeof digits);
-    return {digits, static_cast<size_t>(length)};
+// The digits of a number.
+class Digits {
+  public:
+    Digits(int64_t value, int base) noexcept
+        : size_(kestu_str_int64_to_base62(value, base, text_, sizeof text_)) {}
+    operator std::string_view() const noexcept { return {text_, static_cast<size_t>(size_)}; }
+    const char *c_str() const noexcept { return size_ ? text_ : ""; }
+    friend bool operator==(const Digits &a, std::string_view b) noexcept {
+        return std::string_view(a) == b;
+    }
+
+  private:
+    char text_[66];
+    int size_;
+};
+
+// The digits of `value` in a base from 2 to 62; none for another one.
+inline Digits to_base(int64_t value, int base) noexcept {
+    return Digits(value, base);
 }
 
 namespace detail {
@@ -113,32 +127,51 @@ inline Expected<int64_t> from_base(std::nothrow_t, const detail::Terminated &tex
     return value;
 }
 
-// Decodes the escapes of `text` (kestu_escape.h).
-inline Expected<std::string> unescape(std::nothrow_t, std::string_view text) {
-    std::string out(text.size(), '\0'); // what is decoded is never longer
+namespace detail {
+
+inline kestu_error_t *unescape(std::string_view text, std::string &out) {
+    out.resize(text.size()); // what is decoded is never longer
     size_t size = out.size() + 1;
-    if (kestu_error_t *err =
-            kestu_str_escape_parse(out.data(), &size, text.data(), text.size(), 0, 0))
-        return detail::failed(err);
+    kestu_error_t *err = kestu_str_escape_parse(out.data(), &size, text.data(), text.size(), 0, 0);
+    if (!err)
+        out.resize(size - 1);
+    return err;
+}
+
+inline kestu_error_t *escape(std::string_view text, std::string &out) {
+    size_t size = 0;
+    if (kestu_error_t *err = kestu_str_escape_unparse(nullptr, &size, text.data(), text.size()))
+        return err;
     out.resize(size - 1);
+    return kestu_str_escape_unparse(out.data(), &size, text.data(), text.size());
+}
+
+} // namespace detail
+
+// Decodes the escapes of `text` (kestu_escape.h).
+inline std::string unescape(std::string_view text) {
+    std::string out;
+    detail::check(detail::unescape(text, out));
     return out;
 }
-inline std::string unescape(std::string_view text) {
-    return take(unescape(std::nothrow, text));
+inline Expected<std::string> unescape(std::nothrow_t, std::string_view text) {
+    std::string out;
+    if (kestu_error_t *err = detail::unescape(text, out))
+        return detail::failed(err);
+    return out;
 }
 
 // Printable text that unescape turns back into `text`.
-inline Expected<std::string> escape(std::nothrow_t, std::string_view text) {
-    size_t size = 0;
-    if (kestu_error_t *err = kestu_str_escape_unparse(nullptr, &size, text.data(), text.size()))
-        return detail::failed(err);
-    std::string out(size - 1, '\0');
-    if (kestu_error_t *err = kestu_str_escape_unparse(out.data(), &size, text.data(), text.size()))
-        return detail::failed(err);
+inline std::string escape(std::string_view text) {
+    std::string out;
+    detail::check(detail::escape(text, out));
     return out;
 }
-inline std::string escape(std::string_view text) {
-    return take(escape(std::nothrow, text));
+inline Expected<std::string> escape(std::nothrow_t, std::string_view text) {
+    std::string out;
+    if (kestu_error_t *err = detail::escape(text, out))
+        return detail::failed(err);
+    return out;
 }
 
 // Whether the bytes are well-formed UTF-8.

@@ -12,13 +12,14 @@
 #include "error.hpp"
 
 #include <string_view>
+#include <vector>
 
 namespace kestu {
 inline namespace KESTU_CPP {
 
 // A trie whose nodes it owns (the `triem` functions), in the order of kestu_trie_walk. Iterators
-// stay right until their entry is removed; to go on they look up the way of their key, so that
-// `each` is the faster walk.
+// stay right until the trie changes. They keep the way to their entry, which makes copies of them
+// dear; `each` is the faster walk.
 template <typename T>
 class Trie {
     using Held = detail::Held<T>;
@@ -30,10 +31,15 @@ class Trie {
     };
 
   private:
+    // A branching with those of its children that are still to be visited, a bit for each.
+    struct Branch {
+        const kestu_trie_inner_t *node;
+        unsigned children;
+    };
     struct Steps {
         struct Place {
             const kestu_trie_leaf_t *leaf = nullptr;
-            const kestu_trie_t *trie = nullptr;
+            std::vector<Branch> way = {};
             bool operator==(const Place &other) const { return leaf == other.leaf; }
         };
         static Entry show(const Place &place) {
@@ -43,38 +49,35 @@ class Trie {
         static const kestu_trie_leaf_t *record(const Place &place) { return place.leaf; }
 
         static void next(Place &place) {
-            const kestu_trie_leaf_t &leaf = *place.leaf;
-            const kestu_trie_node_t *node = place.trie->root;
-            const kestu_trie_node_t *next = nullptr;
-            for (uint64_t depth = 0; node != as_node(&leaf); ++depth) {
-                const auto *inner = reinterpret_cast<const kestu_trie_inner_t *>(node);
-                const bool is_end = inner->end == &leaf;
-                const unsigned half =
-                    is_end ? 0 : leaf.key[depth / 2] >> (depth % 2 == 0 ? 0 : 4) & 15U;
-                if (const kestu_trie_node_t *later = child_from(*inner, is_end ? 0 : half + 1))
-                    next = later;
-                if (is_end)
-                    break;
-                node = inner->children[half];
-            }
-            place.leaf = first_below(next);
+            place.leaf = nullptr;
+            if (!place.way.empty())
+                descend(place, take_child(place.way));
         }
 
-        static const kestu_trie_node_t *as_node(const kestu_trie_leaf_t *leaf) {
-            return reinterpret_cast<const kestu_trie_node_t *>(leaf);
-        }
-        static const kestu_trie_node_t *child_from(const kestu_trie_inner_t &inner, unsigned from) {
-            for (unsigned i = from; i < 16; ++i)
-                if (inner.children[i])
-                    return inner.children[i];
-            return nullptr;
-        }
-        static const kestu_trie_leaf_t *first_below(const kestu_trie_node_t *node) {
-            while (node && node->type == KESTU_TRIE_INNER) {
+        // Goes to the first leaf from `node` on, if there is one: a branching may have lost them all.
+        static void descend(Place &place, const kestu_trie_node_t *node) {
+            while (node->type == KESTU_TRIE_INNER) {
                 const auto *inner = reinterpret_cast<const kestu_trie_inner_t *>(node);
-                node = inner->end ? as_node(inner->end) : child_from(*inner, 0);
+                unsigned children = 0;
+                for (unsigned i = 0; i < 16; ++i)
+                    children |= static_cast<unsigned>(inner->children[i] != nullptr) << i;
+                if (children != 0)
+                    place.way.push_back({inner, children});
+                place.leaf = inner->end;
+                if (place.leaf || place.way.empty())
+                    return;
+                node = take_child(place.way);
             }
-            return reinterpret_cast<const kestu_trie_leaf_t *>(node);
+            place.leaf = reinterpret_cast<const kestu_trie_leaf_t *>(node);
+        }
+
+        static const kestu_trie_node_t *take_child(std::vector<Branch> &way) {
+            Branch &last = way.back();
+            const kestu_trie_node_t *child = last.node->children[__builtin_ctz(last.children)];
+            last.children &= last.children - 1;
+            if (last.children == 0)
+                way.pop_back();
+            return child;
         }
     };
 
@@ -93,8 +96,11 @@ class Trie {
     }
     ~Trie() { clear(); }
 
-    iterator begin() const noexcept {
-        return iterator({trie_ ? Steps::first_below(trie_->root) : nullptr, trie_});
+    iterator begin() const {
+        typename Steps::Place place;
+        if (!empty())
+            Steps::descend(place, trie_->root);
+        return iterator(std::move(place));
     }
     iterator end() const noexcept { return iterator(); }
     bool empty() const noexcept { return !trie_ || !trie_->root; }
