@@ -85,7 +85,7 @@ class Matrix {
     explicit Matrix(Bounds bounds) noexcept : bounds_(bounds) {}
 
     // Row by row, so that a failure leaves nothing behind.
-    kestu_error_t *allocate() noexcept {
+    kestu_error_t *allocate() {
         T **rows = nullptr;
         kestu_error_t *err =
             kestu_mem_vector_alloc(&rows, sizeof *rows, bounds_.first_row, bounds_.last_row);
@@ -99,7 +99,7 @@ class Matrix {
         return kestu_error_quick_wrap_i(0, nullptr, nullptr, err, "Cannot allocate matrix.");
     }
 
-    void free() noexcept {
+    void free() {
         kestu_mem_matrix_free(rows_, sizeof(T), bounds_.first_row, bounds_.last_row,
                               bounds_.first_column, bounds_.last_column);
         rows_ = nullptr;
@@ -181,7 +181,7 @@ class Array {
     }
 
     // Builds what kestu_mem_array_alloc would, but leaves nothing behind when it fails.
-    kestu_error_t *allocate(const std::array<uint32_t, N> &dims) noexcept {
+    kestu_error_t *allocate(const std::array<uint32_t, N> &dims) {
         kestu_error_t *err = check_size(dims);
         kestu_mem_array_t *made = nullptr;
         if (!err)
@@ -215,7 +215,7 @@ class Array {
     }
 
     template <size_t depth>
-    static kestu_error_t *build(void **slot, const std::array<uint32_t, N> &dims) noexcept {
+    static kestu_error_t *build(void **slot, const std::array<uint32_t, N> &dims) {
         constexpr bool is_last = depth == N - 1;
         kestu_error_t *err =
             kestu_mem_calloc(dims[depth], is_last ? sizeof(T) : sizeof(void *), slot);

@@ -5,6 +5,9 @@
 // threads holds. Plain functions throw kestu::Error; with std::nothrow as their first argument they
 // return kestu::Expected instead. What the standard library throws, such as std::bad_alloc from a
 // std::string, comes as it is in either form.
+//
+// What cannot fail is seldom marked noexcept: the C functions are not, so that the compiler would
+// guard each call of one.
 #pragma once
 
 #include "../kestu_error.h"

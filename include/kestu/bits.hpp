@@ -71,27 +71,27 @@ class BitArray {
 
     size_t size() const noexcept { return bits_ ? bits_->nbits : 0; }
     bool empty() const noexcept { return size() == 0; }
-    size_t count() const noexcept { return kestu_bitarr_num_bits_set(bits_); }
+    size_t count() const { return kestu_bitarr_num_bits_set(bits_); }
 
     // Single bits; beyond the end they are 0 and stay so.
-    bool operator[](size_t bit) const noexcept { return kestu_bitarr_get(bits_, bit) != 0; }
-    void set(size_t bit) noexcept { kestu_bitarr_set(bits_, bit); }
-    void reset(size_t bit) noexcept { kestu_bitarr_clear(bits_, bit); }
-    void flip(size_t bit) noexcept { kestu_bitarr_toggle(bits_, bit); }
+    bool operator[](size_t bit) const { return kestu_bitarr_get(bits_, bit) != 0; }
+    void set(size_t bit) { kestu_bitarr_set(bits_, bit); }
+    void reset(size_t bit) { kestu_bitarr_clear(bits_, bit); }
+    void flip(size_t bit) { kestu_bitarr_toggle(bits_, bit); }
 
     // `count` bits from `from` on, and all bits.
-    void set(size_t from, size_t count) noexcept { kestu_bitarr_set_range(bits_, from, count); }
-    void reset(size_t from, size_t count) noexcept { kestu_bitarr_clear_range(bits_, from, count); }
-    void flip(size_t from, size_t count) noexcept { kestu_bitarr_toggle_range(bits_, from, count); }
-    void set() noexcept { kestu_bitarr_set_all(bits_); }
-    void reset() noexcept { kestu_bitarr_clear_all(bits_); }
-    void flip() noexcept { kestu_bitarr_toggle_all(bits_); }
+    void set(size_t from, size_t count) { kestu_bitarr_set_range(bits_, from, count); }
+    void reset(size_t from, size_t count) { kestu_bitarr_clear_range(bits_, from, count); }
+    void flip(size_t from, size_t count) { kestu_bitarr_toggle_range(bits_, from, count); }
+    void set() { kestu_bitarr_set_all(bits_); }
+    void reset() { kestu_bitarr_clear_all(bits_); }
+    void flip() { kestu_bitarr_toggle_all(bits_); }
 
-    BitArray &operator<<=(size_t count) noexcept {
+    BitArray &operator<<=(size_t count) {
         kestu_bitarr_shift_up(bits_, count);
         return *this;
     }
-    BitArray &operator>>=(size_t count) noexcept {
+    BitArray &operator>>=(size_t count) {
         kestu_bitarr_shift_down(bits_, count);
         return *this;
     }
@@ -111,23 +111,25 @@ class BitArray {
     Expected<void> intersect(std::nothrow_t, const BitArray &other) {
         return detail::outcome(kestu_bitarr_and(bits_, other.bits_, &bits_));
     }
-    friend bool operator==(const BitArray &a, const BitArray &b) noexcept {
+    friend bool operator==(const BitArray &a, const BitArray &b) {
         return kestu_bitarr_equal(a.bits_, b.bits_) != 0;
     }
-    bool is_subset_of(const BitArray &other) const noexcept {
+    bool is_subset_of(const BitArray &other) const {
         return kestu_bitarr_is_subset(bits_, other.bits_) != 0;
     }
-    bool intersects(const BitArray &other) const noexcept {
+    bool intersects(const BitArray &other) const {
         return kestu_bitarr_intersects(bits_, other.bits_) != 0;
     }
 
     // The first bit from `from` on that is 1, or 0; size() when none is.
-    size_t next_one(size_t from) const noexcept { return kestu_bitarr_next_set(bits_, from); }
-    size_t next_zero(size_t from) const noexcept { return kestu_bitarr_next_clear(bits_, from); }
+    size_t next_one(size_t from) const { return kestu_bitarr_next_set(bits_, from); }
+    size_t next_zero(size_t from) const { return kestu_bitarr_next_clear(bits_, from); }
 
     // The numbers of the bits that are 1.
-    detail::Range<one_iterator> ones() const noexcept {
-        return {one_iterator({next_one(0), bits_}), one_iterator({size(), bits_})};
+    detail::Range<one_iterator> ones() const {
+        const kestu_bitarr_t *bits = bits_;
+        const size_t end = size();
+        return {one_iterator({kestu_bitarr_next_set(bits, 0), bits}), one_iterator({end, bits})};
     }
 
     // Bit k is bit k % 64 of word k / 64. Those behind the end stay 0.

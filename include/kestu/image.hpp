@@ -166,7 +166,7 @@ class Image {
             return img_.data16;
     }
 
-    kestu_error_t *allocate(int height, int width, int bits) noexcept {
+    kestu_error_t *allocate(int height, int width, int bits) {
         if (bits != 8 && bits != 16)
             return kestu_error_create_i(KESTU_ERROR_ERROR, KESTU_ERR_IMAGE_STRUCTURE, 0, nullptr,
                                         nullptr, nullptr, "Images have 8 or 16 bits.");

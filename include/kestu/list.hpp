@@ -58,7 +58,7 @@ class List {
     iterator begin() const noexcept { return at(first_); }
     iterator end() const noexcept { return at(nullptr); }
     bool empty() const noexcept { return !first_; }
-    size_t size() const noexcept { return kestu_dl_count(first_); } // by a walk
+    size_t size() const { return kestu_dl_count(first_); } // by a walk
     value_type &front() const noexcept { return value(first_->data); }
     value_type &back() const noexcept { return value(last_->data); }
 
@@ -92,9 +92,9 @@ class List {
     }
 
     // Remove the element and return it, or the place of the next one.
-    Taken pop_front() noexcept { return take(begin()); }
-    Taken pop_back() noexcept { return take(at(last_)); }
-    Taken take(iterator place) noexcept {
+    Taken pop_front() { return take(begin()); }
+    Taken pop_back() { return take(at(last_)); }
+    Taken take(iterator place) {
         kestu_dl_t *node = place.record();
         if (!node)
             return nullptr;
@@ -104,12 +104,12 @@ class List {
         kestu_dlm_delete(node);
         return taken;
     }
-    iterator erase(iterator place) noexcept {
+    iterator erase(iterator place) {
         iterator next = std::next(place);
         take(place);
         return next;
     }
-    void clear() noexcept {
+    void clear() {
         if constexpr (Held::is_owned)
             for (value_type &element : *this)
                 Held::take(&element);
@@ -130,7 +130,7 @@ class List {
         carried.rethrow();
     }
 
-    void reverse() noexcept {
+    void reverse() {
         last_ = first_;
         kestu_dl_reverse(&first_);
     }
@@ -151,7 +151,7 @@ class List {
     static value_type &value(void *data) noexcept { return *static_cast<value_type *>(data); }
     iterator at(kestu_dl_t *node) const noexcept { return iterator({node, this}); }
 
-    kestu_error_t *append(Given &value, uint32_t tag) noexcept {
+    kestu_error_t *append(Given &value, uint32_t tag) {
         kestu_error_t *err = kestu_dlm_append(&last_, tag, Held::pointer(value), &last_);
         if (!err)
             Held::give_up(value);
@@ -159,7 +159,7 @@ class List {
             first_ = last_;
         return err;
     }
-    kestu_error_t *prepend(Given &value, uint32_t tag) noexcept {
+    kestu_error_t *prepend(Given &value, uint32_t tag) {
         kestu_error_t *err = kestu_dlm_prepend(&first_, tag, Held::pointer(value), &first_);
         if (!err)
             Held::give_up(value);
@@ -167,7 +167,7 @@ class List {
             last_ = first_;
         return err;
     }
-    kestu_error_t *add(iterator &place, Given &value, uint32_t tag) noexcept {
+    kestu_error_t *add(iterator &place, Given &value, uint32_t tag) {
         kestu_dl_t *node = place.record();
         kestu_error_t *err = nullptr;
         if (!node) {

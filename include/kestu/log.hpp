@@ -56,7 +56,7 @@ class Log {
 
     // Append an error, a line an element, or as one line of JSON.
     void write(const Error &error) {
-        error.each_line([this](const char *line) noexcept { kestu_log_errhandler(line, log_); });
+        error.each_line([this](const char *line) { kestu_log_errhandler(line, log_); });
     }
     void write_json(const Error &error) {
         kestu_log_json(log_, const_cast<kestu_error_t *>(error.get()));
@@ -68,7 +68,7 @@ class Log {
     Log() noexcept = default;
 
     // A log whose file cannot be opened is no log.
-    kestu_error_t *open(const char *path, apr_pool_t *pool) noexcept {
+    kestu_error_t *open(const char *path, apr_pool_t *pool) {
         kestu_error_t *err = kestu_log_create(&log_, path, pool);
         if (err && log_)
             apr_pool_destroy(std::exchange(log_, nullptr)->pool);

@@ -39,20 +39,20 @@ inline std::string os_name() {
     return kestu_mach_os_name(name, sizeof name);
 }
 
-inline int processor_count() noexcept {
+inline int processor_count() {
     return kestu_mach_os_cpu_num();
 }
 
 // Mebibytes; 0 when unknown.
-inline double physical_memory() noexcept {
+inline double physical_memory() {
     return kestu_mach_physmem();
 }
 
 // Seconds: since the epoch, and of the processor's time.
-inline double wall_clock() noexcept {
+inline double wall_clock() {
     return kestu_time_real();
 }
-inline double processor_clock() noexcept {
+inline double processor_clock() {
     return kestu_time_cpu();
 }
 

@@ -73,36 +73,32 @@ class Map {
     }
     ~Map() { kestu_map_destroy(&map_); }
 
-    iterator begin() const noexcept { return at(kestu_map_first); }
+    iterator begin() const { return at(kestu_map_first); }
     iterator end() const noexcept { return iterator({{}, map_}); }
-    bool empty() const noexcept { return size() == 0; }
-    size_t size() const noexcept { return kestu_map_count(map_); }
+    bool empty() const { return size() == 0; }
+    size_t size() const { return kestu_map_count(map_); }
 
     // The value under the key, null when there is none.
-    typename Held::Value *find(std::string_view key) const noexcept {
+    typename Held::Value *find(std::string_view key) const {
         void *value = nullptr;
         kestu_map_find(map_, key.data(), key.size(), &value);
         return static_cast<typename Held::Value *>(value);
     }
-    bool contains(std::string_view key) const noexcept {
+    bool contains(std::string_view key) const {
         return kestu_map_find(map_, key.data(), key.size(), nullptr) != 0;
     }
 
     // The entry of the key, the first one whose key is not before it (lower bound) or is behind it
     // (upper bound), or the one with the longest key that begins the text.
-    iterator seek(std::string_view key) const noexcept { return at(kestu_map_seek, key); }
-    iterator lower_bound(std::string_view key) const noexcept {
-        return at(kestu_map_lower_bound, key);
-    }
-    iterator upper_bound(std::string_view key) const noexcept {
-        return at(kestu_map_upper_bound, key);
-    }
-    iterator longest_prefix(std::string_view text) const noexcept {
+    iterator seek(std::string_view key) const { return at(kestu_map_seek, key); }
+    iterator lower_bound(std::string_view key) const { return at(kestu_map_lower_bound, key); }
+    iterator upper_bound(std::string_view key) const { return at(kestu_map_upper_bound, key); }
+    iterator longest_prefix(std::string_view text) const {
         return at(kestu_map_longest_prefix, text);
     }
 
     // The entries whose keys begin with `prefix`, which lives as long as the range.
-    detail::Range<iterator, PrefixEnd> with_prefix(std::string_view prefix) const noexcept {
+    detail::Range<iterator, PrefixEnd> with_prefix(std::string_view prefix) const {
         return {lower_bound(prefix), {prefix}};
     }
 
@@ -142,26 +138,26 @@ class Map {
     }
 
     // Remove an entry: whether it was there, its value, or the place of the next one.
-    bool erase(std::string_view key) noexcept {
+    bool erase(std::string_view key) {
         return kestu_map_delete(map_, key.data(), key.size(), nullptr) != 0;
     }
-    Taken take(std::string_view key) noexcept {
+    Taken take(std::string_view key) {
         void *value = nullptr;
         kestu_map_delete(map_, key.data(), key.size(), &value);
         return Held::take(value);
     }
-    iterator erase(iterator place) noexcept {
+    iterator erase(iterator place) {
         kestu_map_delete_at(&place.place().cursor, nullptr);
         return place;
     }
-    void clear() noexcept { kestu_map_clear(map_); }
+    void clear() { kestu_map_clear(map_); }
 
     // Null before the first insertion.
     kestu_map_t *get() const noexcept { return map_; }
 
   private:
     template <typename Find, typename... Key>
-    iterator at(Find stand, Key... key) const noexcept {
+    iterator at(Find stand, Key... key) const {
         typename Steps::Place place{{}, map_};
         stand(map_, key.data()..., key.size()..., &place.cursor);
         return iterator(place);
@@ -186,7 +182,7 @@ class Map {
 
     static void release(void *value, void *) noexcept { Held::take(value); }
 
-    kestu_error_t *create() noexcept {
+    kestu_error_t *create() {
         if (map_)
             return nullptr;
         kestu_error_t *err = kestu_map_create(&map_, nullptr);
@@ -194,7 +190,7 @@ class Map {
             kestu_map_set_release(map_, release, nullptr);
         return err;
     }
-    kestu_error_t *put(std::string_view key, Given &value) noexcept {
+    kestu_error_t *put(std::string_view key, Given &value) {
         kestu_error_t *err = create();
         if (!err)
             err = kestu_map_insert(map_, key.data(), key.size(), Held::pointer(value));
@@ -202,7 +198,7 @@ class Map {
             Held::give_up(value);
         return err;
     }
-    kestu_error_t *put_over(std::string_view key, Given &value, void **old) noexcept {
+    kestu_error_t *put_over(std::string_view key, Given &value, void **old) {
         kestu_error_t *err = create();
         if (!err)
             err = kestu_map_replace(map_, key.data(), key.size(), Held::pointer(value), old);

@@ -38,13 +38,13 @@ class Object {
   public:
     Object(kestu_obj_t *obj) noexcept : obj_(obj) {}
 
-    const char *name() const noexcept { return kestu_obj_get_name(obj_); } // null for none
-    void set_name(CString name) const noexcept { kestu_obj_set_name(obj_, name); }
-    uint32_t type() const noexcept { return kestu_obj_get_type(obj_); }
-    void set_type(uint32_t type) const noexcept { kestu_obj_set_type(obj_, type); }
-    void *data() const noexcept { return kestu_obj_get_data(obj_); }
-    void set_data(void *data) const noexcept { kestu_obj_set_data(obj_, data); }
-    apr_pool_t *pool() const noexcept { return kestu_obj_get_pool(obj_); }
+    const char *name() const { return kestu_obj_get_name(obj_); } // null for none
+    void set_name(CString name) const { kestu_obj_set_name(obj_, name); }
+    uint32_t type() const { return kestu_obj_get_type(obj_); }
+    void set_type(uint32_t type) const { kestu_obj_set_type(obj_, type); }
+    void *data() const { return kestu_obj_get_data(obj_); }
+    void set_data(void *data) const { kestu_obj_set_data(obj_, data); }
+    apr_pool_t *pool() const { return kestu_obj_get_pool(obj_); }
 
     // Makes a child, which this object owns. A null name is none.
     Object add_child(CString name) const {
@@ -61,17 +61,17 @@ class Object {
     inline void adopt(UniqueObject &&child) const;
 
     // The child that was added under `name`; false when there is none.
-    Object child(CString name) const noexcept { return kestu_obj_getc(obj_, name); }
+    Object child(CString name) const { return kestu_obj_getc(obj_, name); }
     explicit operator bool() const noexcept { return obj_ != nullptr; }
 
     // Destroys it with its children; whoever owns it learns of it only when that is its parent.
-    void destroy() const noexcept { kestu_obj_destroy(obj_); }
+    void destroy() const { kestu_obj_destroy(obj_); }
 
     friend bool operator==(Object a, Object b) noexcept { return a.obj_ == b.obj_; }
     kestu_obj_t *get() const noexcept { return obj_; }
 
   private:
-    kestu_error_t *make_child(const char *name, kestu_obj_t **child) const noexcept {
+    kestu_error_t *make_child(const char *name, kestu_obj_t **child) const {
         *child = nullptr;
         kestu_error_t *err = kestu_obj_create(child, name, pool());
         if (!err)
@@ -115,7 +115,7 @@ class UniqueObject : public Object {
   private:
     UniqueObject() noexcept : Object(nullptr) {}
 
-    kestu_error_t *create(const char *name, apr_pool_t *pool) noexcept {
+    kestu_error_t *create(const char *name, apr_pool_t *pool) {
         kestu_error_t *err = kestu_obj_create(&obj_, name, pool);
         if (err && obj_)
             kestu_obj_destroy(release());
@@ -170,7 +170,7 @@ class Slot {
     virtual ~Slot() = default;
 
   private:
-    static apr_pool_t *pool_of(kestu_obj_t *obj) noexcept { return kestu_obj_get_pool(obj); }
+    static apr_pool_t *pool_of(kestu_obj_t *obj) { return kestu_obj_get_pool(obj); }
 
     void object_ends(kestu_obj_t *obj) noexcept {
         hold();
@@ -248,17 +248,17 @@ class Connection {
     }
 
     // Ends the connection. Its slot is not called any more.
-    void disconnect() noexcept {
+    void disconnect() {
         kestu_link_disconnect(link_);
         if (slot_)
             slot_->leave_objects();
     }
 
-    bool is_connected() const noexcept { return kestu_link_is_alive(link_) != 0; }
+    bool is_connected() const { return kestu_link_is_alive(link_) != 0; }
 
     // Let emissions pass over the slot, and call it again.
-    void block() noexcept { kestu_link_block(link_); }
-    void unblock() noexcept { kestu_link_unblock(link_); }
+    void block() { kestu_link_block(link_); }
+    void unblock() { kestu_link_unblock(link_); }
 
     kestu_link_t *get() const noexcept { return link_; }
 
@@ -363,7 +363,7 @@ class Signal<void(Arguments...)> {
   private:
     explicit Signal(Object object) noexcept : object_(object) {}
 
-    kestu_error_t *add(const char *name) noexcept {
+    kestu_error_t *add(const char *name) {
         kestu_error_t *err = kestu_objsig_register_once(&code_, name);
         if (!err)
             err = kestu_obj_add_signal(object_.get(), code_);

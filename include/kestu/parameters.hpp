@@ -33,7 +33,7 @@ class Parameters {
     }
 
     // Whether what was parsed ends with a backslash that asks for another line.
-    bool is_incomplete() const noexcept { return kestu_prsd_incomplete(&prsd_) != 0; }
+    bool is_incomplete() const { return kestu_prsd_incomplete(&prsd_) != 0; }
 
     size_t size() const noexcept { return static_cast<size_t>(prsd_.n); }
     bool empty() const noexcept { return prsd_.n == 0; }
@@ -48,15 +48,13 @@ class Parameters {
     }
 
     // A parameter as it stood in the text, and whether it stood in quotes.
-    std::string_view text(size_t n) const noexcept {
-        return kestu_prsd_text(&prsd_, static_cast<int>(n));
-    }
-    bool is_quoted(size_t n) const noexcept {
+    std::string_view text(size_t n) const { return kestu_prsd_text(&prsd_, static_cast<int>(n)); }
+    bool is_quoted(size_t n) const {
         return kestu_prsd_is_quoted(&prsd_, static_cast<int>(n)) != 0;
     }
 
     // Forgets all; the memory goes with the pool.
-    void clear() noexcept { kestu_prsd_clear_p(&prsd_); }
+    void clear() { kestu_prsd_clear_p(&prsd_); }
 
     kestu_prsd_t *get() noexcept { return &prsd_; }
 

@@ -53,7 +53,7 @@ class Pool {
     Expected<Pool> child(std::nothrow_t) const { return make(std::nothrow, pool_); }
 
     // Gives all memory back for new use and destroys all children.
-    void clear() noexcept {
+    void clear() {
         resource_ = nullptr;
         apr_pool_clear(pool_);
     }
@@ -101,7 +101,7 @@ class Pool {
 
     Pool(apr_pool_t *pool, Resource *resource) noexcept : pool_(pool), resource_(resource) {}
 
-    kestu_error_t *open(apr_pool_t *parent) noexcept {
+    kestu_error_t *open(apr_pool_t *parent) {
         const apr_status_t status = apr_pool_create_ex(&pool_, parent, nullptr, nullptr);
         if (status == APR_SUCCESS)
             return nullptr;

@@ -67,7 +67,7 @@ class Ring {
     iterator begin() const noexcept { return at(Steps::occupied(first_)); }
     iterator end() const noexcept { return at(nullptr); }
     bool empty() const noexcept { return !Steps::occupied(first_); }
-    size_t size() const noexcept { return kestu_cdl_count(first_); } // by a walk
+    size_t size() const { return kestu_cdl_count(first_); } // by a walk
 
     // Puts an element into the first free node, or into a new one behind the last.
     iterator add(Given value, uint32_t tag = 0) {
@@ -83,18 +83,18 @@ class Ring {
     }
 
     // Frees the node of an element and returns the element, or the place of the next one.
-    Taken take(iterator place) noexcept {
+    Taken take(iterator place) {
         kestu_cdl_t *node = place.record();
         if (!node)
             return nullptr;
         kestu_cdl_set_free(node);
         return Held::take(node->data);
     }
-    iterator erase(iterator place) noexcept {
+    iterator erase(iterator place) {
         take(place++);
         return place;
     }
-    void clear() noexcept {
+    void clear() {
         if constexpr (Held::is_owned)
             for (value_type &element : *this)
                 Held::take(&element);
@@ -107,7 +107,7 @@ class Ring {
   private:
     iterator at(kestu_cdl_t *node) const noexcept { return iterator({node, last_}); }
 
-    kestu_error_t *put(Given &value, uint32_t tag, kestu_cdl_t **node) noexcept {
+    kestu_error_t *put(Given &value, uint32_t tag, kestu_cdl_t **node) {
         if ((*node = kestu_cdl_get_ready(first_))) {
             kestu_cdl_set_data_tag(*node, Held::pointer(value), tag);
         } else {

@@ -56,9 +56,9 @@ class Stack {
     }
 
     // Null when the stack is empty.
-    Taken pop() noexcept { return Held::take(kestu_stk_pop(&stack_)); }
+    Taken pop() { return Held::take(kestu_stk_pop(&stack_)); }
 
-    void clear() noexcept {
+    void clear() {
         if constexpr (Held::is_owned)
             while (!empty())
                 pop();
@@ -68,7 +68,7 @@ class Stack {
     kestu_stk_t *get() noexcept { return &stack_; }
 
   private:
-    kestu_error_t *put(Given &value, uint32_t tag) noexcept {
+    kestu_error_t *put(Given &value, uint32_t tag) {
         kestu_error_t *err = kestu_stk_push(&stack_, tag, Held::pointer(value), pool_);
         if (!err)
             Held::give_up(value);

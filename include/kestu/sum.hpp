@@ -41,30 +41,39 @@ class Bytes {
     size_t size_;
 };
 
-// Continue a CRC, which is 0 at the start, over the bytes.
-inline uint32_t crc32(Bytes bytes, uint32_t crc = 0) noexcept {
-    return bytes.size() == 0 ? crc : kestu_util_crc32(crc, bytes.data(), bytes.size());
+// The CRC of the bytes, and that of what `crc` is of and the bytes together.
+inline uint32_t crc32(Bytes bytes) {
+    return kestu_util_crc32(0, bytes.data(), bytes.size());
 }
-inline uint32_t crc32c(Bytes bytes, uint32_t crc = 0) noexcept {
-    return bytes.size() == 0 ? crc : kestu_util_crc32c(crc, bytes.data(), bytes.size());
+inline uint32_t crc32(Bytes bytes, uint32_t crc) {
+    return bytes.data() ? kestu_util_crc32(crc, bytes.data(), bytes.size()) : crc;
 }
-inline uint16_t crc16(Bytes bytes, uint16_t crc = 0) noexcept {
-    return bytes.size() == 0 ? crc : kestu_util_crc16(crc, bytes.data(), bytes.size());
+inline uint32_t crc32c(Bytes bytes) {
+    return kestu_util_crc32c(0, bytes.data(), bytes.size());
+}
+inline uint32_t crc32c(Bytes bytes, uint32_t crc) {
+    return bytes.data() ? kestu_util_crc32c(crc, bytes.data(), bytes.size()) : crc;
+}
+inline uint16_t crc16(Bytes bytes) {
+    return kestu_util_crc16(0, bytes.data(), bytes.size());
+}
+inline uint16_t crc16(Bytes bytes, uint16_t crc) {
+    return bytes.data() ? kestu_util_crc16(crc, bytes.data(), bytes.size()) : crc;
 }
 
 class Sha1 {
   public:
     using Digest = std::array<std::byte, KESTU_SHA1_SIZE>;
 
-    Sha1() noexcept { kestu_sha1_init(&context_); }
+    Sha1() { kestu_sha1_init(&context_); }
 
-    Sha1 &update(Bytes bytes) noexcept {
+    Sha1 &update(Bytes bytes) {
         kestu_sha1_update64(bytes.data(), bytes.size(), &context_);
         return *this;
     }
 
     // The digest of all that was added, after which it begins anew.
-    Digest digest() noexcept {
+    Digest digest() {
         Digest digest;
         kestu_sha1_final(reinterpret_cast<unsigned char *>(digest.data()), &context_);
         kestu_sha1_init(&context_);
@@ -75,7 +84,7 @@ class Sha1 {
     kestu_sha1_t context_;
 };
 
-inline Sha1::Digest sha1(Bytes bytes) noexcept {
+inline Sha1::Digest sha1(Bytes bytes) {
     return Sha1().update(bytes).digest();
 }
 

@@ -44,11 +44,11 @@ class Terminated {
     std::string many_;
 };
 
-inline kestu_error_t *convert(const char *text, double &out) noexcept {
+inline kestu_error_t *convert(const char *text, double &out) {
     return kestu_str_to_double(text, &out);
 }
 template <std::signed_integral T>
-kestu_error_t *convert(const char *text, T &out) noexcept {
+kestu_error_t *convert(const char *text, T &out) {
     int64_t wide = 0;
     if (kestu_error_t *err = kestu_str_to_int64(text, &wide))
         return err;
@@ -101,7 +101,7 @@ inline Digits to_base(int64_t value, int base) noexcept {
 
 namespace detail {
 
-inline kestu_error_t *from_base(const char *text, int base, int64_t &value) noexcept {
+inline kestu_error_t *from_base(const char *text, int base, int64_t &value) {
     char *end = nullptr;
     if (kestu_error_t *err = kestu_str_base62_to_int64(text, &end, base, &value))
         return err;
@@ -175,7 +175,7 @@ inline Expected<std::string> escape(std::nothrow_t, std::string_view text) {
 }
 
 // Whether the bytes are well-formed UTF-8.
-inline bool is_utf8(std::string_view text) noexcept {
+inline bool is_utf8(std::string_view text) {
     return kestu_str_utf8_valid(text.data(), text.size()) != 0;
 }
 

@@ -66,11 +66,11 @@ class Tree {
     iterator begin() const noexcept { return iterator(first_); }
     iterator end() const noexcept { return iterator(); }
     bool empty() const noexcept { return !first_; }
-    uint64_t size() const noexcept { return kestu_tree_count(first_); } // by a walk
+    uint64_t size() const { return kestu_tree_count(first_); } // by a walk
 
     // The nodes of the top level, or just below `parent`.
     detail::Range<sibling_iterator> top() const noexcept { return {sibling_iterator(first_), {}}; }
-    detail::Range<sibling_iterator> children(iterator parent) const noexcept {
+    detail::Range<sibling_iterator> children(iterator parent) const {
         return {sibling_iterator(kestu_tree_get_first(parent.record()->child)), {}};
     }
 
@@ -103,13 +103,13 @@ class Tree {
     }
 
     // Removes the node with all that is below it.
-    void erase(iterator place) noexcept {
+    void erase(iterator place) {
         kestu_tree_t *node = place.record();
         first_ = node == first_ ? node->next : first_;
         last_ = node == last_ ? node->prev : last_;
         kestu_treem_delete_func(kestu_tree_extract(node), release, nullptr);
     }
-    void clear() noexcept {
+    void clear() {
         kestu_treem_delete_func(first_, release, nullptr);
         first_ = last_ = nullptr;
     }
@@ -121,7 +121,7 @@ class Tree {
     static value_type &value(void *data) noexcept { return *static_cast<value_type *>(data); }
     static void release(uint32_t, void *data, void *) noexcept { Held::take(data); }
 
-    kestu_error_t *put(Given &value, uint32_t tag) noexcept {
+    kestu_error_t *put(Given &value, uint32_t tag) {
         kestu_error_t *err = kestu_treem_append(&last_, tag, Held::pointer(value), &last_);
         if (!err)
             Held::give_up(value);
@@ -130,7 +130,7 @@ class Tree {
         return err;
     }
     static kestu_error_t *put_below(kestu_tree_t *parent, Given &value, uint32_t tag,
-                                    kestu_tree_t **node) noexcept {
+                                    kestu_tree_t **node) {
         kestu_error_t *err = kestu_treem_append_child(parent, tag, Held::pointer(value), node);
         if (!err)
             Held::give_up(value);

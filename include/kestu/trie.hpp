@@ -104,14 +104,14 @@ class Trie {
     }
     iterator end() const noexcept { return iterator(); }
     bool empty() const noexcept { return !trie_ || !trie_->root; }
-    size_t size() const noexcept { return kestu_trie_count(trie_); } // by a walk
+    size_t size() const { return kestu_trie_count(trie_); } // by a walk
 
     // The value under the key, null when there is none.
-    typename Held::Value *find(std::string_view key) const noexcept {
+    typename Held::Value *find(std::string_view key) const {
         return static_cast<typename Held::Value *>(
             kestu_trie_search(trie_, key.data(), key.size()));
     }
-    bool contains(std::string_view key) const noexcept {
+    bool contains(std::string_view key) const {
         return kestu_trie_find(trie_, key.data(), key.size(), nullptr) != 0;
     }
 
@@ -134,7 +134,7 @@ class Trie {
     }
 
     // Remove an entry: whether it was there, or its value.
-    bool erase(std::string_view key) noexcept {
+    bool erase(std::string_view key) {
         void *value = nullptr;
         if (!kestu_trie_find(trie_, key.data(), key.size(), &value))
             return false;
@@ -142,13 +142,13 @@ class Trie {
         Held::take(value);
         return true;
     }
-    Taken take(std::string_view key) noexcept {
+    Taken take(std::string_view key) {
         void *value = nullptr;
         if (kestu_trie_find(trie_, key.data(), key.size(), &value))
             kestu_triem_delete(trie_, key.data(), key.size());
         return Held::take(value);
     }
-    void clear() noexcept {
+    void clear() {
         if constexpr (Held::is_owned)
             each(
                 [](std::string_view, typename Held::Value &value) noexcept { Held::take(&value); });
@@ -174,7 +174,7 @@ class Trie {
         carried.rethrow();
     }
 
-    kestu_error_t *put(std::string_view key, Given &value) noexcept {
+    kestu_error_t *put(std::string_view key, Given &value) {
         kestu_error_t *err = trie_ ? nullptr : kestu_triem_create(&trie_);
         if (!err)
             err = kestu_triem_insert(trie_, key.data(), key.size(), Held::pointer(value));
