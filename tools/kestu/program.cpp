@@ -14,7 +14,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <iterator>
 #include <memory>
 #include <new>
 
@@ -26,7 +25,9 @@ namespace {
 constexpr const char *description =
     "Inspect grayscale TIFF scans, processors, files and texts with libkestu.";
 
-const std::vector<std::string> colour_choices = {"auto", "always", "never"};
+using Words = std::vector<std::string>;
+
+const Words colour_choices = {"auto", "always", "never"};
 
 // What every command takes, before or after its name.
 void add_common_options(CLI::App &command, Outcome &outcome) {
@@ -44,15 +45,31 @@ void add_common_options(CLI::App &command, Outcome &outcome) {
         ->check(one_of(colour_choices));
 }
 
-// The parser would take "[a]" apart as a list; a mark in front keeps it whole.
+// A word with a mark in front is nothing but a word. The parser would take "[a]" apart as a list.
 constexpr char mark = '\1';
-
-std::string marked(const std::string &word) {
-    return word.starts_with('[') || word.starts_with(mark) ? mark + word : word;
-}
 
 std::string unmarked(std::string word) {
     return word.starts_with(mark) ? word.substr(1) : word;
+}
+
+// The option whose values go on to the end, or to ";".
+bool takes_the_rest(const std::string &word) {
+    return word == "-x" || word == "--exec";
+}
+
+// The arguments, marked where the parser would not take them as they are.
+Words marked(const Words &arguments) {
+    Words words;
+    bool only_words = false;
+    bool rest = false;
+    for (const std::string &word : arguments) {
+        const bool ends = rest && word == ";";
+        const bool taken = word.starts_with('[') || word.starts_with(mark) || rest;
+        words.push_back(ends ? "--" : taken ? mark + word : word);
+        only_words = only_words || word == "--";
+        rest = !ends && (rest || (!only_words && takes_the_rest(word)));
+    }
+    return words;
 }
 
 // What is said twice counts as it is said last, and each name takes one value.
@@ -66,7 +83,7 @@ void complete(CLI::App &command, Outcome &outcome) {
                 return std::string();
             },
             ""));
-        if (!option->get_positional())
+        if (!option->get_positional() && !takes_the_rest(option->get_name()))
             option->allow_extra_args(false);
         if (option->get_items_expected_max() == 1)
             option->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
@@ -79,7 +96,7 @@ void complete(CLI::App &command, Outcome &outcome) {
 }
 
 // The help of the command that the words name.
-void print_help(const CLI::App &app, const std::vector<std::string> &words, Outcome &outcome) {
+void print_help(const CLI::App &app, const Words &words, Outcome &outcome) {
     const CLI::App *command = &app;
     for (const std::string &word : words) {
         const auto found =
@@ -95,7 +112,7 @@ void print_help(const CLI::App &app, const std::vector<std::string> &words, Outc
 
 void add_help_command(CLI::App &app, Outcome &outcome) {
     CLI::App *command = app.add_subcommand("help", "Print the help of a command");
-    auto words = std::make_shared<std::vector<std::string>>();
+    auto words = std::make_shared<Words>();
     command->add_option("COMMAND", *words, "The command's name, in one word or more");
     command->callback([words, &app, &outcome] { print_help(app, *words, outcome); });
 }
@@ -114,11 +131,11 @@ void set_up(CLI::App &app, Outcome &outcome) {
     complete(app, outcome);
 }
 
-void parse(CLI::App &app, const std::vector<std::string> &arguments, Outcome &outcome) {
+void parse(CLI::App &app, const Words &arguments, Outcome &outcome) {
     try {
-        std::vector<std::string> words;
-        std::transform(arguments.rbegin(), arguments.rend(), std::back_inserter(words), marked);
-        app.parse(std::move(words)); // which takes them from the back
+        Words words = marked(arguments);
+        std::reverse(words.begin(), words.end()); // the parser takes them from the back
+        app.parse(std::move(words));
     } catch (const CLI::CallForHelp &) {
         print(help_page(chosen(app), look_of_output()));
     } catch (const CLI::CallForVersion &version) {
