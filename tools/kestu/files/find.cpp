@@ -4,6 +4,7 @@
 #include "common/text.hpp"
 #include "common/values.hpp"
 #include "files/find_filters.hpp"
+#include "files/folder.hpp"
 #include "files/run_command.hpp"
 #include "program.hpp"
 
@@ -16,7 +17,6 @@
 #include <memory>
 #include <optional>
 
-#include <fcntl.h>
 #include <unistd.h>
 
 namespace program {
@@ -62,7 +62,7 @@ class Search {
     bool matches(const char *text, const apr_array_header_t *patterns) const {
         return matchToCompositePattern(text, patterns, &walk_) != 0;
     }
-    bool can_enter(const std::string &path, int flags);
+    bool can_enter(const std::string &path, bool links_count);
     void show(const std::string &path);
     void run_command(const std::string &path);
 
@@ -76,7 +76,7 @@ class Search {
 };
 
 void Search::run(const std::string &folder, apr_pool_t *pool) {
-    if (!can_enter(folder, 0))
+    if (!can_enter(folder, true))
         return;
     walk_.flags = KESTU_DIR_FOLDERS | KESTU_DIR_GO_ON |
                   (options_.deepest() > 1 ? KESTU_DIR_RECURSE : 0) |
@@ -119,7 +119,7 @@ kestu_error_t *Search::take_folder(const std::string &path, const char *name) {
     if (options_.filter.wants("d") && matches(matched, walk_.include) &&
         options_.filter.passes(path))
         show(path);
-    if (over_ || depth_ >= options_.deepest() || !can_enter(path, O_NOFOLLOW))
+    if (over_ || depth_ >= options_.deepest() || !can_enter(path, false))
         return KestuDLlistStopWalking;
     return nullptr;
 }
@@ -130,18 +130,13 @@ kestu_error_t *Search::take_file(const std::string &path) {
     return over_ ? KestuDLlistStopWalking : nullptr;
 }
 
-bool Search::can_enter(const std::string &path, int flags) {
-    const int fd = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | flags);
-    if (fd >= 0) {
-        close(fd);
-        return true;
-    }
-    const std::string message = path + ": " + failed_to("open");
-    if (progress_)
-        progress_->aside([&] { outcome_.fail(message); });
-    else
-        outcome_.fail(message);
-    return false;
+bool Search::can_enter(const std::string &path, bool links_count) {
+    const std::string fault = fault_of_folder(path, links_count);
+    if (!fault.empty() && progress_)
+        progress_->aside([&] { outcome_.fail(fault); });
+    else if (!fault.empty())
+        outcome_.fail(fault);
+    return fault.empty();
 }
 
 // Names are shown as they are, but for control characters on a terminal.
