@@ -1,5 +1,6 @@
 #include "program.hpp"
 
+#include "common/arguments.hpp"
 #include "common/help.hpp"
 #include "common/terminal.hpp"
 #include "common/text.hpp"
@@ -43,33 +44,6 @@ void add_common_options(CLI::App &command, Outcome &outcome) {
                                           "is set")
         ->type_name(alternatives(colour_choices))
         ->check(one_of(colour_choices));
-}
-
-// A word with a mark in front is nothing but a word. The parser would take "[a]" apart as a list.
-constexpr char mark = '\1';
-
-std::string unmarked(std::string word) {
-    return word.starts_with(mark) ? word.substr(1) : word;
-}
-
-// The option whose values go on to the end, or to ";".
-bool takes_the_rest(const std::string &word) {
-    return word == "-x" || word == "--exec";
-}
-
-// The arguments, marked where the parser would not take them as they are.
-Words marked(const Words &arguments) {
-    Words words;
-    bool only_words = false;
-    bool rest = false;
-    for (const std::string &word : arguments) {
-        const bool ends = rest && word == ";";
-        const bool taken = word.starts_with('[') || word.starts_with(mark) || rest;
-        words.push_back(ends ? "--" : taken ? mark + word : word);
-        only_words = only_words || word == "--";
-        rest = !ends && (rest || (!only_words && takes_the_rest(word)));
-    }
-    return words;
 }
 
 // What is said twice counts as it is said last, and each name takes one value.
