@@ -9,7 +9,6 @@
 #include "../kestu_dir.h"
 #include "pool.hpp"
 
-#include <cstring>
 #include <string_view>
 #include <vector>
 

@@ -14,7 +14,6 @@
 #include "../kestu_link.h"
 #include "error.hpp"
 
-#include <functional>
 #include <tuple>
 
 namespace kestu {
@@ -318,8 +317,8 @@ class ScopedConnection {
 template <typename Arguments>
 class Signal;
 
-// A signal of an object, by its name. All who emit it and connect to it do so through this class and
-// with the same arguments.
+// A signal of an object, by its name. All who emit it and connect to it do so through this class
+// and with the same arguments.
 template <typename... Arguments>
 class Signal<void(Arguments...)> {
     using Emission = detail::Emission<Arguments...>;
