@@ -86,9 +86,9 @@ void Screen::sequence() {
         row_ -= row_ > 0;
     else if (escape_ == "\x1b[?7l" || escape_ == "\x1b[?7h")
         wraps_ = escape_.back() == 'h';
-    else if (escape_.size() < 6)
+    else if (escape_.size() < 7 && escape_.back() != 'm')
         return;
-    else
+    else if (escape_.back() != 'm') // which only changes colours
         for (const char c : escape_)
             put(c);
     escape_.clear();
