@@ -21,9 +21,12 @@ flags=${sanitize:+-fsanitize=$sanitize}
         $(pkg-config --cflags --libs kestu)
     "$cxx" -std=c++17 -Wall -Wextra -Werror $flags "$here/project/consumer.cpp" -o "$work/cpp" \
         $(pkg-config --cflags --libs kestu)
+    "$cxx" -std=c++20 -Wall -Wextra -Werror $flags "$here/../../examples/objects.cpp" -o "$work/cpp20" \
+        $(pkg-config --cflags --libs kestu)
 }
 "$work/c"
 "$work/cpp"
+"$work/cpp20" | diff "$here/../../examples/objects.cpp.out" -
 test "$(pkg-config --modversion kestu)" = 1.0.0
 
 # The first program of the README, as a newcomer types it.

@@ -1,0 +1,389 @@
+// Objects, and signals whose slots are lambdas and member functions.
+//
+//     kestu::ObjectEngine engine;
+//     kestu::UniqueObject window("window");
+//     kestu::Object button = window.add_child("ok");
+//     kestu::Signal<void(int, std::string_view)> clicked(button, "clicked");
+//     kestu::ScopedConnection shown = clicked.connect([](int x, std::string_view which) {
+//         printf("%d %.*s\n", x, int(which.size()), which.data());
+//     });
+//     clicked(12, "left");
+#pragma once
+
+#include "../kestu_lib.h"
+#include "../kestu_link.h"
+#include "error.hpp"
+
+#include <functional>
+#include <tuple>
+
+namespace kestu {
+inline namespace KESTU_CPP {
+
+// The object engine while it lives: signals need it.
+class ObjectEngine {
+  public:
+    explicit ObjectEngine(apr_pool_t *pool = kestu_pool) {
+        detail::check(kestu_obj_engine_init(pool));
+    }
+    ~ObjectEngine() { kestu_error_clear(kestu_obj_engine_terminate()); }
+    ObjectEngine(const ObjectEngine &) = delete;
+    ObjectEngine &operator=(const ObjectEngine &) = delete;
+};
+
+class UniqueObject;
+
+// An object that others own: its parent, its pool or a UniqueObject.
+class Object {
+  public:
+    Object(kestu_obj_t *obj) noexcept : obj_(obj) {}
+
+    const char *name() const { return kestu_obj_get_name(obj_); } // null for none
+    void set_name(CString name) const { kestu_obj_set_name(obj_, name); }
+    uint32_t type() const { return kestu_obj_get_type(obj_); }
+    void set_type(uint32_t type) const { kestu_obj_set_type(obj_, type); }
+    void *data() const { return kestu_obj_get_data(obj_); }
+    void set_data(void *data) const { kestu_obj_set_data(obj_, data); }
+    apr_pool_t *pool() const { return kestu_obj_get_pool(obj_); }
+
+    // Makes a child, which this object owns. A null name is none.
+    Object add_child(CString name) const {
+        kestu_obj_t *child = nullptr;
+        detail::check(make_child(name, &child));
+        return child;
+    }
+    Expected<Object> add_child(std::nothrow_t, CString name) const {
+        kestu_obj_t *child = nullptr;
+        if (kestu_error_t *err = make_child(name, &child))
+            return detail::failed(err);
+        return Object(child);
+    }
+    inline void adopt(UniqueObject &&child) const;
+
+    // The child that was added under `name`; false when there is none.
+    Object child(CString name) const { return kestu_obj_getc(obj_, name); }
+    explicit operator bool() const noexcept { return obj_ != nullptr; }
+
+    // Destroys it with its children; whoever owns it learns of it only when that is its parent.
+    void destroy() const { kestu_obj_destroy(obj_); }
+
+    friend bool operator==(Object a, Object b) noexcept { return a.obj_ == b.obj_; }
+    kestu_obj_t *get() const noexcept { return obj_; }
+
+  private:
+    kestu_error_t *make_child(const char *name, kestu_obj_t **child) const {
+        *child = nullptr;
+        kestu_error_t *err = kestu_obj_create(child, name, pool());
+        if (!err)
+            err = kestu_obj_addc(obj_, *child);
+        if (err && *child)
+            kestu_obj_destroy(*child);
+        return err;
+    }
+
+  protected:
+    kestu_obj_t *obj_;
+};
+
+// An object that it owns, and destroys at the end of the scope. Its pool lives longer.
+class UniqueObject : public Object {
+  public:
+    // A null name is none.
+    explicit UniqueObject(CString name, apr_pool_t *pool = kestu_pool) : Object(nullptr) {
+        detail::check(create(name, pool));
+    }
+    static Expected<UniqueObject> make(std::nothrow_t, CString name,
+                                       apr_pool_t *pool = kestu_pool) {
+        UniqueObject made;
+        if (kestu_error_t *err = made.create(name, pool))
+            return detail::failed(err);
+        return made;
+    }
+
+    UniqueObject(UniqueObject &&other) noexcept : Object(other.release()) {}
+    UniqueObject &operator=(UniqueObject &&other) noexcept {
+        std::swap(obj_, other.obj_);
+        return *this;
+    }
+    ~UniqueObject() {
+        if (obj_)
+            kestu_obj_destroy(obj_);
+    }
+
+    [[nodiscard]] kestu_obj_t *release() noexcept { return std::exchange(obj_, nullptr); }
+
+  private:
+    UniqueObject() noexcept : Object(nullptr) {}
+
+    kestu_error_t *create(const char *name, apr_pool_t *pool) {
+        kestu_error_t *err = kestu_obj_create(&obj_, name, pool);
+        if (err && obj_)
+            kestu_obj_destroy(release());
+        return err;
+    }
+};
+
+// Makes `child` the last child of this object, which owns it from then on.
+inline void Object::adopt(UniqueObject &&child) const {
+    detail::check(kestu_obj_addc(obj_, child.get()));
+    static_cast<void>(child.release());
+}
+
+namespace detail {
+
+// What a connection calls. It lives until both objects of the connection have let go of it, all
+// connections that name it have, and no call of it is under way.
+//
+// An object lets go at the end of its pool: before that it is cleaned up, so that nothing can call
+// the slot any more.
+class Slot {
+  public:
+    Slot(kestu_obj_t *source, kestu_obj_t *destination) noexcept
+        : source_(source), destination_(destination) {
+        hold();
+        apr_pool_cleanup_register(pool_of(source_), this, source_ends, apr_pool_cleanup_null);
+        if (source_ != destination_)
+            apr_pool_cleanup_register(pool_of(destination_), this, destination_ends,
+                                      apr_pool_cleanup_null);
+    }
+    Slot(const Slot &) = delete;
+    Slot &operator=(const Slot &) = delete;
+
+    void hold() noexcept { ++holders_; }
+    void let_go() noexcept {
+        if (--holders_ == 0)
+            delete this;
+    }
+
+    // The connection has ended.
+    void leave_objects() noexcept {
+        if (!source_)
+            return;
+        apr_pool_cleanup_kill(pool_of(source_), this, source_ends);
+        if (source_ != destination_)
+            apr_pool_cleanup_kill(pool_of(destination_), this, destination_ends);
+        source_ = destination_ = nullptr;
+        let_go();
+    }
+
+  protected:
+    virtual ~Slot() = default;
+
+  private:
+    static apr_pool_t *pool_of(kestu_obj_t *obj) { return kestu_obj_get_pool(obj); }
+
+    void object_ends(kestu_obj_t *obj) noexcept {
+        hold();
+        kestu_obj_cleanup(obj);
+        leave_objects();
+        let_go();
+    }
+    static apr_status_t source_ends(void *slot) noexcept {
+        static_cast<Slot *>(slot)->object_ends(static_cast<Slot *>(slot)->source_);
+        return APR_SUCCESS;
+    }
+    static apr_status_t destination_ends(void *slot) noexcept {
+        static_cast<Slot *>(slot)->object_ends(static_cast<Slot *>(slot)->destination_);
+        return APR_SUCCESS;
+    }
+
+    int holders_ = 0;
+    kestu_obj_t *source_; // null when the connection has ended
+    kestu_obj_t *destination_;
+};
+
+// The argument of an emission: what the slots are called with, and what one of them threw.
+template <typename... Arguments>
+struct Emission {
+    std::tuple<Arguments &...> arguments;
+    Thrown thrown;
+};
+
+template <typename Function, typename... Arguments>
+class TypedSlot final : public Slot {
+  public:
+    TypedSlot(kestu_obj_t *source, kestu_obj_t *destination, Function fn)
+        : Slot(source, destination), fn_(std::move(fn)) {}
+
+    static kestu_error_t *call(kestu_obj_t *, uint32_t, kestu_obj_t *, void *user,
+                               void *argument) noexcept {
+        auto *slot = static_cast<TypedSlot *>(user);
+        auto *emission = static_cast<Emission<Arguments...> *>(argument);
+        slot->hold();
+        kestu_error_t *result = emission->thrown.template run<kestu_error_t *>(
+            [&]() noexcept(
+                std::is_nothrow_invocable_v<Function &, Arguments &...>) -> kestu_error_t * {
+                std::apply(slot->fn_, emission->arguments);
+                return nullptr;
+            });
+        slot->let_go();
+        return result;
+    }
+
+  private:
+    Function fn_;
+};
+
+} // namespace detail
+
+// A handle of a connection, which may live longer than it. Without any the connection goes on until
+// one of its objects ends.
+class Connection {
+  public:
+    Connection() noexcept = default;
+    Connection(detail::Slot *slot, kestu_link_t *link) noexcept : slot_(slot), link_(link) {
+        slot_->hold();
+    }
+    Connection(Connection &&other) noexcept
+        : slot_(std::exchange(other.slot_, nullptr)), link_(std::exchange(other.link_, nullptr)) {}
+    Connection &operator=(Connection &&other) noexcept {
+        std::swap(slot_, other.slot_);
+        std::swap(link_, other.link_);
+        return *this;
+    }
+    ~Connection() {
+        kestu_link_release(&link_);
+        if (slot_)
+            slot_->let_go();
+    }
+
+    // Ends the connection. Its slot is not called any more.
+    void disconnect() {
+        kestu_link_disconnect(link_);
+        if (slot_)
+            slot_->leave_objects();
+    }
+
+    bool is_connected() const { return kestu_link_is_alive(link_) != 0; }
+
+    // Let emissions pass over the slot, and call it again.
+    void block() { kestu_link_block(link_); }
+    void unblock() { kestu_link_unblock(link_); }
+
+    kestu_link_t *get() const noexcept { return link_; }
+
+  private:
+    detail::Slot *slot_ = nullptr;
+    kestu_link_t *link_ = nullptr;
+};
+
+// A connection that ends with the scope.
+class ScopedConnection {
+  public:
+    ScopedConnection() noexcept = default;
+    ScopedConnection(Connection connection) noexcept : connection_(std::move(connection)) {}
+    ScopedConnection(ScopedConnection &&) noexcept = default;
+    ScopedConnection &operator=(ScopedConnection &&other) noexcept {
+        std::swap(connection_, other.connection_);
+        return *this;
+    }
+    ~ScopedConnection() { connection_.disconnect(); }
+
+    Connection *operator->() noexcept { return &connection_; }
+
+    // The connection, which then goes on behind the scope.
+    Connection release() noexcept { return std::move(connection_); }
+
+  private:
+    Connection connection_;
+};
+
+template <typename Arguments>
+class Signal;
+
+// A signal of an object, by its name. All who emit it and connect to it use the same arguments.
+template <typename... Arguments>
+class Signal<void(Arguments...)> {
+    using Emission = detail::Emission<Arguments...>;
+
+  public:
+    // Gives the object the signal unless it has it.
+    Signal(Object object, CString name) : object_(object) { detail::check(add(name)); }
+    static Expected<Signal> make(std::nothrow_t, Object object, CString name) {
+        Signal signal(object);
+        if (kestu_error_t *err = signal.add(name))
+            return detail::failed(err);
+        return signal;
+    }
+
+    // Connect a callable, for as long as both the signal's object and `destination` live. Flags are
+    // KESTU_LINK_ONCE, KESTU_LINK_FIRST and KESTU_LINK_LAST.
+    template <typename Function>
+    Connection connect(Function fn, uint32_t flags = 0) const {
+        return connect(object_, std::move(fn), flags);
+    }
+    template <typename Function>
+    Connection connect(Object destination, Function fn, uint32_t flags = 0) const {
+        return take(connect(std::nothrow, destination, std::move(fn), flags));
+    }
+    template <typename Function>
+    Expected<Connection> connect(std::nothrow_t, Object destination, Function fn,
+                                 uint32_t flags = 0) const {
+        using Slot = detail::TypedSlot<Function, Arguments...>;
+        auto *slot = new Slot(object_.get(), destination.get(), std::move(fn));
+        kestu_link_t *link = nullptr;
+        if (kestu_error_t *err = kestu_obj_link(object_.get(), code_, destination.get(), Slot::call,
+                                                slot, flags, &link)) {
+            slot->leave_objects();
+            return detail::failed(err);
+        }
+        return Connection(slot, link);
+    }
+
+    // Connects a member function; the instance lives as long as the connection.
+    template <typename Class, typename... Parameters>
+    Connection connect(Object destination, Class &instance, void (Class::*method)(Parameters...),
+                       uint32_t flags = 0) const {
+        return connect(
+            destination,
+            [&instance, method](Arguments &...arguments) { (instance.*method)(arguments...); },
+            flags);
+    }
+
+    // Calls the slots with the arguments. What one throws ends the emission and comes out here.
+    void operator()(Arguments... arguments) const {
+        Emission emission{{arguments...}, {}};
+        kestu_error_t *err = kestu_obj_emit_until_error(object_.get(), code_, &emission);
+        if (err) [[unlikely]]
+            raise(emission, err);
+    }
+    // The same, with an Error that a slot throws returned; what else it throws is thrown here too.
+    Expected<void> emit(std::nothrow_t, Arguments... arguments) const {
+        try {
+            (*this)(static_cast<Arguments>(arguments)...);
+            return {};
+        } catch (Error &error) {
+            return Unexpected(std::move(error));
+        }
+    }
+
+    Object object() const noexcept { return object_; }
+    uint32_t code() const noexcept { return code_; }
+
+  private:
+    explicit Signal(Object object) noexcept : object_(object) {}
+
+    kestu_error_t *add(const char *name) {
+        kestu_error_t *err = kestu_objsig_register_once(&code_, name);
+        if (!err)
+            err = kestu_obj_add_signal(object_.get(), code_);
+        if (err && kestu_error_is(err, KESTU_ERR_SIGNAL_EXISTS)) {
+            kestu_error_clear(err);
+            err = nullptr;
+        }
+        return err;
+    }
+
+    [[gnu::cold, gnu::noinline]] static void raise(Emission &emission, kestu_error_t *err) {
+        if (!emission.thrown)
+            detail::raise(err);
+        kestu_error_clear(err);
+        emission.thrown.rethrow();
+    }
+
+    Object object_;
+    uint32_t code_ = 0;
+};
+
+} // namespace KESTU_CPP
+} // namespace kestu
