@@ -149,7 +149,9 @@ class Array {
     // The elements at all positions of the last dimension.
     template <std::convertible_to<uint32_t>... Positions>
     requires(sizeof...(Positions) == N - 1) std::span<T> row(Positions... positions)
-    const noexcept { return {reach_block(array_->data, positions...), dim(N - 1)}; }
+    const noexcept {
+        return {reach_block(array_->data, static_cast<uint32_t>(positions)...), dim(N - 1)};
+    }
 
     uint32_t dim(size_t d) const noexcept { return array_ ? array_->dims[d] : 0; }
 

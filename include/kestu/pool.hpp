@@ -61,14 +61,27 @@ class Pool {
     // Memory that goes with the pool; std::bad_alloc when there is none.
     void *allocate(size_t bytes, size_t alignment = 8) { return claim(pool_, bytes, alignment); }
 
-    // A new T, or an array of T that are all zero, in the pool. An object that has a destructor is
-    // destroyed with the pool.
+    // A new object in the pool; one that has a destructor is destroyed with the pool.
     template <typename T, typename... Arguments>
-    auto make(Arguments &&...arguments) {
-        if constexpr (std::is_unbounded_array_v<T>)
-            return make_array<std::remove_extent_t<T>>(std::forward<Arguments>(arguments)...);
-        else
-            return make_object<T>(std::forward<Arguments>(arguments)...);
+    requires(!std::is_array_v<T>) T *make(Arguments &&...arguments) {
+        T *object = new (allocate(sizeof(T), alignof(T))) T(std::forward<Arguments>(arguments)...);
+        if constexpr (!std::is_trivially_destructible_v<T>)
+            apr_pool_cleanup_register(pool_, object, destroy<T>, apr_pool_cleanup_null);
+        return object;
+    }
+
+    // make<T[]>: a new array in the pool, whose elements are zero.
+    template <typename T>
+    requires std::is_unbounded_array_v<T>
+    auto make(size_t count) {
+        using Element = std::remove_extent_t<T>;
+        static_assert(std::is_trivially_destructible_v<Element>);
+        if (count > PTRDIFF_MAX / sizeof(Element))
+            throw std::bad_array_new_length();
+        auto *elements =
+            static_cast<Element *>(allocate(count * sizeof(Element), alignof(Element)));
+        std::uninitialized_value_construct_n(elements, count);
+        return elements;
     }
 
     // The pool as a resource of the standard library; its address stays right until the pool is
@@ -117,24 +130,6 @@ class Pool {
             throw std::bad_alloc();
         const auto address = reinterpret_cast<uintptr_t>(block);
         return static_cast<char *>(block) + (-address & (std::max(alignment, given) - 1));
-    }
-
-    template <typename T>
-    T *make_array(size_t count) {
-        static_assert(std::is_trivially_destructible_v<T>);
-        if (count > PTRDIFF_MAX / sizeof(T))
-            throw std::bad_array_new_length();
-        T *elements = static_cast<T *>(allocate(count * sizeof(T), alignof(T)));
-        std::uninitialized_value_construct_n(elements, count);
-        return elements;
-    }
-
-    template <typename T, typename... Arguments>
-    T *make_object(Arguments &&...arguments) {
-        T *object = new (allocate(sizeof(T), alignof(T))) T(std::forward<Arguments>(arguments)...);
-        if constexpr (!std::is_trivially_destructible_v<T>)
-            apr_pool_cleanup_register(pool_, object, destroy<T>, apr_pool_cleanup_null);
-        return object;
     }
 
     template <typename T>

@@ -292,7 +292,7 @@ TEST(CppContainers, OwnTheirElementsAndLeaveNothingBehindWithoutMemory) {
 
 TEST(CppBitArray, ShowsItsOnes) {
     kestu::BitArray bits(130);
-    for (size_t bit : {0, 64, 129})
+    for (size_t bit : {0U, 64U, 129U})
         bits.set(bit);
     std::vector<size_t> found;
     std::ranges::copy(bits.ones(), std::back_inserter(found));

@@ -151,7 +151,7 @@ TEST_F(CppSignal, LeavesNothingBehindWithoutMemory) {
     const kestu::Signal<void()> signal(source, "scarce");
     const auto calls = std::make_shared<int>();
     const long before = kestu::test::live_blocks();
-    for (size_t n : {1, 2}) {
+    for (size_t n : {1U, 2U}) {
         const kestu::test::AllocFailure failure(n);
         EXPECT_ANY_THROW(signal.connect(child, Counter(calls)));
         EXPECT_TRUE(failure.happened());

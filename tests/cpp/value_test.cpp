@@ -33,7 +33,7 @@ TEST(CppPool, IsAResourceAndDestroysWhatItMakes) {
         for (int i = 0; i < 1000; ++i)
             texts.emplace_back(static_cast<size_t>(i), 'x');
         EXPECT_EQ(texts.back().size(), 999);
-        for (size_t alignment : {1, 8, 16, 64, 4096})
+        for (size_t alignment : {1U, 8U, 16U, 64U, 4096U})
             EXPECT_EQ(reinterpret_cast<uintptr_t>(resource->allocate(3, alignment)) % alignment, 0);
         const volatile size_t too_much = SIZE_MAX; // unknown to the compiler, which would warn
         EXPECT_THROW(static_cast<void>(resource->allocate(too_much)), std::bad_alloc);
@@ -83,7 +83,7 @@ TEST(CppText, ConvertsTheWholeTextOrNothing) {
         EXPECT_FALSE(kestu::to_number<int>(std::nothrow, text)) << text;
     for (int base = 2; base <= 62; ++base)
         for (int64_t value : {INT64_MIN, int64_t{-1}, int64_t{0}, INT64_MAX})
-            EXPECT_EQ(kestu::from_base(kestu::to_base(value, base), base), value) << base;
+            EXPECT_EQ(kestu::from_base(kestu::to_base(value, base).c_str(), base), value) << base;
     for (std::string_view text : {"", "12x", "99999999999999999999", "1\0"})
         EXPECT_FALSE(kestu::from_base(
             std::nothrow, std::string_view(text.data(), text.size() + (text == "1")), 10))

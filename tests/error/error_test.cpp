@@ -184,6 +184,7 @@ TEST(ErrorMalfunction, NoMemoryForAnErrorGoesToTheHandlerAndStillYieldsAnError) 
     kestu_error_t *cause = kestu_error_create(0, 3, nullptr, "cause");
     const auto previous = kestu_error_set_malfunction_handler(count_malfunction);
     EXPECT_EQ(kestu_error_get_malfunction_handler(), count_malfunction);
+    malfunctions = 0;
     kestu_error_t *err = nullptr;
     {
         AllocFailure failure(1, all_after | pools_too);
