@@ -66,6 +66,25 @@ if(KESTU_BUILD_PROGRAM)
     DESTINATION ${kestu_sbom_dir} COMPONENT program)
 endif()
 
+# Manual pages, where there is Python to make them: of the program what it prints as help, of the
+# library what its headers say.
+find_program(KESTU_PYTHON python3)
+if(KESTU_PYTHON AND KESTU_BUILD_PROGRAM AND NOT CMAKE_CROSSCOMPILING)
+  set(kestu_man_dir ${CMAKE_CURRENT_BINARY_DIR}/man)
+  file(GLOB kestu_man_sources CONFIGURE_DEPENDS include/kestu_*.h packaging/man/*)
+  add_custom_command(OUTPUT ${kestu_man_dir}/made
+    COMMAND ${CMAKE_COMMAND} -E rm -rf ${kestu_man_dir}
+    COMMAND ${KESTU_PYTHON} scripts/man ${kestu_man_dir} $<TARGET_FILE:kestu_program>
+    COMMAND ${CMAKE_COMMAND} -E touch ${kestu_man_dir}/made
+    DEPENDS kestu_program scripts/man ${kestu_man_sources}
+    WORKING_DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR} VERBATIM)
+  add_custom_target(kestu_man ALL DEPENDS ${kestu_man_dir}/made)
+  install(DIRECTORY ${kestu_man_dir}/man3 DESTINATION ${CMAKE_INSTALL_MANDIR}
+    COMPONENT development OPTIONAL)
+  install(DIRECTORY ${kestu_man_dir}/man1 ${kestu_man_dir}/man5 DESTINATION ${CMAKE_INSTALL_MANDIR}
+    COMPONENT program OPTIONAL)
+endif()
+
 install(FILES README.md CHANGELOG.md SECURITY.md
   DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)

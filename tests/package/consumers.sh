@@ -29,13 +29,6 @@ flags=${sanitize:+-fsanitize=$sanitize}
 "$work/cpp20" | diff "$here/../../examples/objects.cpp.out" -
 test "$(pkg-config --modversion kestu)" = 1.0.0
 
-# The first program of the README, as a newcomer types it.
-sed -n '/^```c$/,/^```$/{/^```/d;p}' "$here/../../README.md" >"$work/first.c"
-# shellcheck disable=SC2046,SC2086
-"$cc" -Wall -Wextra -Werror $flags "$work/first.c" -o "$work/first" $(pkg-config --cflags --libs kestu)
-(cd "$work" && ! ./first missing.tif 2>missing)
-sed -n '/missing.tif$/,/^```/{/^[$`]/d;p}' "$here/../../README.md" | diff - "$work/missing"
-
 cmake -S "$here/project" -B "$work/build" -DCMAKE_PREFIX_PATH="$work/usr" \
     -DCMAKE_C_COMPILER="$cc" -DCMAKE_CXX_COMPILER="$cxx" \
     -DCMAKE_C_FLAGS="$flags" -DCMAKE_CXX_FLAGS="$flags" >/dev/null
