@@ -1,4 +1,5 @@
-// Features of the processor: where cpuid tells them, and what checksums, bit arrays and texts may use.
+// Features of the processor: where cpuid tells them, and what checksums, bit arrays and texts may
+// use.
 #pragma once
 
 #include "kestu_cpu_features.h"

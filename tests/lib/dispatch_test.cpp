@@ -29,8 +29,8 @@ TEST(Dispatch, TheFastestKernelThatTheFeaturesAllowIsTaken) {
                 ElementsAre("folded_512", "instructions", "registers_512", "registers_512"));
 }
 
-// All features but one, or without registers saved, and what is left: clmul in 128, 256 and 512 bits,
-// sha, avx2, bytes512 and count512.
+// All features but one, or without registers saved, and what is left: clmul in 128, 256 and 512
+// bits, sha, avx2, bytes512 and count512.
 TEST(Dispatch, AFeatureCountsOnlyWithItsRegistersSaved) {
     kestu_cpu_features_t all;
     std::fill(std::begin(all.words), std::end(all.words), ~0U);
