@@ -1,0 +1,2 @@
+#include "kestu_edit.h"
+#include "support/test.hpp"
