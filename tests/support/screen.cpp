@@ -1,6 +1,7 @@
 #include "support/screen.hpp"
 
 #include <algorithm>
+#include <cstdlib>
 
 namespace kestu::test {
 
@@ -78,19 +79,30 @@ void Screen::next_row() {
 }
 
 void Screen::sequence() {
-    if (escape == "\x1b[2J")
+    const bool complete = escape.size() > 2 && escape[1] == '[' && escape.back() >= '@';
+    const std::string body = complete ? escape.substr(2, escape.size() - 3) : "";
+    const size_t number = body.empty() ? 1 : std::strtoul(body.c_str(), nullptr, 10);
+    if (escape == "\x1b[2J") {
         rows.assign(height, std::string(width, ' '));
-    else if (escape == "\x1b[0;0H")
+    } else if (escape == "\x1b[0;0H" || escape == "\x1b[H") {
         row = column = 0;
-    else if (escape == "\x1b[A")
-        row -= row > 0;
-    else if (escape == "\x1b[?7l" || escape == "\x1b[?7h")
+    } else if (complete && escape.back() == 'A') {
+        row -= std::min(row, number);
+    } else if (complete && escape.back() == 'C') {
+        column = std::min(column + number, width - 1);
+    } else if (complete && (escape == "\x1b[J" || escape == "\x1b[K")) {
+        rows[row].replace(column, std::string::npos, width - column, ' ');
+        if (escape.back() == 'J')
+            std::fill(rows.begin() + static_cast<long>(row) + 1, rows.end(),
+                      std::string(width, ' '));
+    } else if (escape == "\x1b[?7l" || escape == "\x1b[?7h") {
         wraps = escape.back() == 'h';
-    else if (escape.size() < 6)
+    } else if (!complete && escape.size() < 10) {
         return;
-    else
+    } else if (!complete || (escape.back() != 'm' && body != "?2004")) {
         for (const char c : escape)
             put(c);
+    }
     escape.clear();
 }
 
