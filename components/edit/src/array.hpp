@@ -55,6 +55,9 @@ class Array {
         return true;
     }
 
+    // Where there is room.
+    void add(const T &value) { data_[size_++] = value; }
+
     void erase(size_t at, size_t count) {
         if (count == 0)
             return;

@@ -32,6 +32,11 @@ size_t end_of_sequence(std::string_view text, size_t at, std::string_view &colou
     return std::min(end, text.size());
 }
 
+bool is_plain(std::string_view text, size_t at) {
+    return text[at] >= ' ' && text[at] != 0x7F &&
+           (at + 1 == text.size() || static_cast<unsigned char>(text[at + 1]) < 0x80);
+}
+
 } // namespace
 
 void Frame::begin(size_t columns) {
@@ -105,9 +110,37 @@ void Frame::add_cluster(std::string_view text, size_t at, const Style &style) {
         put({spelled + i, 1}, 1, style);
 }
 
+// Most text is of characters of one byte and one column, for which there is room then.
+size_t Frame::add_plain(std::string_view text, const Style &style, const uint8_t *styles) {
+    const bool room = whole_ && bytes_.size() + text.size() <= UINT32_MAX &&
+                      bytes_.reserve(bytes_.size() + text.size()) &&
+                      cells_.reserve(cells_.size() + text.size());
+    size_t at = 0;
+    for (; room && at < text.size() && is_plain(text, at); ++at) {
+        if (columns_ > 0 && rows_.back().width == columns_)
+            end_row();
+        if (!whole_)
+            break;
+        const Style look = styles ? style_of(styles[at]) : style;
+        const Cell cell = {static_cast<uint32_t>(bytes_.size()), 1, 1, look};
+        bytes_.add(text[at]);
+        cells_.add(cell);
+        Row &row = rows_.back();
+        ++row.count;
+        ++row.width;
+    }
+    return at;
+}
+
 void Frame::add(std::string_view text, const Style &style, const uint8_t *styles) {
-    for (size_t at = 0; at < text.size() && whole_; at += cluster_at(text, at).length)
+    for (size_t at = 0; at < text.size() && whole_;) {
+        const size_t plain = add_plain(text.substr(at), style, styles ? styles + at : nullptr);
+        at += plain;
+        if (plain > 0)
+            continue;
         add_cluster(text, at, styles ? style_of(styles[at]) : style);
+        at += cluster_at(text, at).length;
+    }
 }
 
 void Frame::add_prompt(std::string_view prompt) {
