@@ -27,7 +27,8 @@ cmake_dependent_option(KESTU_BUILD_BENCH "Build the benchmark programs" OFF
   PROJECT_IS_TOP_LEVEL OFF)
 cmake_dependent_option(KESTU_BUILD_FUZZ "Build the libFuzzer targets (needs Clang)" OFF
   PROJECT_IS_TOP_LEVEL OFF)
-option(KESTU_BUILD_EDIT "Build libkestu_edit, the line editor (needs utf8proc)" ${PROJECT_IS_TOP_LEVEL})
+# The tests need it; a build of the library alone does not ask for utf8proc.
+option(KESTU_BUILD_EDIT "Build libkestu_edit, the line editor" ${KESTU_BUILD_PROGRAM})
 option(KESTU_WERROR "Turn compiler warnings into errors, and missing packages too" OFF)
 set(KESTU_FORTIFY 2 CACHE STRING "How closely the C library's functions are watched: 0 to 3")
 set(KESTU_SANITIZE "" CACHE STRING "Sanitizers to build with: 'address,undefined' or 'thread'")

@@ -65,6 +65,12 @@ set(parts
   "fast_float|${FastFloat_VERSION}|"
   "glibc|${libc_major}.${libc_minor}|libc.so.6 libm.so.6 ld-linux-x86-64.so.2")
 kestu_write_sbom(${PROJECT_BINARY_DIR}/libkestu.cdx.json libkestu library ${parts})
+if(KESTU_BUILD_EDIT)
+  kestu_write_sbom(${PROJECT_BINARY_DIR}/libkestu_edit.cdx.json libkestu_edit library
+    "libkestu|${PROJECT_VERSION}|libkestu.so.1"
+    "utf8proc|${UTF8PROC_VERSION}|libutf8proc.so.2"
+    "glibc|${libc_major}.${libc_minor}|libc.so.6 ld-linux-x86-64.so.2")
+endif()
 if(KESTU_BUILD_PROGRAM)
   find_package(CLI11 CONFIG REQUIRED)
   find_package(nlohmann_json REQUIRED)

@@ -1,11 +1,13 @@
 // The C edge.
 #include "kestu_edit.h"
 
+#include "base/kept_errno.hpp"
 #include "editor.hpp"
 #include "failure.hpp"
 
 #include <new>
 
+using kestu::KeptErrno;
 using namespace kestu::edit;
 
 struct kestu_edit_t {
@@ -14,15 +16,6 @@ struct kestu_edit_t {
 };
 
 namespace {
-
-// What a call does to errno stays inside it.
-class KeptErrno {
-  public:
-    ~KeptErrno() { errno = kept_; }
-
-  private:
-    int kept_ = errno;
-};
 
 apr_status_t destroy(void *data) {
     auto *edit = static_cast<kestu_edit_t *>(data);
