@@ -110,16 +110,20 @@ enum {
     KESTU_EDIT_INVERSE = 128,
 };
 
-/* Whether `line` of `length` bytes is whole: 0 lets Enter begin another row. */
+/*
+ * Whether `line` of `length` bytes is whole: 0 lets Enter begin another row. `baton` is the
+ * program's.
+ */
 typedef int (*kestu_edit_whole_func)(const char *line, size_t length, void *baton);
 
 /*
  * The hint that is shown behind `line` of `length` bytes while the cursor is at its end, or null.
- * It must stay as it is until the next call.
+ * It must stay as it is until the next call. `baton` is the program's.
  */
 typedef const char *(*kestu_edit_hint_func)(const char *line, size_t length, void *baton);
 
-/* Fills `styles`, a byte for each of the `length` bytes of `line`; they come as zeros. */
+/* Fills `styles`, a byte for each of the `length` bytes of `line`; they come as zeros.
+ * `baton` is the program's. */
 typedef void (*kestu_edit_style_func)(const char *line, size_t length, uint8_t *styles,
                                       void *baton);
 
@@ -129,7 +133,7 @@ typedef struct kestu_edit_proposals_t kestu_edit_proposals_t;
 /*
  * Proposes what may stand in `line` of `length` bytes from a place before `cursor` up to it: tells
  * that place by kestu_edit_propose_from, which the default leaves at the cursor, and each text by
- * kestu_edit_propose.
+ * kestu_edit_propose, both with `proposals`. `baton` is the program's.
  */
 typedef void (*kestu_edit_complete_func)(kestu_edit_proposals_t *proposals, const char *line,
                                          size_t length, size_t cursor, void *baton);
@@ -254,7 +258,8 @@ KESTU_API KESTU_MUST_USE kestu_error_t *kestu_edit_history_add(kestu_edit_t *edi
                                                                size_t length);
 KESTU_API void kestu_edit_history_limit(kestu_edit_t *edit, size_t lines);
 
-/* How many lines the history of `edit` holds; the one at `index`, 0 for the oldest, or null. */
+/* How many lines the history of `edit` holds; the one at `index`, 0 for the oldest, or
+ * null, its bytes counted through `length` unless that is null. */
 KESTU_API size_t kestu_edit_history_count(const kestu_edit_t *edit);
 KESTU_API const char *kestu_edit_history_line(const kestu_edit_t *edit, size_t index,
                                               size_t *length);
