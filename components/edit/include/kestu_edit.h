@@ -3,10 +3,13 @@
  * completion, hints and colours.
  *
  *     kestu_edit_t *edit = NULL;
- *     int state;
+ *     int state = KESTU_EDIT_LINE;
  *     err = kestu_edit_create(&edit, 0, 1, pool);
- *     while (!err && !(err = kestu_edit_readline(edit, "> ", 0, &state)) && state == KESTU_EDIT_LINE)
- *         puts(kestu_edit_line(edit, NULL));
+ *     while (!err && state != KESTU_EDIT_END) {
+ *         err = kestu_edit_readline(edit, "> ", 0, &state);
+ *         if (!err && state == KESTU_EDIT_LINE)
+ *             puts(kestu_edit_line(edit, NULL));
+ *     }
  *     kestu_edit_destroy(&edit);
  *
  * A component of its own: link libkestu_edit (pkg-config kestu-edit, kestu::edit in CMake).

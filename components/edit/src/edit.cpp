@@ -26,9 +26,8 @@ apr_status_t destroy(void *data) {
     return APR_SUCCESS;
 }
 
-kestu_error_t *wrapped(kestu_error_t *err) {
-    return err ? kestu_error_quick_wrap_i(0, nullptr, nullptr, err, "Cannot edit the line.")
-               : nullptr;
+kestu_error_t *wrapped(kestu_error_t *err, const char *message = "Cannot edit the line.") {
+    return err ? kestu_error_quick_wrap_i(0, nullptr, nullptr, err, message) : nullptr;
 }
 
 // Stops the process, as the terminal would have done at Ctrl-Z.
@@ -190,10 +189,10 @@ const char *kestu_edit_history_line(const kestu_edit_t *edit, size_t index, size
 
 kestu_error_t *kestu_edit_history_load(kestu_edit_t *edit, const char *path) {
     const KeptErrno kept;
-    return wrapped(edit->editor.history.load(path));
+    return wrapped(edit->editor.history.load(path), "Cannot load the history.");
 }
 
 kestu_error_t *kestu_edit_history_save(kestu_edit_t *edit, const char *path) {
     const KeptErrno kept;
-    return wrapped(edit->editor.history.save(path));
+    return wrapped(edit->editor.history.save(path), "Cannot save the history.");
 }

@@ -1,5 +1,5 @@
-// The editor: bytes in, a line and a screen out. The terminal is only a place to bring them from and
-// to.
+// The editor: bytes in, a line and a screen out. The terminal is only a place to bring them from
+// and to.
 #pragma once
 
 #include "history.hpp"

@@ -38,8 +38,6 @@ class Locked {
         struct stat state = {};
         const bool is = fstat(file_, &state) == 0 && S_ISREG(state.st_mode);
         size = state.st_size;
-        if (!is)
-            errno = EINVAL;
         return is;
     }
 
@@ -111,7 +109,9 @@ kestu_error_t *History::load(const char *path) {
         return errno == ENOENT ? nullptr : fail_system(KESTU_ERR_OPEN, path);
     off_t size;
     Bytes content;
-    if (!file.is_file(size) || !read_end(file.get(), size, content))
+    if (!file.is_file(size))
+        return KESTU_EDIT_FAIL(KESTU_ERR_READ, "%s: not a regular file", path);
+    if (!read_end(file.get(), size, content))
         return fail_system(KESTU_ERR_READ, path);
     return take_lines(content.view()) ? nullptr : no_memory();
 }
@@ -163,8 +163,10 @@ kestu_error_t *History::shorten(int file, const char *path) {
 kestu_error_t *History::save(const char *path) {
     const Locked file(path, O_RDWR | O_CREAT | O_APPEND);
     off_t size;
-    if (file.get() < 0 || !file.is_file(size))
+    if (file.get() < 0)
         return fail_system(KESTU_ERR_OPEN, path);
+    if (!file.is_file(size))
+        return KESTU_EDIT_FAIL(KESTU_ERR_OPEN, "%s: not a regular file", path);
     // One that was there may have been open to others.
     if (fchmod(file.get(), 0600) != 0 && errno != EPERM)
         return fail_system(KESTU_ERR_WRITE, path);

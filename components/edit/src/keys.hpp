@@ -34,7 +34,7 @@ enum : Key {
 // Makes keys of bytes that come one by one. Sequences are swallowed whole, known or not.
 class KeyDecoder {
   public:
-    // Takes a byte. Returns a key, key_none amid a sequence, or, setting `is_text`, the byte itself.
+    // Takes a byte. Returns a key, key_none amid a sequence, or the byte itself, setting `is_text`.
     Key take(unsigned char byte, bool &is_text);
     void forget() { state_ = State::ground, alt_ = false; }
 

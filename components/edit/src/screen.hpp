@@ -11,8 +11,8 @@ class Screen {
     size_t columns() const { return columns_; }
     size_t rows() const { return rows_; }
 
-    // Adds to `out` what makes the terminal show `next`, which is taken; of more rows than there are
-    // those around the cursor. False when no memory is left; the next drawing then begins from
+    // Adds to `out` what makes the terminal show `next`, which is taken; of more rows than there
+    // are those around the cursor. False when no memory is left; the next drawing then begins from
     // nothing.
     [[nodiscard]] bool paint(Frame &next, Bytes &out);
 

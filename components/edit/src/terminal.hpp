@@ -20,7 +20,7 @@ class Terminal {
     // Whether a person types: both ends are a terminal.
     bool is_interactive() const { return interactive_; }
 
-    // Single keys, and pastes that are told; or as before. leave() may be called by a signal handler.
+    // Single keys, and pastes that are told; or as before. A signal handler may call leave().
     [[nodiscard]] kestu_error_t *enter();
     void leave() const;
 
@@ -30,8 +30,8 @@ class Terminal {
     // Writes all of `bytes` and forgets them.
     [[nodiscard]] kestu_error_t *write(Bytes &bytes);
 
-    // One byte of the input. At its end `at_end` is set; `got` is false for none, too, after a signal
-    // or when there is no more than was asked for by a descriptor that does not wait.
+    // One byte of the input. At its end `at_end` is set; `got` is false then, and after a signal,
+    // and when a descriptor that does not wait has nothing.
     [[nodiscard]] kestu_error_t *read(char &byte, bool &got, bool &at_end);
     bool has_more() const;
 
