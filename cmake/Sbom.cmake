@@ -76,6 +76,7 @@ if(KESTU_BUILD_PROGRAM)
   find_package(nlohmann_json REQUIRED)
   list(APPEND parts
     "libkestu|${PROJECT_VERSION}|libkestu.so.1"
+    "libkestu_edit|${PROJECT_VERSION}|libkestu_edit.so.1"
     "CLI11|${CLI11_VERSION}|"
     "nlohmann_json|${nlohmann_json_VERSION}|"
     "libstdc++|${CMAKE_CXX_COMPILER_VERSION}|libstdc++.so.6 libgcc_s.so.1")

@@ -3,6 +3,8 @@
 namespace kestu::edit {
 
 bool History::add(std::string_view line) {
+    if (!lines_.empty() && this->line(count() - 1) == line)
+        return true;
     auto *text = static_cast<char *>(std::malloc(line.size() + 1));
     if (!text || !lines_.reserve(lines_.size() + 1)) {
         std::free(text);

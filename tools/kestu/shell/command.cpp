@@ -10,10 +10,11 @@ constexpr const char *notes =
 backslash. A backslash where a word could begin continues the command on the next line, and so
 does an open quote. Lines that begin with # are comments. help lists the commands.
 
-At the prompt: arrows, Home, End, Backspace and Delete edit the line (a character beyond ASCII
-byte by byte), Up and Down recall earlier lines, Ctrl-C gives the line up, Ctrl-D leaves. While
-a command runs Ctrl-C ends it, and the shell goes on. Earlier lines are kept in
-$XDG_STATE_HOME/kestu/history, or ~/.local/state/kestu/history.
+At the prompt the keys of other shells edit the line: Ctrl-A, Ctrl-E, Ctrl-W, Ctrl-Y, Ctrl-R
+and so on; Tab completes commands and files, Up and Down recall earlier lines that begin as
+this one, Ctrl-C gives the line up, Ctrl-D leaves. While a command runs Ctrl-C ends it, and
+the shell goes on. Earlier lines are kept in $XDG_STATE_HOME/kestu/history, or
+~/.local/state/kestu/history.
 
 When standard input is a file or a pipe its lines are run without prompt and history. Commands
 then find nothing on their own standard input, and the exit status is that of the last command

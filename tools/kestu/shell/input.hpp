@@ -3,10 +3,9 @@
 
 #include "shell/history.hpp"
 
-#include "kestu_readline.h"
-
 #include <cstdio>
 #include <string>
+#include <vector>
 
 namespace program {
 
@@ -20,23 +19,22 @@ enum class Read {
 // A person, with the library's line editor, on standard input and output.
 class Typed {
   public:
-    Typed();
+    // Completes the first words of commands from `commands`, and all others to files.
+    explicit Typed(std::vector<std::string> commands);
     ~Typed();
     Typed(const Typed &) = delete;
     Typed &operator=(const Typed &) = delete;
 
-    // Stores a line through `line` without its end. `goes_on` asks for the rest of a command.
-    Read read(std::string &line, bool goes_on);
+    // Stores through `text` what was typed, one row or several. `goes_on` asks for the rest of a
+    // command.
+    Read read(std::string &text, bool goes_on);
+
+    kestu_edit_t *editor() const { return editor_; }
 
   private:
-    kestu_error_t *edit(char **line, bool &at_end);
-    void remember(const std::string &line);
-
-    int terminal_;
-    kestu_ri_t *editor_ = nullptr;
+    kestu_edit_t *editor_;
     History history_;
-    std::string last_;
-    bool interrupted_ = false;
+    std::vector<std::string> commands_;
 };
 
 // A file or a pipe, line by line. What commands read from standard input is not taken from it.

@@ -41,16 +41,25 @@ bool is_comment(const std::string &line) {
     return first != line.npos && line[first] == '#';
 }
 
+// A paste may hold several commands.
+void take_rows(Shell &shell, const std::string &text) {
+    for (size_t at = 0; at <= text.size() && !shell.left();) {
+        const size_t end = std::min(text.find('\n', at), text.size());
+        shell.take(text.substr(at, end - at));
+        at = end + 1;
+    }
+}
+
 int talk() {
     std::printf("kestu %s. Type help for the commands, Ctrl-D to leave.\n", kestu_version_string());
     const KeysForCommands keys;
-    Typed typed;
     Shell shell(true);
-    std::string line;
+    Typed typed(shell.names());
+    std::string text;
     while (!shell.left()) {
-        switch (typed.read(line, shell.incomplete())) {
+        switch (typed.read(text, shell.incomplete())) {
         case Read::line:
-            shell.take(line);
+            take_rows(shell, text);
             break;
         case Read::interrupted:
             shell.forget();
@@ -98,6 +107,13 @@ void Shell::take(const std::string &line) {
     }
     if (!incomplete())
         run_words(words_.take());
+}
+
+std::vector<std::string> Shell::names() const {
+    std::vector<std::string> names;
+    for (const Command &command : table_.all())
+        names.push_back(command.name);
+    return names;
 }
 
 void Shell::fail(const std::string &message) {

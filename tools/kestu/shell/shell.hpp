@@ -22,6 +22,9 @@ class Shell {
     bool incomplete() const { return words_.incomplete(); }
     void forget() { words_.take(); }
 
+    // The names of all commands.
+    std::vector<std::string> names() const;
+
     // Whether a command has asked to leave.
     bool left() const { return leaving_; }
 
