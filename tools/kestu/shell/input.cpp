@@ -12,6 +12,7 @@
 #include <utility>
 
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace program {
@@ -22,6 +23,15 @@ constexpr const char *prompt_to_go_on = "  ...> ";
 
 int copy_of_standard_input() {
     return fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+}
+
+// Output may have ended in the middle of a row, which the editor would draw over. A row of blanks
+// leads to the beginning of the next one, or back to that of the same one.
+void begin_row() {
+    winsize size = {};
+    if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0)
+        std::printf("%*s\r", size.ws_col, "");
+    std::fflush(stdout);
 }
 
 constexpr int endings[] = {SIGTERM, SIGHUP, SIGINT, SIGQUIT};
@@ -82,7 +92,7 @@ Typed::~Typed() {
 }
 
 Read Typed::read(std::string &text, bool goes_on) {
-    std::fflush(stdout);
+    begin_row();
     int state = KESTU_EDIT_END;
     kestu_error_t *err;
     {
