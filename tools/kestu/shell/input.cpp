@@ -1,5 +1,6 @@
 #include "shell/input.hpp"
 
+#include "common/text.hpp"
 #include "program.hpp"
 #include "shell/completion.hpp"
 #include "shell/signals.hpp"
@@ -13,6 +14,7 @@
 
 #include <fcntl.h>
 #include <sys/ioctl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace program {
@@ -111,12 +113,40 @@ Read Typed::read(std::string &text, bool goes_on) {
     return Read::line;
 }
 
-Script::Script() : file_(fdopen(copy_of_standard_input(), "r")) {}
+std::unique_ptr<Script> Script::of_file(const std::string &path) {
+    struct stat state = {};
+    FILE *file = std::fopen(path.c_str(), "re");
+    if (file && fstat(fileno(file), &state) == 0 && S_ISDIR(state.st_mode)) {
+        std::fclose(file);
+        file = nullptr;
+        errno = EISDIR;
+    }
+    if (file)
+        return std::unique_ptr<Script>(new Script(path, file));
+    Outcome().fail(printable(path.c_str()) + ": cannot be read: " + std::strerror(errno));
+    return nullptr;
+}
+
+std::unique_ptr<Script> Script::of_text(const std::string &text) {
+    std::unique_ptr<Script> script(new Script("-c", nullptr));
+    script->text_ = text;
+    if (!text.empty())
+        script->file_ = fmemopen(script->text_.data(), text.size(), "r");
+    return script;
+}
+
+std::unique_ptr<Script> Script::of_standard_input() {
+    return std::unique_ptr<Script>(new Script("", fdopen(copy_of_standard_input(), "r")));
+}
 
 Script::~Script() {
     std::free(buffer_);
     if (file_)
         std::fclose(file_);
+}
+
+std::string Script::place() const {
+    return name_.empty() ? "" : printable(name_.c_str()) + ":" + std::to_string(number_) + ": ";
 }
 
 Read Script::read(std::string &line) {
@@ -125,9 +155,11 @@ Read Script::read(std::string &line) {
     if (length < 0 && errno == 0)
         return Read::end;
     if (length < 0) {
-        Outcome().fail(std::string("standard input cannot be read: ") + std::strerror(errno));
+        const std::string name = name_.empty() ? "standard input" : printable(name_.c_str());
+        Outcome().fail(name + " cannot be read: " + std::strerror(errno));
         return Read::failed;
     }
+    ++number_;
     line.assign(buffer_, static_cast<size_t>(length));
     for (const char end : {'\n', '\r'})
         if (line.ends_with(end))

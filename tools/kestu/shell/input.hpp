@@ -4,7 +4,9 @@
 #include "shell/history.hpp"
 
 #include <cstdio>
+#include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace program {
@@ -37,20 +39,31 @@ class Typed {
     std::vector<std::string> commands_;
 };
 
-// A file or a pipe, line by line. What commands read from standard input is not taken from it.
+// A script, line by line: a file, a text, or standard input, of which commands take nothing then.
 class Script {
   public:
-    Script();
+    // Null when the file cannot be opened, which has been told.
+    static std::unique_ptr<Script> of_file(const std::string &path);
+    static std::unique_ptr<Script> of_text(const std::string &text);
+    static std::unique_ptr<Script> of_standard_input();
     ~Script();
     Script(const Script &) = delete;
     Script &operator=(const Script &) = delete;
 
     Read read(std::string &line);
 
+    // "FILE:LINE: " for the line that was read last; empty for standard input.
+    std::string place() const;
+
   private:
+    Script(std::string name, FILE *file) : name_(std::move(name)), file_(file) {}
+
+    std::string name_;
     FILE *file_;
+    std::string text_;
     char *buffer_ = nullptr;
     size_t size_ = 0;
+    size_t number_ = 0;
 };
 
 } // namespace program
