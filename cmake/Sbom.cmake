@@ -68,6 +68,7 @@ kestu_write_sbom(${PROJECT_BINARY_DIR}/libkestu.cdx.json libkestu library ${part
 if(KESTU_BUILD_EDIT)
   kestu_write_sbom(${PROJECT_BINARY_DIR}/libkestu_edit.cdx.json libkestu_edit library
     "libkestu|${PROJECT_VERSION}|libkestu.so.1"
+    "apr|${APR_VERSION}|libapr-1.so.0"
     "utf8proc|${UTF8PROC_VERSION}|libutf8proc.so.2"
     "glibc|${libc_major}.${libc_minor}|libc.so.6 ld-linux-x86-64.so.2")
 endif()

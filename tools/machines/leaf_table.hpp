@@ -35,8 +35,8 @@ using RecordedMachine = std::vector<LeafTable>;
 // Reads the format in which tables are kept: a line "processor N" (decimal, counted from 0) begins
 // a processor, and each line "LEAF SUBLEAF EAX EBX ECX EDX" below it (hexadecimal, no prefix) is an
 // answer. Lines that begin with '#' and empty ones are skipped. Raw dumps of the cpuid tool are
-// read too: "CPU N:" begins a processor, and an answer is "0xLEAF 0xSUBLEAF: eax=0x… ebx=0x… ecx=0x…
-// edx=0x…". Throws std::runtime_error, which names the line, for anything else.
+// read too: "CPU N:" begins a processor, and an answer is "0xLEAF 0xSUBLEAF: eax=… ebx=… ecx=…
+// edx=…". Throws std::runtime_error, which names the line, for anything else.
 RecordedMachine read_leaf_tables(std::istream &in);
 
 // The machine in the format above.

@@ -254,8 +254,9 @@ KESTU_API KESTU_MUST_USE kestu_error_t *kestu_edit_propose(kestu_edit_proposals_
 
 /*
  * Adds `line` of `length` bytes to the history of `edit`, in place of an equal one that is not
- * the last; lines that are read are not added by themselves. The oldest goes when there are more than the limit, 1000 unless
- * kestu_edit_history_limit says otherwise by `lines`. Fails with KESTU_ERR_NO_MEMORY.
+ * the last; lines that are read are not added by themselves. The oldest goes when there are more
+ * than the limit, 1000 unless kestu_edit_history_limit says otherwise by `lines`. Fails with
+ * KESTU_ERR_NO_MEMORY.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_edit_history_add(kestu_edit_t *edit, const char *line,
                                                                size_t length);

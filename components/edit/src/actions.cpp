@@ -138,7 +138,7 @@ void Editor::kill(size_t from, size_t to, bool in_front) {
     }
     using How = KillRing::How;
     const How how = did_ != Did::killed ? How::alone : in_front ? How::in_front : How::behind;
-    if (!is_hidden() && !kills_.add(line.text().substr(from, to - from), how)) {
+    if (!is_hidden() && !kills_.add(part(line.text(), from, to - from), how)) {
         no_memory_ = true;
         return;
     }
@@ -176,8 +176,8 @@ void Editor::transpose() {
     if (from == middle || middle == to)
         return;
     Bytes swapped;
-    if (!swapped.append(text.substr(middle, to - middle)) ||
-        !swapped.append(text.substr(from, middle - from)) ||
+    if (!swapped.append(part(text, middle, to - middle)) ||
+        !swapped.append(part(text, from, middle - from)) ||
         !line.replace(from, to - from, swapped.view(), Line::Kind::other))
         no_memory_ = true;
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <string_view>
@@ -99,6 +100,13 @@ class Array {
     size_t size_ = 0;
     size_t room_ = 0;
 };
+
+// Of `text` what begins at `at`, at most `count` bytes; what is not there is left out.
+inline std::string_view part(std::string_view text, size_t at, size_t count = SIZE_MAX) {
+    const size_t begin = at < text.size() ? at : text.size();
+    const size_t left = text.size() - begin;
+    return {text.data() + begin, count < left ? count : left};
+}
 
 // Bytes of text.
 class Bytes : public Array<char> {

@@ -73,7 +73,7 @@ void Editor::step(bool older, bool by_prefix) {
         begins_ = line.cursor();
     now_ = Did::browsed;
     const std::string_view now = line.text();
-    const std::string_view front = now.substr(0, by_prefix ? std::min(begins_, now.size()) : 0);
+    const std::string_view front = part(now, 0, by_prefix ? std::min(begins_, now.size()) : 0);
     const auto fits = [&](std::string_view text) { return text.starts_with(front) && text != now; };
     const size_t at = std::min(at_, history.count());
     const size_t index = older ? history.before(at, fits) : history.behind(at, fits);

@@ -48,10 +48,40 @@ Cluster control_at(char c) {
     return {1, 2, c == '\t' ? Cluster::tab : Cluster::in_words};
 }
 
-// Goes back from `at` to a place that surely is a boundary: between two characters of ASCII.
+// Whether a character neither joins the one before it nor lets one of its kind join it. Letters and
+// ideographs are so, and Hangul syllables.
+bool stands_alone(std::string_view text, size_t at) {
+    if (is_ascii(text[at]))
+        return true;
+    const Point point = point_at(text, at);
+    if (point.code < 0)
+        return false;
+    const auto kind = utf8proc_get_property(point.code)->boundclass;
+    return kind == UTF8PROC_BOUNDCLASS_OTHER || kind == UTF8PROC_BOUNDCLASS_LV ||
+           kind == UTF8PROC_BOUNDCLASS_LVT;
+}
+
+bool begins_point(char c) {
+    return (static_cast<unsigned char>(c) & 0xC0) != 0x80;
+}
+
+// Goes back from `at` to a place that surely is a boundary: between two characters that stand
+// alone; or as far as no text goes without one.
 size_t safe_place(std::string_view text, size_t at) {
-    while (at > 0 && !(at < text.size() && is_ascii(text[at]) && is_ascii(text[at - 1])))
+    constexpr size_t farthest = 4096;
+    const size_t last = at > farthest ? at - farthest : 0;
+    bool alone = false;
+    size_t behind = at;
+    while (at > last) {
+        if (at < text.size() && begins_point(text[at])) {
+            const bool now = stands_alone(text, at);
+            if (now && alone)
+                return behind;
+            alone = now;
+            behind = at;
+        }
         --at;
+    }
     return at;
 }
 

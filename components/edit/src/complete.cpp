@@ -20,8 +20,8 @@ size_t width_of(std::string_view text) {
 size_t same_front(std::string_view a, std::string_view b) {
     size_t at = 0;
     while (at < a.size()) {
-        const std::string_view cluster = a.substr(at, cluster_at(a, at).length);
-        if (b.substr(std::min(at, b.size()), cluster.size()) != cluster)
+        const std::string_view cluster = part(a, at, cluster_at(a, at).length);
+        if (part(b, std::min(at, b.size()), cluster.size()) != cluster)
             break;
         at += cluster.size();
     }
@@ -48,7 +48,7 @@ void Editor::propose() {
         return;
     std::string_view common = proposals.view(proposals.all[0].text);
     for (const auto &proposal : proposals.all)
-        common = common.substr(0, same_front(common, proposals.view(proposal.text)));
+        common = part(common, 0, same_front(common, proposals.view(proposal.text)));
     const size_t typed = line.cursor() - from;
     if (proposals.all.size() == 1) {
         insert_common(from, common);

@@ -23,6 +23,7 @@ kestu_error_t *Editor::begin(std::string_view prompt, int flags) {
         wipe();
     flags_ = flags;
     line.clear();
+    pasted_.clear();
     decoder_.forget();
     prefix_ = key_none;
     quoting_ = pasting_ = searching_ = listed_ = false;
@@ -53,7 +54,8 @@ int Editor::take(unsigned char byte) {
     if (is_plain()) {
         if (byte == '\n')
             return KESTU_EDIT_LINE;
-        type(static_cast<char>(byte));
+        if (!pasted_.push(static_cast<char>(byte)))
+            no_memory_ = true;
         return KESTU_EDIT_MORE;
     }
     if (pasting_)
@@ -95,7 +97,7 @@ int Editor::take_paste(unsigned char byte) {
         pasted_.clear();
         return KESTU_EDIT_MORE;
     }
-    const std::string_view text = paste_end.substr(0, paste_end_);
+    const std::string_view text = part(paste_end, 0, paste_end_);
     paste_end_ = byte == 0x1B ? 1 : 0;
     bool done = pasted_.append(text);
     const bool ends_row = !pasted_.empty() && pasted_.back() == '\r';
@@ -146,7 +148,7 @@ kestu_error_t *Editor::read(int &state) {
             return err;
         }
         if (at_end)
-            state = line.text().empty() ? KESTU_EDIT_END : KESTU_EDIT_LINE;
+            state = line.text().empty() && pasted_.empty() ? KESTU_EDIT_END : KESTU_EDIT_LINE;
         else if (got)
             state = take(static_cast<unsigned char>(byte));
         if (!got || (state == KESTU_EDIT_MORE && !terminal.has_more()))
@@ -163,8 +165,11 @@ kestu_error_t *Editor::finish(int state) {
     if (searching_)
         end_search(true);
     active_ = false;
-    if (is_plain())
+    if (is_plain()) {
+        if (!line.insert(pasted_.view(), Line::Kind::other))
+            no_memory_ = true;
         return settle();
+    }
     listed_ = false;
     lay_out(true, state == KESTU_EDIT_INTERRUPTED ? "^C" : "");
     if (!screen_.paint(frame_, out_) || !screen_.leave(out_))

@@ -22,7 +22,7 @@ struct kestu_edit_proposals_t {
     size_t place = 0;
 
     std::string_view view(const Text &text) const {
-        return bytes.view().substr(text.at, text.size);
+        return kestu::edit::part(bytes.view(), text.at, text.size);
     }
 };
 

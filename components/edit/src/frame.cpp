@@ -19,7 +19,7 @@ size_t end_of_sequence(std::string_view text, size_t at, std::string_view &colou
         while (end < text.size() && (text[end] < '@' || text[end] > '~'))
             ++end;
         if (end < text.size() && text[end] == 'm')
-            colours = text.substr(at + 2, end - at - 2);
+            colours = part(text, at + 2, end - at - 2);
         if (colours.data() && colours.empty())
             colours = "0";
         return std::min(end + 1, text.size());
@@ -86,28 +86,26 @@ void Frame::put_blanks(size_t count, const Style &style) {
         put(" ", 1, style);
 }
 
-void Frame::add_cluster(std::string_view text, size_t at, const Style &style) {
+// Returns how many bytes it took.
+size_t Frame::add_cluster(std::string_view text, size_t at, const Style &style) {
     const Cluster cluster = cluster_at(text, at);
+    const bool many_rows = columns_ > 0;
     char spelled[16];
-    switch (cluster.kind) {
-    case Cluster::shown:
-        return put(text.substr(at, cluster.length), cluster.width, style);
-    case Cluster::row_end:
-        if (columns_ > 0)
-            return end_row();
-        break;
-    case Cluster::tab:
-        if (columns_ > 0)
-            return put_blanks(std::min(tab_width - rows_.back().width % tab_width,
-                                       std::max<size_t>(columns_ - rows_.back().width, 1)),
-                              style);
-        break;
-    case Cluster::in_words:
-        break;
+    if (cluster.kind == Cluster::shown) {
+        put(part(text, at, cluster.length), cluster.width, style);
+    } else if (cluster.kind == Cluster::row_end && many_rows) {
+        end_row();
+    } else if (cluster.kind == Cluster::tab && many_rows) {
+        const size_t column = rows_.back().width;
+        put_blanks(std::min(tab_width - column % tab_width,
+                            std::max<size_t>(columns_ - std::min(column, columns_), 1)),
+                   style);
+    } else {
+        const size_t length = words(part(text, at, cluster.length), spelled);
+        for (size_t i = 0; i < length; ++i)
+            put({spelled + i, 1}, 1, style);
     }
-    const size_t length = words(text.substr(at, cluster.length), spelled);
-    for (size_t i = 0; i < length; ++i)
-        put({spelled + i, 1}, 1, style);
+    return cluster.length;
 }
 
 // Most text is of characters of one byte and one column, for which there is room then.
@@ -134,12 +132,11 @@ size_t Frame::add_plain(std::string_view text, const Style &style, const uint8_t
 
 void Frame::add(std::string_view text, const Style &style, const uint8_t *styles) {
     for (size_t at = 0; at < text.size() && whole_;) {
-        const size_t plain = add_plain(text.substr(at), style, styles ? styles + at : nullptr);
+        const size_t plain = add_plain(part(text, at), style, styles ? styles + at : nullptr);
         at += plain;
         if (plain > 0)
             continue;
-        add_cluster(text, at, styles ? style_of(styles[at]) : style);
-        at += cluster_at(text, at).length;
+        at += add_cluster(text, at, styles ? style_of(styles[at]) : style);
     }
 }
 
@@ -152,8 +149,7 @@ void Frame::add_prompt(std::string_view prompt) {
             if (!colours.empty())
                 apply_sequence(colours, style);
         } else {
-            add_cluster(prompt, at, style);
-            at += cluster_at(prompt, at).length;
+            at += add_cluster(prompt, at, style);
         }
 }
 

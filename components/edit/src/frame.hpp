@@ -53,7 +53,7 @@ class Frame {
   private:
     void put(std::string_view bytes, size_t width, const Style &style);
     size_t add_plain(std::string_view text, const Style &style, const uint8_t *styles);
-    void add_cluster(std::string_view text, size_t at, const Style &style);
+    size_t add_cluster(std::string_view text, size_t at, const Style &style);
     void put_blanks(size_t count, const Style &style);
 
     Bytes bytes_;

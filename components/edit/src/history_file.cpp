@@ -89,7 +89,7 @@ bool History::take_lines(std::string_view content) {
     Bytes line;
     while (!content.empty()) {
         const size_t end = std::min(content.find('\n'), content.size());
-        if (!line.assign(content.substr(0, end)))
+        if (!line.assign(part(content, 0, end)))
             return false;
         std::replace(line.begin(), line.end(), '\r', '\n');
         content.remove_prefix(std::min(end + 1, content.size()));

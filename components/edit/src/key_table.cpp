@@ -135,7 +135,7 @@ bool KeyTable::bind(std::string_view keys, int action, bool &no_memory) {
     no_memory = false;
     Binding binding = {key_none, key_none, action};
     if (const size_t blank = keys.find(' '); blank != keys.npos) {
-        binding.prefix = parse(keys.substr(0, blank));
+        binding.prefix = parse(part(keys, 0, blank));
         if (binding.prefix != control('X'))
             return false;
         keys.remove_prefix(blank + 1);

@@ -43,7 +43,7 @@ bool Line::remember(size_t at, size_t length, size_t inserted) {
         changes_.back().inserted += inserted;
         return true;
     }
-    if (!changes_.reserve(changes_.size() + 1) || !removed_.append(text().substr(at, length)))
+    if (!changes_.reserve(changes_.size() + 1) || !removed_.append(part(text(), at, length)))
         return false;
     return changes_.push({.at = at, .removed = length, .inserted = inserted, .cursor = cursor_});
 }

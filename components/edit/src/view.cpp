@@ -19,9 +19,9 @@ void Editor::lay_out_text(std::string_view text, size_t cursor) {
             styles = styles_.data();
         }
     }
-    frame_.add(text.substr(0, cursor), {}, styles);
+    frame_.add(part(text, 0, cursor), {}, styles);
     frame_.mark_cursor(cursor < text.size() && text[cursor] == '\n');
-    frame_.add(text.substr(cursor), {}, styles ? styles + cursor : nullptr);
+    frame_.add(part(text, cursor), {}, styles ? styles + cursor : nullptr);
 }
 
 // `last` leaves out what helps with editing, and `mark` stands behind the text.
