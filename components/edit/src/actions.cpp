@@ -21,7 +21,7 @@ int Editor::act(int action) {
     listed_ = false;
     now_ = Did::other;
     if (action != KESTU_EDIT_NOTHING)
-        line.part();
+        line.end_typing();
     switch (action) {
     case KESTU_EDIT_ACCEPT:
         return accept();

@@ -93,7 +93,7 @@ int Editor::take_paste(unsigned char byte) {
             end_search(true);
         if (!line.insert(pasted_.view(), Line::Kind::other))
             no_memory_ = true;
-        line.part();
+        line.end_typing();
         pasted_.clear();
         return KESTU_EDIT_MORE;
     }

@@ -43,7 +43,7 @@ class Line {
     void undo();
 
     // Ends what is typed at once: the next change is undone alone.
-    void part() { typing_ = false; }
+    void end_typing() { typing_ = false; }
 
     // Empties it, with nothing to undo.
     void clear();
