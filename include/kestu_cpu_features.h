@@ -380,8 +380,8 @@ KESTU_API int kestu_cpu_feature_state(const kestu_cpu_features_t *features, int 
 
 /*
  * 1 when this process may use `feature` on the real processor, else 0; the answer is the C
- * library's and takes no cpuid. Leaves that it does not keep count as zero: they tell what only the operating
- * system has a use for.
+ * library's and takes no cpuid. Leaves that it does not keep count as zero: they tell what only
+ * the operating system has a use for.
  */
 KESTU_API int kestu_cpu_feature_usable(int feature);
 

@@ -72,6 +72,8 @@ RecordedMachine record(std::span<const kestu_cpu_processor_t> processors) {
             kestu_error_clear(err);
         else
             machine.push_back(record_processor());
+    if (machine.empty()) // nothing is known of their places
+        machine.push_back(record_processor());
     if (restore)
         sched_setaffinity(0, sizeof saved, &saved);
     return machine;
