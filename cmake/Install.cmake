@@ -61,6 +61,10 @@ include(cmake/Sbom.cmake)
 set(kestu_sbom_dir ${CMAKE_INSTALL_DATADIR}/sbom)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/libkestu.cdx.json
   DESTINATION ${kestu_sbom_dir} COMPONENT runtime)
+if(KESTU_BUILD_EDIT)
+  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/libkestu_edit.cdx.json
+    DESTINATION ${kestu_sbom_dir} COMPONENT edit)
+endif()
 if(KESTU_BUILD_PROGRAM)
   install(FILES ${CMAKE_CURRENT_BINARY_DIR}/kestu.cdx.json
     DESTINATION ${kestu_sbom_dir} COMPONENT program)

@@ -65,11 +65,19 @@ set(parts
   "fast_float|${FastFloat_VERSION}|"
   "glibc|${libc_major}.${libc_minor}|libc.so.6 libm.so.6 ld-linux-x86-64.so.2")
 kestu_write_sbom(${PROJECT_BINARY_DIR}/libkestu.cdx.json libkestu library ${parts})
+if(KESTU_BUILD_EDIT)
+  kestu_write_sbom(${PROJECT_BINARY_DIR}/libkestu_edit.cdx.json libkestu_edit library
+    "libkestu|${PROJECT_VERSION}|libkestu.so.1"
+    "apr|${APR_VERSION}|libapr-1.so.0"
+    "utf8proc|${UTF8PROC_VERSION}|libutf8proc.so.2"
+    "glibc|${libc_major}.${libc_minor}|libc.so.6 ld-linux-x86-64.so.2")
+endif()
 if(KESTU_BUILD_PROGRAM)
   find_package(CLI11 CONFIG REQUIRED)
   find_package(nlohmann_json REQUIRED)
   list(APPEND parts
     "libkestu|${PROJECT_VERSION}|libkestu.so.1"
+    "libkestu_edit|${PROJECT_VERSION}|libkestu_edit.so.1"
     "CLI11|${CLI11_VERSION}|"
     "nlohmann_json|${nlohmann_json_VERSION}|"
     "libstdc++|${CMAKE_CXX_COMPILER_VERSION}|libstdc++.so.6 libgcc_s.so.1")

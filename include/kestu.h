@@ -8,6 +8,7 @@
 #include "kestu_bitarr.h"
 #include "kestu_cdl.h"
 #include "kestu_cpu.h"
+#include "kestu_cpu_features.h"
 #include "kestu_defs.h"
 #include "kestu_dir.h"
 #include "kestu_dl.h"

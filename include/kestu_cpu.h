@@ -326,6 +326,16 @@ KESTU_API KESTU_MUST_USE kestu_error_t *kestu_cpu_intel_topology(kestu_cpu_t *re
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_cpu_detect(kestu_cpu_t *record, apr_pool_t *pool);
 
 /*
+ * Fills `record` as kestu_cpu_detect, but visits the processors of `processors` alone, or with null
+ * those that the calling thread may run on: a container's, or those that taskset has left. Those
+ * that the thread cannot be bound to are left out; `processors` of the record tells which were
+ * visited. Scratch memory comes from a child of `pool`. Fails as kestu_cpu_detect, with 120174 when
+ * none could be visited.
+ */
+KESTU_API KESTU_MUST_USE kestu_error_t *
+kestu_cpu_detect_on(kestu_cpu_t *record, const kestu_cpu_genaffinity *processors, apr_pool_t *pool);
+
+/*
  * The measured rate of the time-stamp counter in MHz. Rounds of 10 ms are taken until two that
  * follow each other agree within a tenth, at most ten.
  */

@@ -29,35 +29,39 @@ TEST(Dispatch, TheFastestKernelThatTheFeaturesAllowIsTaken) {
                 ElementsAre("folded_512", "instructions", "registers_512", "registers_512"));
 }
 
-// Each answer without one of its bits, and the features that are left: clmul in 128, 256 and 512
+// All features but one, or without registers saved, and what is left: clmul in 128, 256 and 512
 // bits, sha, avx2, bytes512 and count512.
 TEST(Dispatch, AFeatureCountsOnlyWithItsRegistersSaved) {
-    constexpr CpuAnswers all = {1U << 1 | 1U << 9 | 1U << 19 | 1U << 28,
-                                1U << 5 | 1U << 16 | 1U << 29 | 1U << 30, 1U << 10 | 1U << 14,
-                                0xE7};
+    kestu_cpu_features_t all;
+    std::fill(std::begin(all.words), std::end(all.words), ~0U);
+    all.saved = all.permitted = 0xE7;
     const struct {
-        CpuAnswers without;
+        int missing;
+        uint64_t unsaved;
         const char *left;
-    } cases[] = {{{}, "1111111"},
-                 {{1U << 1}, "0001111"},
-                 {{1U << 9}, "0000111"},
-                 {{1U << 19}, "0000111"},
-                 {{1U << 28}, "1001000"},
-                 {{0, 1U << 5}, "1001000"},
-                 {{0, 1U << 16}, "1101100"},
-                 {{0, 1U << 29}, "1110111"},
-                 {{0, 0, 1U << 10}, "1001111"},
-                 {{0, 1U << 30}, "1111101"},
-                 {{0, 0, 1U << 14}, "1111110"},
-                 {{0, 0, 0, 1 << 1}, "1001000"},
-                 {{0, 0, 0, 1 << 2}, "1001000"},
-                 {{0, 0, 0, 1 << 5}, "1101100"},
-                 {{0, 0, 0, 1 << 6}, "1101100"},
-                 {{0, 0, 0, 1 << 7}, "1101100"}};
-    for (const auto &[without, left] : cases) {
-        const CpuFeatures features =
-            features_of({all.leaf1_ecx & ~without.leaf1_ecx, all.leaf7_ebx & ~without.leaf7_ebx,
-                         all.leaf7_ecx & ~without.leaf7_ecx, all.xcr0 & ~without.xcr0});
+    } cases[] = {{KESTU_CPU_FEATURE_NONE, 0, "1111111"},
+                 {KESTU_CPU_FEATURE_PCLMULQDQ, 0, "0001111"},
+                 {KESTU_CPU_FEATURE_SSSE3, 0, "0000111"},
+                 {KESTU_CPU_FEATURE_SSE4_1, 0, "0000111"},
+                 {KESTU_CPU_FEATURE_OSXSAVE, 0, "1001000"},
+                 {KESTU_CPU_FEATURE_AVX, 0, "1001000"},
+                 {KESTU_CPU_FEATURE_AVX2, 0, "1001000"},
+                 {KESTU_CPU_FEATURE_AVX512F, 0, "1101100"},
+                 {KESTU_CPU_FEATURE_SHA_NI, 0, "1110111"},
+                 {KESTU_CPU_FEATURE_VPCLMULQDQ, 0, "1001111"},
+                 {KESTU_CPU_FEATURE_AVX512BW, 0, "1111101"},
+                 {KESTU_CPU_FEATURE_AVX512_VPOPCNTDQ, 0, "1111110"},
+                 {KESTU_CPU_FEATURE_NONE, 1 << 1, "1001000"},
+                 {KESTU_CPU_FEATURE_NONE, 1 << 2, "1001000"},
+                 {KESTU_CPU_FEATURE_NONE, 1 << 5, "1101100"},
+                 {KESTU_CPU_FEATURE_NONE, 1 << 6, "1101100"},
+                 {KESTU_CPU_FEATURE_NONE, 1 << 7, "1101100"}};
+    for (const auto &[missing, unsaved, left] : cases) {
+        kestu_cpu_features_t answers = all;
+        answers.saved &= ~unsaved;
+        if (missing != KESTU_CPU_FEATURE_NONE)
+            answers.words[missing / 32] &= ~(1U << missing % 32);
+        const CpuFeatures features = features_of(answers);
         std::string text;
         for (const bool feature :
              {features.clmul, features.clmul256, features.clmul512, features.sha, features.avx2,
@@ -65,6 +69,9 @@ TEST(Dispatch, AFeatureCountsOnlyWithItsRegistersSaved) {
             text += feature ? '1' : '0';
         EXPECT_EQ(text, left);
     }
+    all.permitted = 0;
+    EXPECT_EQ(kestu_cpu_feature_state(&all, KESTU_CPU_FEATURE_AVX512BW), KESTU_CPU_ENABLED);
+    EXPECT_EQ(kestu_cpu_feature_state(&all, KESTU_CPU_FEATURE_AMX_INT8), KESTU_CPU_PRESENT);
 }
 
 TEST(Dispatch, ThreadsMayMeetAtTheFirstCall) {

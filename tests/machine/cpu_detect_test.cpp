@@ -137,6 +137,56 @@ TEST(CpuDetect, AProcessThatMayNotRunEverywhereGetsTheVendorAlone) {
     EXPECT_EQ(cpu->os_sse, 0);
 }
 
+TEST_F(RealCpu, IsDetectedOnTheProcessorsThatMayBeVisited) {
+    const std::vector<int> all = allowed_processors();
+    const auto cpu = new_record();
+    FakeScheduler scheduler;
+    scheduler.allowed = {{all.back(), 1023}}; // the second cannot be bound to
+    ASSERT_OK(kestu_cpu_detect_on(cpu.get(), nullptr, kestu_pool));
+    EXPECT_EQ(cpu->thread_count, 1u);
+    EXPECT_EQ(cpu->processors[0].index, static_cast<uint32_t>(all.back()));
+    EXPECT_STREQ(cpu->name, cpu_->name);
+    scheduler.allowed = all;
+    uint8_t bits[3] = {};
+    const kestu_cpu_genaffinity none = {0, bits}, first = {3, bits};
+    EXPECT_EQ(take_chain(kestu_cpu_detect_on(cpu.get(), &none, kestu_pool))[0],
+              Element(120175, cannot));
+    bits[2] = 0x80;
+    EXPECT_EQ(take_chain(kestu_cpu_detect_on(cpu.get(), &first, kestu_pool))[0],
+              Element(120174, cannot));
+    bits[0] = 1;
+    ASSERT_OK(kestu_cpu_detect_on(cpu.get(), &first, kestu_pool));
+    EXPECT_EQ(cpu->thread_count, 1u);
+    EXPECT_EQ(allowed_processors(), all);
+}
+
+// Features that the system lists are those that cpuid tells; the system may hide some.
+TEST_F(RealCpu, HasTheFeaturesThatTheSystemLists) {
+    kestu_cpu_features_t features;
+    kestu_cpu_features_read(&features);
+    std::istringstream flags(read_cpuinfo()["flags"]);
+    int known = 0;
+    for (std::string flag; flags >> flag;)
+        if (const int feature = kestu_cpu_feature_find(flag.c_str()); feature >= 0) {
+            ++known;
+            EXPECT_GE(kestu_cpu_feature_state(&features, feature), KESTU_CPU_PRESENT) << flag;
+        }
+    EXPECT_GT(known, 20);
+    EXPECT_EQ(kestu_cpu_feature_usable(KESTU_CPU_FEATURE_AVX2), __builtin_cpu_supports("avx2") > 0);
+    for (int feature = kestu_cpu_feature_next(-1); feature >= 0;
+         feature = kestu_cpu_feature_next(feature)) {
+        const kestu_cpu_feature_info_t *info = kestu_cpu_feature_info(feature);
+        EXPECT_EQ(kestu_cpu_feature_find(info->name), feature);
+        EXPECT_LE(kestu_cpu_feature_usable(feature) ? KESTU_CPU_USABLE : KESTU_CPU_ABSENT,
+                  kestu_cpu_feature_state(&features, feature))
+            << info->name;
+    }
+    EXPECT_EQ(kestu_cpu_feature_info(10), nullptr);
+    EXPECT_EQ(kestu_cpu_feature_state(&features, 10), KESTU_CPU_ABSENT);
+    EXPECT_EQ(kestu_cpu_feature_find("none"), KESTU_CPU_FEATURE_NONE);
+    EXPECT_EQ(kestu_cpu_feature_next(INT32_MAX), KESTU_CPU_FEATURE_NONE);
+}
+
 TEST(CpuDetect, AffinityThatCannotBeReadStopsAtOnce) {
     FakeScheduler scheduler;
     scheduler.failing_get = EFAULT;

@@ -1,6 +1,7 @@
 #include "support/screen.hpp"
 
 #include <algorithm>
+#include <cstdlib>
 
 namespace kestu::test {
 
@@ -78,19 +79,30 @@ void Screen::next_row() {
 }
 
 void Screen::sequence() {
-    if (escape_ == "\x1b[2J")
+    const bool complete = escape_.size() > 2 && escape_[1] == '[' && escape_.back() >= '@';
+    const std::string body = complete ? escape_.substr(2, escape_.size() - 3) : "";
+    const size_t number = body.empty() ? 1 : std::strtoul(body.c_str(), nullptr, 10);
+    if (escape_ == "\x1b[2J") {
         rows_.assign(height_, std::string(width_, ' '));
-    else if (escape_ == "\x1b[0;0H")
+    } else if (escape_ == "\x1b[0;0H" || escape_ == "\x1b[H") {
         row_ = column_ = 0;
-    else if (escape_ == "\x1b[A")
-        row_ -= row_ > 0;
-    else if (escape_ == "\x1b[?7l" || escape_ == "\x1b[?7h")
+    } else if (complete && escape_.back() == 'A') {
+        row_ -= std::min(row_, number);
+    } else if (complete && escape_.back() == 'C') {
+        column_ = std::min(column_ + number, width_ - 1);
+    } else if (complete && (escape_ == "\x1b[J" || escape_ == "\x1b[K")) {
+        rows_[row_].replace(column_, std::string::npos, width_ - column_, ' ');
+        if (escape_.back() == 'J')
+            std::fill(rows_.begin() + static_cast<long>(row_) + 1, rows_.end(),
+                      std::string(width_, ' '));
+    } else if (escape_ == "\x1b[?7l" || escape_ == "\x1b[?7h") {
         wraps_ = escape_.back() == 'h';
-    else if (escape_.size() < 7 && escape_.back() != 'm')
+    } else if (!complete && escape_.size() < 10) {
         return;
-    else if (escape_.back() != 'm') // which only changes colours
+    } else if (!complete || (escape_.back() != 'm' && body != "?2004")) {
         for (const char c : escape_)
             put(c);
+    }
     escape_.clear();
 }
 

@@ -3,6 +3,7 @@
 #include "kestu_cpu.h"
 
 #include <charconv>
+#include <cstdio>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -20,8 +21,14 @@ std::string_view take_word(std::string_view &line) {
     return word;
 }
 
+// A number, which dumps of the cpuid tool write as "0x0b", "0x00:" or "eax=0x0000000b".
 uint32_t take_number(std::string_view &line, int base) {
-    const std::string_view word = take_word(line);
+    std::string_view word = take_word(line);
+    word.remove_prefix(word.find('=') + 1);
+    if (word.starts_with("0x"))
+        word.remove_prefix(2);
+    if (word.ends_with(':'))
+        word.remove_suffix(1);
     uint32_t number = 0;
     const auto [end, failure] =
         std::from_chars(word.data(), word.data() + word.size(), number, base);
@@ -38,6 +45,14 @@ void begin_processor(std::string_view rest, RecordedMachine &machine) {
     if (index >= KESTU_CPU_MAX_PROCESSORS)
         throw std::runtime_error("too many processors");
     machine.emplace_back();
+}
+
+// A dump of one processor does not number it.
+void begin_dumped(std::string_view rest, RecordedMachine &machine) {
+    if (rest.find_first_of("0123456789") == std::string_view::npos)
+        machine.emplace_back();
+    else
+        begin_processor(rest, machine);
 }
 
 void add_answer(std::string_view line, RecordedMachine &machine) {
@@ -60,6 +75,8 @@ void read_line(std::string_view line, RecordedMachine &machine) {
         return;
     if (word == "processor")
         begin_processor(rest, machine);
+    else if (word == "CPU" || word == "CPU:")
+        begin_dumped(rest, machine);
     else
         add_answer(line, machine);
 }
@@ -73,6 +90,20 @@ void LeafTable::set(uint32_t leaf, uint32_t subleaf, const Registers &answer) {
 Registers LeafTable::get(uint32_t leaf, uint32_t subleaf) const {
     const auto found = answers_.find({leaf, subleaf});
     return found == answers_.end() ? Registers() : found->second;
+}
+
+std::string to_text(const RecordedMachine &machine) {
+    std::string text;
+    for (size_t i = 0; i < machine.size(); ++i) {
+        text += "processor " + std::to_string(i) + "\n";
+        for (const auto &[where, answer] : machine[i].answers()) {
+            char line[80];
+            std::snprintf(line, sizeof line, "%08x %x %08x %08x %08x %08x\n", where.first,
+                          where.second, answer.eax, answer.ebx, answer.ecx, answer.edx);
+            text += line;
+        }
+    }
+    return text;
 }
 
 RecordedMachine read_leaf_tables(std::istream &in) {

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <istream>
 #include <map>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -21,8 +22,11 @@ class LeafTable {
     void set(uint32_t leaf, uint32_t subleaf, const Registers &answer);
     Registers get(uint32_t leaf, uint32_t subleaf) const; // zeros for what is not recorded
 
+    using Answers = std::map<std::pair<uint32_t, uint32_t>, Registers>;
+    const Answers &answers() const { return answers_; }
+
   private:
-    std::map<std::pair<uint32_t, uint32_t>, Registers> answers_;
+    Answers answers_;
 };
 
 // One table a logical processor.
@@ -30,8 +34,12 @@ using RecordedMachine = std::vector<LeafTable>;
 
 // Reads the format in which tables are kept: a line "processor N" (decimal, counted from 0) begins
 // a processor, and each line "LEAF SUBLEAF EAX EBX ECX EDX" below it (hexadecimal, no prefix) is an
-// answer. Lines that begin with '#' and empty ones are skipped. Throws std::runtime_error, which
-// names the line, for anything else.
+// answer. Lines that begin with '#' and empty ones are skipped. Raw dumps of the cpuid tool are
+// read too: "CPU N:" begins a processor, and an answer is "0xLEAF 0xSUBLEAF: eax=… ebx=… ecx=…
+// edx=…". Throws std::runtime_error, which names the line, for anything else.
 RecordedMachine read_leaf_tables(std::istream &in);
+
+// The machine in the format above.
+std::string to_text(const RecordedMachine &machine);
 
 } // namespace machines

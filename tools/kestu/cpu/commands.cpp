@@ -1,10 +1,13 @@
 // `kestu cpu` and `kestu host`
+#include "common/fitted.hpp"
 #include "common/input_file.hpp"
+#include "common/new_file.hpp"
 #include "common/terminal.hpp"
 #include "common/text.hpp"
 #include "common/values.hpp"
 #include "cpu/cpu.hpp"
 #include "cpu/host.hpp"
+#include "machines/recording.hpp"
 #include "machines/replay.hpp"
 #include "program.hpp"
 
@@ -19,6 +22,8 @@ namespace {
 
 struct CpuOptions {
     std::string file;
+    std::string recording;
+    bool flags = false;
     bool json = false;
     bool measure = false;
     bool ascii = false;
@@ -46,21 +51,37 @@ std::optional<machines::RecordedMachine> load(const std::string &path, Outcome &
     return std::nullopt;
 }
 
+kestu_error_t *record(const Cpu &cpu, const std::string &path) {
+    return write_new_file(path, machines::to_text(machines::record(
+                                    std::span(cpu.record.processors, cpu.record.thread_count))));
+}
+
+std::string shown(const Cpu &cpu, const CpuOptions &options) {
+    if (options.flags)
+        return flags(cpu.features);
+    if (options.json)
+        return cpu_json(cpu);
+    Look look = look_of_output();
+    look.unicode = look.unicode && !options.ascii;
+    look.width = options.width > 0 ? options.width : look.width;
+    return cpu_page(cpu, look);
+}
+
 // Prints what is known of the processor, or why nothing is and what to do about it.
 void show(const CpuOptions &options, Outcome &outcome) {
     const auto cpu = std::make_unique<Cpu>();
     cpu->record.measure = options.measure;
-    kestu_error_t *err = detect(*cpu);
+    kestu_error_t *err = options.file.empty() ? detect(*cpu) : detect_recorded(*cpu);
     const int code = err ? err->code : 0;
     if (!outcome.ok(err, name_of_input(options.file))) {
         if (const std::string help = explain(code); !help.empty())
             outcome.fail(help);
         return;
     }
-    Look look = look_of_output();
-    look.unicode = look.unicode && !options.ascii;
-    look.width = options.width > 0 ? options.width : look.width;
-    print(options.json ? cpu_json(*cpu) : cpu_page(*cpu, look));
+    if (options.recording.empty())
+        print(shown(*cpu, options));
+    else
+        outcome.ok(record(*cpu, options.recording), printable(options.recording.c_str()));
 }
 
 void run_cpu(const CpuOptions &options, Outcome &outcome) {
@@ -76,7 +97,10 @@ void run_cpu(const CpuOptions &options, Outcome &outcome) {
 void add_cpu(CLI::App &app, Outcome &outcome) {
     CLI::App *command = app.add_subcommand("cpu", "Describe the processor and draw its layout");
     auto options = std::make_shared<CpuOptions>();
-    command->add_flag("--json", options->json, "Print JSON");
+    CLI::Option *json = command->add_flag("--json", options->json, "Print JSON");
+    CLI::Option *flags = command->add_flag("--flags", options->flags,
+                                           "Print the features alone, as /proc/cpuinfo names them");
+    flags->excludes(json);
     CLI::Option *measure =
         command->add_flag("--measure", options->measure, "Measure the clock rate");
     command
@@ -85,19 +109,32 @@ void add_cpu(CLI::App &app, Outcome &outcome) {
         ->type_name("FILE")
         ->excludes(measure);
     command
-        ->add_option("--width", options->width,
-                     "Columns of the page, 40 to 1000 [default: the terminal's width]")
-        ->type_name("COLUMNS")
-        ->check(whole_number(40, 1000));
+        ->add_option("--record", options->recording,
+                     "Write what the processors answer, for --from, and show nothing")
+        ->type_name("FILE")
+        ->excludes(json, flags);
+    add_page_width(*command, options->width);
     command->add_flag("--ascii", options->ascii, "Draw with ASCII characters");
+    command->footer(
+        "A recording has a line \"processor N\" for each processor, counted from 0, and below it "
+        "a line\n\"LEAF SUBLEAF EAX EBX ECX EDX\" of hexadecimal numbers for each answer of "
+        "cpuid; lines\nthat begin with # say nothing. Raw dumps (cpuid -r) are read too.");
     command->callback([options, &outcome] { run_cpu(*options, outcome); });
 }
 
 void add_host(CLI::App &app) {
+    struct HostOptions {
+        bool json = false;
+        int width = 0;
+    };
     CLI::App *command = app.add_subcommand("host", "Describe the operating system and clocks");
-    auto json = std::make_shared<bool>(false);
-    command->add_flag("--json", *json, "Print JSON");
-    command->callback([json] { print(*json ? host_json(read_host()) : host_page(read_host())); });
+    auto options = std::make_shared<HostOptions>();
+    command->add_flag("--json", options->json, "Print JSON");
+    add_page_width(*command, options->width);
+    command->callback([options] {
+        print(options->json ? host_json(read_host())
+                            : fitted(host_page(read_host()), page_width(options->width)));
+    });
 }
 
 } // namespace

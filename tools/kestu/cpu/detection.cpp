@@ -30,24 +30,29 @@ void read_by_amds_rules(Cpu &cpu) {
     sched_setaffinity(0, sizeof saved, &saved);
 }
 
-std::string explain_affinity() {
-    cpu_set_t allowed;
-    CPU_ZERO(&allowed);
-    sched_getaffinity(0, sizeof allowed, &allowed);
-    const int all = kestu_mach_os_cpu_num();
-    return text("The caches and cores are found by visiting every processor, and this process may "
-                "run on %d of %d only. Let it run on all of them, for example with \"taskset -c "
-                "0-%d kestu cpu\"; processors that are switched off must be switched on.",
-                CPU_COUNT(&allowed), all, all - 1);
-}
-
 } // namespace
 
 kestu_error_t *detect(Cpu &cpu) {
-    kestu_error_t *err = kestu_cpu_detect(&cpu.record, kestu_pool);
-    if (!err && !has_rules(cpu.record.vendor))
+    if (kestu_error_t *err = kestu_cpu_detect_on(&cpu.record, nullptr, kestu_pool))
+        return err;
+    if (!has_rules(cpu.record.vendor))
         read_by_amds_rules(cpu);
-    return err;
+    if (cpu.record.thread_count > 0)
+        cpu.left_out = kestu_mach_os_cpu_num() - static_cast<int>(cpu.record.thread_count);
+    add_answers(cpu);
+    add_system(cpu);
+    return nullptr;
+}
+
+kestu_error_t *detect_recorded(Cpu &cpu) {
+    if (kestu_error_t *err = kestu_cpu_detect(&cpu.record, kestu_pool))
+        return err;
+    if (!has_rules(cpu.record.vendor))
+        read_by_amds_rules(cpu);
+    kestu_error_clear(kestu_cpu_bind_context_to_logcpu(0));
+    add_answers(cpu);
+    cpu.features.saved = cpu.features.permitted = ~uint64_t{0}; // nobody runs on it
+    return nullptr;
 }
 
 std::string explain(int code) {
@@ -58,8 +63,6 @@ std::string explain(int code) {
     case KESTU_ERR_CPUID_RESTRICTED:
         return "The firmware hides the leaves that count the cores. Look in its settings for a "
                "limit of cpuid and switch it off.";
-    case KESTU_ERR_AFFINITY:
-        return explain_affinity();
     case KESTU_ERR_TOPOLOGY:
         return "What the processors tell of themselves does not fit together. In a virtual machine "
                "or a sandbox, binding to a processor may be without effect.";

@@ -159,16 +159,18 @@ class Drawing {
 
 } // namespace
 
+std::string topology_legend(const kestu_cpu_t &cpu) {
+    return cpu.core_count <= max_detailed_cores
+               ? "Each innermost box is a core: its own caches, and the numbers of its threads.\n"
+               : "Each innermost box is a core, with the numbers of its threads.\n";
+}
+
 std::string draw_topology(const kestu_cpu_t &cpu, const Look &look) {
     Processors all;
     for (const kestu_cpu_processor_t &p : std::span(cpu.processors, cpu.thread_count))
         all.push_back(&p);
-    const char *legend =
-        cpu.core_count <= max_detailed_cores
-            ? "Each innermost box is a core: its own caches, and the numbers of its threads."
-            : "Each innermost box is a core, with the numbers of its threads.";
     const auto width = static_cast<size_t>(std::max(look.width, 0));
-    return text("%s\n\n", legend) + to_text(Drawing(cpu, look).draw_all(all, width));
+    return to_text(Drawing(cpu, look).draw_all(all, width));
 }
 
 } // namespace program

@@ -6,12 +6,19 @@
 namespace program {
 namespace {
 
-Json features_json(const kestu_cpu_id_t &id) {
+Json features_json(const kestu_cpu_features_t &features) {
     Json names = Json::array();
-    for (const FeatureGroup &group : features_of(id))
+    for (const FeatureGroup &group : groups_of(features))
         for (const std::string &name : group.features)
             names.push_back(name);
     return names;
+}
+
+Json named_json(const std::vector<Named> &all) {
+    Json named = Json::object();
+    for (const Named &one : all)
+        named[one.name] = one.value;
+    return named;
 }
 
 Json caches_json(const kestu_cpu_t &cpu) {
@@ -42,6 +49,26 @@ Json processors_json(const kestu_cpu_t &cpu) {
     return processors;
 }
 
+// What is not known is left out.
+void add_more(Json &json, const Cpu &cpu) {
+    if (const auto names = unusable(cpu.features); !names.empty())
+        json["unusable_features"] = names;
+    if (cpu.left_out > 0)
+        json["left_out"] = cpu.left_out;
+    if (!cpu.hypervisor.empty())
+        json["hypervisor"] = cpu.hypervisor;
+    if (cpu.physical_bits > 0)
+        json["address_bits"] = {{"physical", cpu.physical_bits}, {"linear", cpu.linear_bits}};
+    if (cpu.base_mhz > 0)
+        json["mhz"] = {{"base", cpu.base_mhz}, {"max", cpu.max_mhz}, {"bus", cpu.bus_mhz}};
+    if (cpu.counter_mhz > 0)
+        json["counter_mhz"] = cpu.counter_mhz;
+    if (!cpu.nodes.empty())
+        json["nodes"] = named_json(cpu.nodes);
+    if (!cpu.vulnerabilities.empty())
+        json["vulnerabilities"] = named_json(cpu.vulnerabilities);
+}
+
 } // namespace
 
 std::string cpu_json(const Cpu &cpu) {
@@ -51,10 +78,11 @@ std::string cpu_json(const Cpu &cpu) {
                  {"signature", record.id.signature}, {"family", record.id.display_family},
                  {"model", record.id.display_model}, {"stepping", record.id.stepping},
                  {"packages", record.package_count}, {"cores", record.core_count},
-                 {"threads", record.thread_count},   {"features", features_json(record.id)},
+                 {"threads", record.thread_count},   {"features", features_json(cpu.features)},
                  {"caches", caches_json(record)},    {"processors", processors_json(record)}};
     if (!cpu.brand.empty())
         json["brand"] = cpu.brand;
+    add_more(json, cpu);
     return document(json);
 }
 

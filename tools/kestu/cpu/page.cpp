@@ -1,29 +1,11 @@
 // The page that `kestu cpu` prints.
 #include "cpu/cpu.hpp"
 
+#include "common/fitted.hpp"
 #include "common/text.hpp"
 
 namespace program {
 namespace {
-
-// Words in lines of at most `width` columns, the later ones indented to the margin.
-std::string wrapped(const std::vector<std::string> &words, size_t width) {
-    std::string result;
-    size_t column = page_margin;
-    for (const std::string &word : words) {
-        if (column > page_margin && column + 1 + word.size() > width) {
-            result += "\n" + std::string(page_margin, ' ');
-            column = page_margin;
-        }
-        if (column > page_margin) {
-            result += ' ';
-            ++column;
-        }
-        result += word;
-        column += word.size();
-    }
-    return result;
-}
 
 // Names without the blanks that processors pad them with.
 std::string tidy(const char *name) {
@@ -63,23 +45,60 @@ void add_identity(std::string &page, const Cpu &cpu) {
               text("0x%08x: family %u, model %u, stepping %u", id.signature, id.display_family,
                    id.display_model, id.stepping));
     add_field(page, "Leaves", leaves(id));
-    if (id.amd.physical_bits > 0)
-        add_field(
-            page, "Addresses",
-            text("%u bits physical, %u bits linear", id.amd.physical_bits, id.amd.linear_bits));
+    if (cpu.physical_bits > 0)
+        add_field(page, "Addresses",
+                  text("%u bits physical, %u bits linear", cpu.physical_bits, cpu.linear_bits));
     if (cpu.record.thread_count > 0)
         add_field(page, "Processors", counts(cpu.record));
+    if (cpu.left_out > 0)
+        add_field(page, "Left out",
+                  text("%s, switched off or closed to this process",
+                       counted(static_cast<unsigned>(cpu.left_out), "processor").c_str()));
+    if (!cpu.hypervisor.empty())
+        add_field(page, "Hypervisor", printable(cpu.hypervisor.c_str()));
+    if (cpu.base_mhz > 0)
+        add_field(
+            page, "Rates",
+            text("%'u MHz, up to %'u MHz; bus %'u MHz", cpu.base_mhz, cpu.max_mhz, cpu.bus_mhz));
+    if (cpu.counter_mhz > 0)
+        add_field(page, "Counter", text("%'.1f MHz", cpu.counter_mhz));
     for (const kestu_cpu_processor_t &p : std::span(cpu.record.processors, cpu.record.thread_count))
         if (p.mhz > 0.0)
             add_field(page, "Clock", text("%'.1f MHz, measured on processor %u", p.mhz, p.index));
 }
 
-void add_features(std::string &page, const kestu_cpu_id_t &id, const Look &look) {
+void add_words(std::string &page, const char *field, const std::vector<std::string> &words) {
+    std::string line;
+    for (const std::string &word : words)
+        line.append(line.empty() ? "" : " ").append(word);
+    if (!line.empty())
+        add_field(page, field, line);
+}
+
+void add_features(std::string &page, const kestu_cpu_features_t &features) {
     page += "\nFeatures\n";
-    for (const FeatureGroup &group : features_of(id))
-        if (!group.features.empty())
-            add_field(page, group.name.c_str(),
-                      wrapped(group.features, static_cast<size_t>(look.width)));
+    for (const FeatureGroup &group : groups_of(features))
+        add_words(page, group.name.c_str(), group.features);
+    add_words(page, "Not to be used here", unusable(features));
+}
+
+void add_nodes(std::string &page, const std::vector<Named> &nodes) {
+    if (!nodes.empty())
+        page += "\nNodes of memory\n";
+    for (const Named &node : nodes)
+        add_field(page, ("Node " + node.name).c_str(), "processors " + node.value);
+}
+
+void add_vulnerabilities(std::string &page, const std::vector<Named> &all) {
+    if (!all.empty())
+        page += "\nVulnerabilities\n";
+    std::vector<std::string> others;
+    for (const Named &one : all)
+        if (one.value == "Not affected")
+            others.push_back(one.name);
+        else
+            add_field(page, one.name.c_str(), one.value);
+    add_words(page, "Not affected", others);
 }
 
 void add_caches(std::string &page, const kestu_cpu_t &cpu) {
@@ -116,10 +135,15 @@ std::string cache_size(const kestu_cpu_cache_t &cache) {
 std::string cpu_page(const Cpu &cpu, const Look &look) {
     std::string page = title(cpu.record) + "\n";
     add_identity(page, cpu);
-    add_features(page, cpu.record.id, look);
+    add_features(page, cpu.features);
     add_caches(page, cpu.record);
+    add_nodes(page, cpu.nodes);
+    add_vulnerabilities(page, cpu.vulnerabilities);
     if (cpu.record.thread_count > 0)
-        page.append("\n").append(draw_topology(cpu.record, look));
+        page += "\n" + topology_legend(cpu.record);
+    page = fitted(page, look.width);
+    if (cpu.record.thread_count > 0)
+        page += "\n" + draw_topology(cpu.record, look);
     return page;
 }
 

@@ -1,6 +1,7 @@
 // `kestu image ...`
 #include "image/commands.hpp"
 
+#include "common/fitted.hpp"
 #include "common/input_file.hpp"
 #include "common/new_file.hpp"
 #include "common/progress.hpp"
@@ -15,14 +16,20 @@
 namespace program {
 namespace {
 
-void info(const std::vector<std::string> &paths, Outcome &outcome) {
+struct InfoOptions {
+    std::vector<std::string> paths;
+    int width = 0;
+};
+
+void info(const InfoOptions &options, Outcome &outcome) {
+    const std::vector<std::string> &paths = options.paths;
     Progress progress("kestu image info", paths.size());
     const char *separator = "";
     for (const std::string &path : paths) {
         Image image;
         if (progress.ok(read_image(path, image), name_of_input(path), outcome)) {
             const std::string page = separator + describe(name_of_input(path), image.record);
-            progress.aside([&] { print(page); });
+            progress.aside([&] { print(fitted(page, page_width(options.width))); });
             separator = "\n";
         }
         progress.advance();
@@ -76,9 +83,10 @@ void histogram(const HistogramOptions &options, Outcome &outcome) {
 
 void add_info(CLI::App &image, Outcome &outcome) {
     CLI::App *command = image.add_subcommand("info", "Describe TIFF files, field by field");
-    auto paths = std::make_shared<std::vector<std::string>>();
-    command->add_option("FILE", *paths, "TIFF files; - is standard input")->required();
-    command->callback([paths, &outcome] { info(*paths, outcome); });
+    auto options = std::make_shared<InfoOptions>();
+    command->add_option("FILE", options->paths, "TIFF files; - is standard input")->required();
+    add_page_width(*command, options->width);
+    command->callback([options, &outcome] { info(*options, outcome); });
 }
 
 void add_histogram(CLI::App &image, Outcome &outcome) {

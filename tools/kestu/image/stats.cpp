@@ -1,4 +1,5 @@
 // `kestu image stats`: what is measured of images, a row for each.
+#include "common/fitted.hpp"
 #include "common/input_file.hpp"
 #include "common/json.hpp"
 #include "common/progress.hpp"
@@ -123,6 +124,7 @@ Json json_of(const std::vector<Statistics> &all) {
 struct StatsOptions {
     std::vector<std::string> paths;
     bool json = false;
+    int width = 0;
 };
 
 void stats(const StatsOptions &options, Outcome &outcome) {
@@ -136,7 +138,7 @@ void stats(const StatsOptions &options, Outcome &outcome) {
             progress.advance();
         }
     }
-    print(options.json ? document(json_of(all)) : table(all));
+    print(options.json ? document(json_of(all)) : fitted(table(all), page_width(options.width)));
 }
 
 } // namespace
@@ -147,6 +149,7 @@ void add_stats(CLI::App &image, Outcome &outcome) {
     auto options = std::make_shared<StatsOptions>();
     command->add_option("FILE", options->paths, "TIFF files; - is standard input")->required();
     command->add_flag("--json", options->json, "Print a JSON array; files that fail are left out");
+    add_page_width(*command, options->width);
     command->callback([options, &outcome] { stats(*options, outcome); });
 }
 

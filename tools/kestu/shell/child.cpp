@@ -56,7 +56,7 @@ int wait_for(pid_t child) {
     // Whoever pressed the key knows; the terminal has shown it without a line end.
     if (signal == SIGINT)
         std::fputc('\n', stderr);
-    else
+    else if (signal != SIGPIPE) // which is how "| head" ends it
         std::fprintf(stderr, "kestu: the command was ended: %s\n", strsignal(signal));
     return died_of_signal + signal;
 }

@@ -1,8 +1,9 @@
 // The lines of earlier shells, in a file of the user's.
 #pragma once
 
+#include "kestu_edit.h"
+
 #include <string>
-#include <vector>
 
 namespace program {
 
@@ -11,21 +12,17 @@ namespace program {
 // the file. What goes wrong is told once; the shell then goes on without the file.
 class History {
   public:
-    History();
-
-    // The last lines of earlier shells, the oldest first. Brings the file down to them: it is
-    // others' to write, and whatever is in it that nobody can have typed goes.
-    std::vector<std::string> load();
+    // Brings the lines of earlier shells into `editor`.
+    explicit History(kestu_edit_t *editor);
 
     void add(const std::string &line);
 
   private:
     void give_up(const std::string &reason);
-    bool open_file(int flags, int &file);
-    void rewrite(const std::string &content);
+    void check(kestu_error_t *err);
 
-    std::string folder_; // empty when nothing is kept
-    std::string path_;
+    kestu_edit_t *editor_;
+    std::string path_; // empty when nothing is kept
 };
 
 } // namespace program

@@ -1,118 +1,152 @@
 #include "shell/input.hpp"
 
+#include "common/text.hpp"
 #include "program.hpp"
-#include "shell/keyboard.hpp"
-#include "shell/terminal.hpp"
-
-#include "kestu_lib.h"
-#include "kestu_str.h"
+#include "shell/completion.hpp"
+#include "shell/signals.hpp"
 
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <new>
-#include <string_view>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/ioctl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace program {
 namespace {
 
-// Of one length, so that each covers what the other left.
-char prompt[] = "kestu> ";
-char prompt_to_go_on[] = "  ...> ";
-
-// What the end of reading, told by `err`, means.
-Read stop(kestu_error_t *err, bool at_end) {
-    if (err->code == KESTU_ERR_HALTED_BY_USER || (err->code == KESTU_ERR_NO_CHARACTER && at_end)) {
-        kestu_error_clear(err);
-        return Read::end;
-    }
-    Outcome().ok(err);
-    return Read::failed;
-}
+constexpr const char *prompt = "kestu> ";
+constexpr const char *prompt_to_go_on = "  ...> ";
 
 int copy_of_standard_input() {
     return fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
 }
 
-// Output may have ended in the middle of a row, which the editor would clear. A row of blanks
+// Output may have ended in the middle of a row, which the editor would draw over. A row of blanks
 // leads to the beginning of the next one, or back to that of the same one.
 void begin_row() {
     winsize size = {};
     if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0)
         std::printf("%*s\r", size.ws_col, "");
+    std::fflush(stdout);
 }
 
-// A line that was too wide to be seen whole, once more where the terminal folds it.
-void show_whole(const kestu_ri_t &editor) {
-    const size_t width = kestu_str_utf8_len(editor.prompt) + kestu_str_utf8_len(editor.line) - 1;
-    if (width > static_cast<size_t>(editor.cols))
-        std::printf("\x1b[A\r%s%s", editor.prompt, editor.line);
+constexpr int endings[] = {SIGTERM, SIGHUP, SIGINT, SIGQUIT};
+const kestu_edit_t *at_prompt = nullptr;
+
+// The terminal is put back before the signal does what it does without a handler.
+void end_by(int signal) {
+    kestu_edit_restore(at_prompt);
+    struct sigaction usual = {};
+    usual.sa_handler = SIG_DFL;
+    sigaction(signal, &usual, nullptr);
+    raise(signal);
+}
+
+// While it lives, the terminal is put back before a signal ends the program.
+class Guarded {
+  public:
+    explicit Guarded(const kestu_edit_t *editor) {
+        at_prompt = editor;
+        struct sigaction ending = {};
+        ending.sa_handler = end_by;
+        for (size_t i = 0; i < std::size(endings); ++i)
+            sigaction(endings[i], &ending, &before_[i]);
+    }
+    ~Guarded() {
+        for (size_t i = 0; i < std::size(endings); ++i)
+            sigaction(endings[i], &before_[i], nullptr);
+    }
+    Guarded(const Guarded &) = delete;
+    Guarded &operator=(const Guarded &) = delete;
+
+  private:
+    struct sigaction before_[std::size(endings)];
+};
+
+kestu_edit_t *new_editor() {
+    kestu_edit_t *editor = nullptr;
+    if (kestu_error_t *err = kestu_edit_create(&editor, STDIN_FILENO, STDOUT_FILENO, nullptr)) {
+        kestu_error_clear(err);
+        throw std::bad_alloc();
+    }
+    return editor;
 }
 
 } // namespace
 
-Typed::Typed() : terminal_(copy_of_standard_input()) {
-    if (kestu_error_t *err = kestu_ri_readline_init(&editor_, prompt, 1, kestu_pool)) {
-        kestu_error_clear(err);
-        throw std::bad_alloc();
-    }
-    for (const std::string &line : history_.load())
-        remember(line);
+Typed::Typed(std::vector<std::string> commands)
+    : editor_(new_editor()), history_(editor_), commands_(std::move(commands)) {
+    const auto propose = [](kestu_edit_proposals_t *proposals, const char *line, size_t,
+                            size_t cursor, void *baton) {
+        complete(proposals, {line, cursor}, *static_cast<std::vector<std::string> *>(baton));
+    };
+    kestu_edit_on_complete(editor_, propose, &commands_);
 }
 
 Typed::~Typed() {
-    kestu_ri_readline_terminate(editor_);
-    close(terminal_);
+    kestu_edit_destroy(&editor_);
 }
 
-Read Typed::read(std::string &line, bool goes_on) {
-    // An interrupted line leaves its prompt behind.
-    if (interrupted_)
-        std::putchar('\r');
-    else
-        begin_row();
-    editor_->prompt = goes_on ? prompt_to_go_on : prompt;
-    char *text = nullptr;
-    bool at_end = false;
-    if (kestu_error_t *err = edit(&text, at_end))
-        return stop(err, at_end);
-    show_whole(*editor_);
-    line = text;
-    interrupted_ = line.empty();
-    if (interrupted_)
-        return Read::interrupted;
-    line.pop_back();
-    if (line != last_ && line.find_first_not_of(" \t") != line.npos) {
-        remember(line);
-        history_.add(line);
+Read Typed::read(std::string &text, bool goes_on) {
+    begin_row();
+    int state = KESTU_EDIT_END;
+    kestu_error_t *err;
+    {
+        const Guarded guarded(editor_);
+        err = kestu_edit_readline(editor_, goes_on ? prompt_to_go_on : prompt, 0, &state);
     }
+    if (!Outcome().ok(err))
+        return Read::failed;
+    if (state != KESTU_EDIT_LINE)
+        return state == KESTU_EDIT_END ? Read::end : Read::interrupted;
+    size_t length;
+    const char *line = kestu_edit_line(editor_, &length);
+    text.assign(line, length);
+    if (text.find_first_not_of(" \t\n") != text.npos)
+        history_.add(text);
     return Read::line;
 }
 
-kestu_error_t *Typed::edit(char **line, bool &at_end) {
-    const Keyboard keyboard(terminal_);
-    const RawTerminal raw(terminal_, keyboard.entrance());
-    kestu_error_t *err = kestu_ri_readline(line, editor_);
-    at_end = keyboard.at_end();
-    return err;
+std::unique_ptr<Script> Script::of_file(const std::string &path) {
+    struct stat state = {};
+    FILE *file = std::fopen(path.c_str(), "re");
+    if (file && fstat(fileno(file), &state) == 0 && S_ISDIR(state.st_mode)) {
+        std::fclose(file);
+        file = nullptr;
+        errno = EISDIR;
+    }
+    if (file)
+        return std::unique_ptr<Script>(new Script(path, file));
+    Outcome().fail(printable(path.c_str()) + ": cannot be read: " + std::strerror(errno));
+    return nullptr;
 }
 
-// A line that finds no room in the history is only not there to be recalled.
-void Typed::remember(const std::string &line) {
-    kestu_error_clear(kestu_ri_readline_addhist(line.c_str(), editor_));
-    last_ = line;
+std::unique_ptr<Script> Script::of_text(const std::string &text) {
+    std::unique_ptr<Script> script(new Script("-c", nullptr));
+    script->text_ = text;
+    if (!text.empty())
+        script->file_ = fmemopen(script->text_.data(), text.size(), "r");
+    return script;
 }
 
-Script::Script() : file_(fdopen(copy_of_standard_input(), "r")) {}
+std::unique_ptr<Script> Script::of_standard_input() {
+    return std::unique_ptr<Script>(new Script("", fdopen(copy_of_standard_input(), "r")));
+}
 
 Script::~Script() {
     std::free(buffer_);
     if (file_)
         std::fclose(file_);
+}
+
+std::string Script::place() const {
+    return name_.empty() ? "" : printable(name_.c_str()) + ":" + std::to_string(number_) + ": ";
 }
 
 Read Script::read(std::string &line) {
@@ -121,9 +155,11 @@ Read Script::read(std::string &line) {
     if (length < 0 && errno == 0)
         return Read::end;
     if (length < 0) {
-        Outcome().fail(std::string("standard input cannot be read: ") + std::strerror(errno));
+        const std::string name = name_.empty() ? "standard input" : printable(name_.c_str());
+        Outcome().fail(name + " cannot be read: " + std::strerror(errno));
         return Read::failed;
     }
+    ++number_;
     line.assign(buffer_, static_cast<size_t>(length));
     for (const char end : {'\n', '\r'})
         if (line.ends_with(end))

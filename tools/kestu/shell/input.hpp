@@ -3,10 +3,11 @@
 
 #include "shell/history.hpp"
 
-#include "kestu_readline.h"
-
 #include <cstdio>
+#include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace program {
 
@@ -20,39 +21,49 @@ enum class Read {
 // A person, with the library's line editor, on standard input and output.
 class Typed {
   public:
-    Typed();
+    // Completes the first words of commands from `commands`, and all others to files.
+    explicit Typed(std::vector<std::string> commands);
     ~Typed();
     Typed(const Typed &) = delete;
     Typed &operator=(const Typed &) = delete;
 
-    // Stores a line through `line` without its end. `goes_on` asks for the rest of a command.
-    Read read(std::string &line, bool goes_on);
+    // Stores through `text` what was typed, one row or several. `goes_on` asks for the rest of a
+    // command.
+    Read read(std::string &text, bool goes_on);
+
+    kestu_edit_t *editor() const { return editor_; }
 
   private:
-    kestu_error_t *edit(char **line, bool &at_end);
-    void remember(const std::string &line);
-
-    int terminal_;
-    kestu_ri_t *editor_ = nullptr;
+    kestu_edit_t *editor_;
     History history_;
-    std::string last_;
-    bool interrupted_ = false;
+    std::vector<std::string> commands_;
 };
 
-// A file or a pipe, line by line. What commands read from standard input is not taken from it.
+// A script, line by line: a file, a text, or standard input, of which commands take nothing then.
 class Script {
   public:
-    Script();
+    // Null when the file cannot be opened, which has been told.
+    static std::unique_ptr<Script> of_file(const std::string &path);
+    static std::unique_ptr<Script> of_text(const std::string &text);
+    static std::unique_ptr<Script> of_standard_input();
     ~Script();
     Script(const Script &) = delete;
     Script &operator=(const Script &) = delete;
 
     Read read(std::string &line);
 
+    // "FILE:LINE: " for the line that was read last; empty for standard input.
+    std::string place() const;
+
   private:
+    Script(std::string name, FILE *file) : name_(std::move(name)), file_(file) {}
+
+    std::string name_;
     FILE *file_;
+    std::string text_;
     char *buffer_ = nullptr;
     size_t size_ = 0;
+    size_t number_ = 0;
 };
 
 } // namespace program

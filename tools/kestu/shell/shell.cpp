@@ -3,11 +3,20 @@
 #include "common/text.hpp"
 #include "shell/child.hpp"
 #include "shell/input.hpp"
+#include "shell/redirection.hpp"
 
 #include "kestu_lib.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <csignal>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <memory>
+#include <utility>
 
 #include <unistd.h>
 
@@ -19,8 +28,11 @@ constexpr const char *program_name = "kestu";
 constexpr struct {
     const char *name, *description;
 } own_commands[] = {
+    {"cd", "Go to a folder, or home"},
+    {"pwd", "Print the folder"},
+    {"history", "Print earlier lines"},
     {"help", "List the commands, or describe one: help image info"},
-    {"exit", "Leave the shell"},
+    {"exit", "Leave the shell, with a status if one is given"},
     {"quit", "Leave the shell"},
 };
 
@@ -37,21 +49,26 @@ std::vector<Command> all_commands() {
     return all;
 }
 
-bool is_comment(const std::string &line) {
-    const size_t first = line.find_first_not_of(" \t");
-    return first != line.npos && line[first] == '#';
+// A paste may hold several commands.
+void take_rows(Shell &shell, const std::string &text) {
+    for (size_t at = 0; at <= text.size() && !shell.left();) {
+        const size_t end = std::min(text.find('\n', at), text.size());
+        shell.take(text.substr(at, end - at));
+        at = end + 1;
+    }
 }
 
 int talk() {
     std::printf("kestu %s. Type help for the commands, Ctrl-D to leave.\n", kestu_version_string());
     const KeysForCommands keys;
-    Typed typed;
     Shell shell(true);
-    std::string line;
+    Typed typed(shell.names());
+    shell.set_history(typed.editor());
+    std::string text;
     while (!shell.left()) {
-        switch (typed.read(line, shell.incomplete())) {
+        switch (typed.read(text, shell.incomplete())) {
         case Read::line:
-            shell.take(line);
+            take_rows(shell, text);
             break;
         case Read::interrupted:
             shell.forget();
@@ -62,23 +79,23 @@ int talk() {
             return exit_failure;
         }
     }
-    return exit_ok;
+    return shell.asked();
 }
 
-int follow_script() {
-    Script script;
-    Shell shell(isatty(STDIN_FILENO) != 0);
+int follow(Script &script, bool commands_read, bool stop) {
+    Shell shell(commands_read);
     std::string line;
-    while (!shell.left()) {
+    while (!shell.left() && !(stop && shell.status() != exit_ok)) {
         const Read read = script.read(line);
         if (read == Read::failed)
             return exit_failure;
+        shell.set_place(script.place());
         if (read == Read::end)
             break;
         shell.take(line);
     }
     if (!shell.left() && shell.incomplete())
-        shell.fail("the last command is not finished");
+        shell.fail("the last command is not finished", exit_usage);
     return shell.status();
 }
 
@@ -86,51 +103,114 @@ int follow_script() {
 
 Shell::Shell(bool commands_read) : table_(all_commands()), keeps_input_(commands_read) {}
 
-void Shell::take(const std::string &line) {
-    if (!incomplete() && is_comment(line))
-        return;
-    if (line.find('\0') != line.npos) {
-        forget();
-        return fail("a line holds a zero byte");
-    }
-    if (Outcome outcome; !outcome.ok(words_.add(line))) {
-        last_failure_ = outcome.status();
-        return forget();
-    }
-    if (!incomplete())
-        run_words(words_.take());
+void Shell::forget() {
+    words_.take();
+    words_.take_rest();
 }
 
-void Shell::fail(const std::string &message) {
-    Outcome().fail(message);
-    last_failure_ = exit_usage;
+void Shell::take(const std::string &line) {
+    if (line.find('\0') != line.npos) {
+        forget();
+        return fail("a line holds a zero byte", exit_usage);
+    }
+    words_.add(line);
+    if (incomplete())
+        return;
+    std::vector<std::string> command = words_.take();
+    run_words(std::move(command), words_.take_rest());
+}
+
+std::vector<std::string> Shell::names() const {
+    std::vector<std::string> names;
+    for (const Command &command : table_.all())
+        names.push_back(command.name);
+    return names;
+}
+
+void Shell::fail(const std::string &message, int status) {
+    Outcome().fail(place_ + message);
+    status_ = status;
 }
 
 // Commands may be written as outside, with the program's name in front; options are its own.
-void Shell::run_words(std::vector<std::string> command) {
+void Shell::run_words(std::vector<std::string> command, const std::string &rest) {
     if (!command.empty() && command[0] == program_name)
         command.erase(command.begin());
     if (command.empty())
-        return;
+        return rest.empty() ? void() : fail("no command stands before '" + rest + "'", exit_usage);
+    const std::string &name = command[0];
+    if (!is_own(name) && !name.starts_with('-') && !table_.find(name))
+        return refuse(name);
+    Redirection redirection(rest);
+    const int status = run_command(command);
+    const int taken = redirection.finish();
+    if (status != exit_ok || taken != exit_ok)
+        status_ = status != exit_ok ? status : taken;
+}
+
+// The status of a command of the program; the shell's own tell theirs by failing.
+int Shell::run_command(const std::vector<std::string> &command) {
+    if (!is_own(command[0]))
+        return run_in_child(command, keeps_input_);
+    // Nobody may want all that is written.
+    const auto before = signal(SIGPIPE, SIG_IGN);
+    run_own(command);
+    std::fflush(stdout);
+    signal(SIGPIPE, before);
+    return exit_ok;
+}
+
+void Shell::run_own(const std::vector<std::string> &command) {
     const std::string &name = command[0];
     if (name == "help")
         return help({command.begin() + 1, command.end()});
-    if (!is_own(name))
-        return name.starts_with('-') || table_.find(name) ? run_program(command) : refuse(name);
+    if (name == "cd")
+        return change_folder(command);
+    if (name == "exit")
+        return leave(command);
     if (command.size() > 1)
-        return fail("'" + name + "' stands alone");
+        return fail("'" + name + "' stands alone", exit_usage);
+    if (name == "history")
+        print_history();
+    else if (name == "pwd")
+        std::printf("%s\n", std::filesystem::current_path().c_str());
+    else
+        leaving_ = true;
+}
+
+void Shell::leave(const std::vector<std::string> &command) {
+    int status = exit_ok;
+    if (command.size() > 1) {
+        const std::string &number = command[1];
+        const char *end = number.data() + number.size();
+        const auto read = std::from_chars(number.data(), end, status);
+        if (command.size() > 2 || read.ptr != end || status < 0 || status > 255)
+            return fail("exit takes a number from 0 to 255", exit_usage);
+        status_ = asked_ = status;
+    }
     leaving_ = true;
 }
 
-void Shell::run_program(const std::vector<std::string> &arguments) {
-    if (const int status = run_in_child(arguments, keeps_input_); status != exit_ok)
-        last_failure_ = status;
+void Shell::change_folder(const std::vector<std::string> &command) {
+    const char *home = std::getenv("HOME");
+    const std::string folder = command.size() > 1 ? command[1] : home ? home : "/";
+    if (command.size() > 2)
+        fail("cd takes one folder", exit_usage);
+    else if (chdir(folder.c_str()) != 0)
+        fail(printable(folder.c_str()) + ": " + std::strerror(errno), exit_failure);
+}
+
+void Shell::print_history() const {
+    for (size_t i = 0; history_ && i < kestu_edit_history_count(history_); ++i)
+        std::printf("%5zu  %s\n", i + 1,
+                    printable(kestu_edit_history_line(history_, i, nullptr)).c_str());
 }
 
 void Shell::refuse(const std::string &name) {
     const Command *nearest = table_.nearest(name);
     fail("no command '" + printable(name.c_str()) + "'; " +
-         (nearest ? "did you mean '" + nearest->name + "'?" : "help lists the commands"));
+             (nearest ? "did you mean '" + nearest->name + "'?" : "help lists the commands"),
+         exit_usage);
 }
 
 void Shell::help(std::vector<std::string> names) {
@@ -144,7 +224,8 @@ void Shell::help(std::vector<std::string> names) {
         return;
     }
     names.emplace_back("--help");
-    run_program(names);
+    if (const int status = run_in_child(names, keeps_input_); status != exit_ok)
+        status_ = status;
 }
 
 // A shell in a shell is refused, and so not offered.
@@ -158,8 +239,16 @@ void Shell::list() const {
                         command.description.c_str());
 }
 
-int run_shell() {
-    return isatty(STDIN_FILENO) && isatty(STDOUT_FILENO) ? talk() : follow_script();
+int run_shell(const ShellOptions &options) {
+    const bool from_input = options.file.empty() && !options.has_text;
+    if (from_input && isatty(STDIN_FILENO) && isatty(STDOUT_FILENO))
+        return talk();
+    const std::unique_ptr<Script> script = options.has_text ? Script::of_text(options.text)
+                                           : from_input     ? Script::of_standard_input()
+                                                            : Script::of_file(options.file);
+    if (!script)
+        return exit_failure;
+    return follow(*script, !from_input || isatty(STDIN_FILENO) != 0, options.stop);
 }
 
 } // namespace program

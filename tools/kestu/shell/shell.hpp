@@ -1,6 +1,8 @@
 // The program's commands at a prompt, or in a script.
 #pragma once
 
+#include "kestu_edit.h"
+
 #include "shell/table.hpp"
 #include "shell/words.hpp"
 
@@ -20,31 +22,57 @@ class Shell {
 
     // Whether the last line goes on in the next one, which forget() makes unnecessary.
     bool incomplete() const { return words_.incomplete(); }
-    void forget() { words_.take(); }
+    void forget();
+
+    // The names of all commands.
+    std::vector<std::string> names() const;
+
+    // Where the lines of `history` come from; none without it.
+    void set_history(const kestu_edit_t *editor) { history_ = editor; }
+
+    // What stands in front of messages: the script and its line.
+    void set_place(const std::string &place) { place_ = place; }
 
     // Whether a command has asked to leave.
     bool left() const { return leaving_; }
 
     // The exit status of the last command that failed, 0 when none has.
-    int status() const { return last_failure_; }
-    void fail(const std::string &message);
+    int status() const { return status_; }
+
+    // The exit status that was asked for, 0 when none was.
+    int asked() const { return asked_; }
+    void fail(const std::string &message, int status);
 
   private:
-    void run_words(std::vector<std::string> command);
-    void run_program(const std::vector<std::string> &arguments);
+    void run_words(std::vector<std::string> command, const std::string &rest);
+    int run_command(const std::vector<std::string> &command);
+    void run_own(const std::vector<std::string> &command);
     void refuse(const std::string &name);
     void help(std::vector<std::string> names);
     void list() const;
+    void leave(const std::vector<std::string> &command);
+    void change_folder(const std::vector<std::string> &command);
+    void print_history() const;
 
     CommandTable table_;
     Words words_;
     bool keeps_input_;
+    const kestu_edit_t *history_ = nullptr;
+    std::string place_;
     bool leaving_ = false;
-    int last_failure_ = 0;
+    int status_ = 0;
+    int asked_ = 0;
 };
 
-// Runs what standard input holds, or what is typed there when it and standard output are a
-// terminal, and returns the exit status.
-int run_shell();
+struct ShellOptions {
+    std::string file; // a script; empty for none
+    std::string text; // commands, if `has_text`
+    bool has_text = false;
+    bool stop = false; // at the first failure
+};
+
+// Runs the script, the commands, what standard input holds, or what is typed there when it and
+// standard output are a terminal, and returns the exit status.
+int run_shell(const ShellOptions &options);
 
 } // namespace program

@@ -1,41 +1,44 @@
 // A command line as words.
 #pragma once
 
-#include "kestu_error.h"
-#include "kestu_prsd.h"
-
 #include <string>
 #include <vector>
 
 namespace program {
 
-// Splits lines by the library's parser of parameters: words are parted by blanks, or stand in
-// double quotes; a backslash where a word could begin asks for another line, and so does an open
-// quote. The parser sees one character after the other and only says what each is, so that words
-// keep their text: as a number, 007 would become 7.
+// Splits rows into words as other shells do: blanks part them, quotes and backslashes keep text
+// together, # begins a comment, and names with *, ? and [ stand for the files that they match. What
+// stands behind | or > is not split.
 class Words {
   public:
-    Words();
-    ~Words() { apr_pool_destroy(pool_); }
-    Words(const Words &) = delete;
-    Words &operator=(const Words &) = delete;
+    // Takes one more row, without its end.
+    void add(const std::string &row);
 
-    // Takes one more line, without its end.
-    kestu_error_t *add(const std::string &line);
+    // Whether the command goes on in another row: in quotes, and behind a backslash.
+    bool incomplete() const { return state_ != State::between || goes_on_; }
 
-    // Whether the command goes on in another line.
-    bool incomplete() const { return parser_.state != KESTU_PRSD_BETWEEN; }
-
-    // The words since the last call.
+    // The words since the last call. A pattern that matches nothing stays as it is.
     std::vector<std::string> take();
 
-  private:
-    kestu_error_t *add(char character);
+    // From | or > on, what was behind the words; empty for nothing.
+    std::string take_rest();
 
-    apr_pool_t *pool_ = nullptr;
-    kestu_prsd_t parser_ = {};
-    std::vector<std::string> words_;
-    std::string word_;
+  private:
+    enum class State { between, inside, single, quoted };
+    void begin_word();
+    void end_word();
+    void put(char c, bool plain);
+    size_t take_plain(const std::string &row, size_t at);
+
+    struct Word {
+        std::string text;
+        std::string pattern; // in which a backslash stands before what was quoted
+        bool matches = false;
+    };
+    State state_ = State::between;
+    bool goes_on_ = false;
+    std::vector<Word> words_;
+    std::string rest_;
 };
 
 } // namespace program
