@@ -6,6 +6,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 
 namespace {
 
@@ -45,8 +46,11 @@ int main() {
         auction.call(80);
         auction.call(100);
         auction.call(110);
+        return EXIT_SUCCESS;
     } catch (const kestu::Error &error) {
         error.print();
-        return EXIT_FAILURE;
+    } catch (const std::exception &error) {
+        std::fprintf(stderr, "%s\n", error.what());
     }
+    return EXIT_FAILURE;
 }

@@ -7,6 +7,7 @@
 #include <cctype>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <fstream>
 #include <utility>
 #include <vector>
@@ -57,8 +58,11 @@ int main(int argc, char **argv) {
         kestu::each_file(argc > 1 ? argv[1] : ".", {},
                          [&](std::string_view path) { count_words(counts, std::string(path)); });
         print_most_frequent(counts, 10);
+        return EXIT_SUCCESS;
     } catch (const kestu::Error &error) {
         error.print();
-        return EXIT_FAILURE;
+    } catch (const std::exception &error) {
+        std::fprintf(stderr, "%s\n", error.what());
     }
+    return EXIT_FAILURE;
 }

@@ -11,6 +11,8 @@
 
 #include <optional>
 
+#include <unistd.h>
+
 namespace kestu {
 inline namespace KESTU_CPP {
 
@@ -48,7 +50,7 @@ class Editor {
             kestu_error_clear(err);
             return std::optional<std::string>();
         }
-        if (!kestu_error_is(err, KESTU_ERR_CONSOLE_SIZE) || ctx_->line)
+        if (ctx_->saved_termios.c_cflag != 0) // it has been saved
             tcsetattr(STDIN_FILENO, TCSANOW, &ctx_->saved_termios);
         return detail::failed(err);
     }

@@ -180,19 +180,25 @@ using Unexpected = std::unexpected<Error>;
 #else
 class Unexpected {
   public:
-    explicit Unexpected(Error error) noexcept : error_(std::move(error)) {}
-    Error &error() noexcept { return error_; }
+    explicit Unexpected(Error error) noexcept : chain_(error.release()) {}
+    explicit Unexpected(kestu_error_t *chain) noexcept : chain_(chain) {}
+    Unexpected(Unexpected &&other) noexcept : chain_(other.release()) {}
+    Unexpected &operator=(Unexpected &&) = delete;
+    ~Unexpected() {
+        if (chain_)
+            kestu_error_clear(chain_);
+    }
+    kestu_error_t *release() noexcept { return std::exchange(chain_, nullptr); }
 
   private:
-    Error error_;
+    kestu_error_t *chain_;
 };
 
 template <typename T>
 class [[nodiscard]] Expected {
   public:
     Expected(T value) : result_(std::in_place_index<0>, std::move(value)) {}
-    Expected(Unexpected &&failure) noexcept
-        : result_(std::in_place_index<1>, std::move(failure.error())) {}
+    Expected(Unexpected &&failure) noexcept : result_(std::in_place_index<1>, failure.release()) {}
 
     bool has_value() const noexcept { return result_.index() == 0; }
     explicit operator bool() const noexcept { return has_value(); }
@@ -217,7 +223,7 @@ template <>
 class [[nodiscard]] Expected<void> {
   public:
     Expected() noexcept = default;
-    Expected(Unexpected &&failure) noexcept : error_(std::move(failure.error())) {}
+    Expected(Unexpected &&failure) noexcept : error_(std::in_place, failure.release()) {}
 
     bool has_value() const noexcept { return !error_; }
     explicit operator bool() const noexcept { return has_value(); }
@@ -243,7 +249,7 @@ inline void check(kestu_error_t *err) {
         raise(err);
 }
 inline Unexpected failed(kestu_error_t *err) noexcept {
-    return Unexpected(Error(err));
+    return Unexpected(err);
 }
 inline Expected<void> outcome(kestu_error_t *err) noexcept {
     if (err)

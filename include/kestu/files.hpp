@@ -9,7 +9,6 @@
 #include "../kestu_dir.h"
 #include "pool.hpp"
 
-#include <cstring>
 #include <string_view>
 #include <vector>
 
@@ -62,7 +61,10 @@ class Files {
         take(find(folder, {include, exclude, flags}));
     }
     static Expected<Files> make(std::nothrow_t, CString folder, const FileFilter &filter = {}) {
-        Files files;
+        auto pool = Pool::make(std::nothrow);
+        if (!pool)
+            return Unexpected(std::move(pool.error()));
+        Files files(*std::move(pool));
         if (auto found = files.find(folder, filter); !found)
             return Unexpected(std::move(found.error()));
         return files;
@@ -75,7 +77,7 @@ class Files {
     std::string_view operator[](size_t n) const noexcept { return paths_[n]; }
 
   private:
-    Files() = default;
+    explicit Files(Pool &&pool) noexcept : pool_(std::move(pool)) {}
 
     Expected<void> find(const char *folder, const FileFilter &filter) {
         return each_file(std::nothrow, folder, filter, [this](std::string_view path) {

@@ -22,6 +22,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <tuple>
 
 namespace kestu {
 inline namespace KESTU_CPP {

@@ -39,18 +39,18 @@ class Log {
     }
 
     // Append a text, the second after the date. It is formatted as by kestu::format, with which all
-    // conversions are checked, and cut to 999 characters.
+    // conversions are checked, and cut to 999 characters, or before a value that has no text.
     template <typename... Arguments>
     void print(Format<std::type_identity_t<Arguments>...> format, const Arguments &...arguments) {
         char text[1000];
-        format_to(text, format, arguments...);
+        detail::print_into(text, sizeof text, format.text(), arguments...);
         kestu_log_printf(log_, "%s", text);
     }
     template <typename... Arguments>
     void print_dated(Format<std::type_identity_t<Arguments>...> format,
                      const Arguments &...arguments) {
         char text[1000];
-        format_to(text, format, arguments...);
+        detail::print_into(text, sizeof text, format.text(), arguments...);
         kestu_log_dtprintf(log_, "%s", text);
     }
 

@@ -14,7 +14,6 @@
 #include "../kestu_link.h"
 #include "error.hpp"
 
-#include <functional>
 #include <tuple>
 
 namespace kestu {
@@ -23,12 +22,31 @@ inline namespace KESTU_CPP {
 // The object engine while it lives: signals need it.
 class ObjectEngine {
   public:
-    explicit ObjectEngine(apr_pool_t *pool = kestu_pool) {
+    explicit ObjectEngine(apr_pool_t *pool = kestu_pool) : is_running_(true) {
         detail::check(kestu_obj_engine_init(pool));
     }
-    ~ObjectEngine() { kestu_error_clear(kestu_obj_engine_terminate()); }
-    ObjectEngine(const ObjectEngine &) = delete;
-    ObjectEngine &operator=(const ObjectEngine &) = delete;
+    static Expected<ObjectEngine> make(std::nothrow_t, apr_pool_t *pool = kestu_pool) {
+        if (kestu_error_t *err = kestu_obj_engine_init(pool))
+            return detail::failed(err);
+        ObjectEngine engine(nullptr, true);
+        return engine;
+    }
+
+    ObjectEngine(ObjectEngine &&other) noexcept
+        : is_running_(std::exchange(other.is_running_, false)) {}
+    ObjectEngine &operator=(ObjectEngine &&other) noexcept {
+        std::swap(is_running_, other.is_running_);
+        return *this;
+    }
+    ~ObjectEngine() {
+        if (is_running_)
+            kestu_error_clear(kestu_obj_engine_terminate());
+    }
+
+  private:
+    ObjectEngine(std::nullptr_t, bool is_running) noexcept : is_running_(is_running) {}
+
+    bool is_running_;
 };
 
 class UniqueObject;
@@ -59,6 +77,7 @@ class Object {
         return Object(child);
     }
     inline void adopt(UniqueObject &&child) const;
+    inline Expected<void> adopt(std::nothrow_t, UniqueObject &&child) const;
 
     // The child that was added under `name`; false when there is none.
     Object child(CString name) const { return kestu_obj_getc(obj_, name); }
@@ -124,9 +143,14 @@ class UniqueObject : public Object {
 };
 
 // Makes `child` the last child of this object, which owns it from then on.
-inline void Object::adopt(UniqueObject &&child) const {
-    detail::check(kestu_obj_addc(obj_, child.get()));
+inline Expected<void> Object::adopt(std::nothrow_t, UniqueObject &&child) const {
+    if (kestu_error_t *err = kestu_obj_addc(obj_, child.get()))
+        return detail::failed(err);
     static_cast<void>(child.release());
+    return {};
+}
+inline void Object::adopt(UniqueObject &&child) const {
+    take(adopt(std::nothrow, std::move(child)));
 }
 
 namespace detail {
@@ -138,16 +162,19 @@ namespace detail {
 // the slot any more.
 class Slot {
   public:
-    Slot(kestu_obj_t *source, kestu_obj_t *destination) noexcept
-        : source_(source), destination_(destination) {
+    Slot() noexcept = default;
+    Slot(const Slot &) = delete;
+    Slot &operator=(const Slot &) = delete;
+
+    void join_objects(kestu_obj_t *source, kestu_obj_t *destination) noexcept {
+        source_ = source;
+        destination_ = destination;
         hold();
         apr_pool_cleanup_register(pool_of(source_), this, source_ends, apr_pool_cleanup_null);
         if (source_ != destination_)
             apr_pool_cleanup_register(pool_of(destination_), this, destination_ends,
                                       apr_pool_cleanup_null);
     }
-    Slot(const Slot &) = delete;
-    Slot &operator=(const Slot &) = delete;
 
     void hold() noexcept { ++holders_; }
     void let_go() noexcept {
@@ -188,8 +215,8 @@ class Slot {
     }
 
     int holders_ = 0;
-    kestu_obj_t *source_; // null when the connection has ended
-    kestu_obj_t *destination_;
+    kestu_obj_t *source_ = nullptr; // null when the connection has ended
+    kestu_obj_t *destination_ = nullptr;
 };
 
 // The argument of an emission: what the slots are called with, and what one of them threw.
@@ -202,8 +229,7 @@ struct Emission {
 template <typename Function, typename... Arguments>
 class TypedSlot final : public Slot {
   public:
-    TypedSlot(kestu_obj_t *source, kestu_obj_t *destination, Function fn)
-        : Slot(source, destination), fn_(std::move(fn)) {}
+    explicit TypedSlot(Function fn) : fn_(std::move(fn)) {}
 
     static kestu_error_t *call(kestu_obj_t *, uint32_t, kestu_obj_t *, void *user,
                                void *argument) noexcept {
@@ -291,7 +317,8 @@ class ScopedConnection {
 template <typename Arguments>
 class Signal;
 
-// A signal of an object, by its name. All who emit it and connect to it use the same arguments.
+// A signal of an object, by its name. All who emit it and connect to it do so through this class
+// and with the same arguments.
 template <typename... Arguments>
 class Signal<void(Arguments...)> {
     using Emission = detail::Emission<Arguments...>;
@@ -320,7 +347,8 @@ class Signal<void(Arguments...)> {
     Expected<Connection> connect(std::nothrow_t, Object destination, Function fn,
                                  uint32_t flags = 0) const {
         using Slot = detail::TypedSlot<Function, Arguments...>;
-        auto *slot = new Slot(object_.get(), destination.get(), std::move(fn));
+        auto *slot = new Slot(std::move(fn));
+        slot->join_objects(object_.get(), destination.get());
         kestu_link_t *link = nullptr;
         if (kestu_error_t *err = kestu_obj_link(object_.get(), code_, destination.get(), Slot::call,
                                                 slot, flags, &link)) {

@@ -3,7 +3,6 @@
 
 #include "base.hpp"
 
-#include <compare>
 #include <cstddef>
 #include <iterator>
 #include <memory>

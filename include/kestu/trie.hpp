@@ -54,7 +54,7 @@ class Trie {
                 descend(place, take_child(place.way));
         }
 
-        // Goes to the first leaf from `node` on, if there is one: a branching may have lost them all.
+        // Goes to the first leaf from `node` on, if there is one: branchings may have lost theirs.
         static void descend(Place &place, const kestu_trie_node_t *node) {
             while (node->type == KESTU_TRIE_INNER) {
                 const auto *inner = reinterpret_cast<const kestu_trie_inner_t *>(node);

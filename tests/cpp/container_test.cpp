@@ -12,11 +12,9 @@
 
 namespace {
 
-using kestu::test::AllocFailure;
 using kestu::test::fail_each_allocation;
 using kestu::test::live_blocks;
 using testing::ElementsAre;
-using testing::ElementsAreArray;
 
 static_assert(std::ranges::bidirectional_range<kestu::List<int>>);
 static_assert(std::ranges::bidirectional_range<kestu::Ring<int>>);

@@ -1,6 +1,7 @@
 // Pools, matrices, arrays, texts, parameters, logs, images and checksums.
 #include "kestu.hpp"
 #include "support/alloc_failure.hpp"
+#include "support/pty.hpp"
 
 #include <gmock/gmock.h>
 
@@ -112,6 +113,31 @@ TEST(CppParameters, AreNumbersAndTexts) {
     EXPECT_EQ(line[2], kestu::Parameter("a b"));
     EXPECT_EQ(line.text(0), "007");
     EXPECT_TRUE(line.is_quoted(2));
+}
+
+TEST(CppEditor, ReadsLinesAndLeavesTheTerminalAsItWas) {
+    using kestu::test::Terminal;
+    Terminal terminal(80, 24);
+    const termios before = terminal.settings();
+    terminal.run([] {
+        kestu::Editor editor("> ");
+        while (auto line = editor.read())
+            Terminal::report("line of " + std::to_string(line->size()));
+        Terminal::report("end");
+        Terminal::report(std::to_string(editor.read(std::nothrow).error().code()));
+    });
+    terminal.wait_for_text("> |");
+    terminal.type("a");
+    terminal.wait_for_text("> a|");
+    terminal.type("\r");
+    EXPECT_EQ(terminal.wait_for_report(), "line of 2"); // with its line feed
+    terminal.wait_for_text("> |");
+    terminal.type("\x04"); // Ctrl-D
+    EXPECT_EQ(terminal.wait_for_report(), "end");
+    terminal.wait_for_text("> |");
+    terminal.type("\x1b[99~"); // no key
+    EXPECT_EQ(terminal.wait_for_report(), std::to_string(KESTU_ERR_NO_CHARACTER));
+    EXPECT_EQ(terminal.settings().c_lflag, before.c_lflag);
 }
 
 class CppFile : public testing::Test {
