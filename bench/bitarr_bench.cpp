@@ -1,5 +1,5 @@
-// Bit arrays of 10^8 bits: counting, setting, combining and looking for the next one; beside boost::dynamic_bitset,
-// std::bitset and CRoaring.
+// Bit arrays of 10^8 bits: counting, setting, combining and looking for the next one; beside
+// boost::dynamic_bitset, std::bitset and CRoaring.
 #include "kestu_bitarr.h"
 
 #include <benchmark/benchmark.h>

@@ -1,5 +1,6 @@
-// Lists of a million nodes: building, walking, sorting and deleting; beside std::list, whose nodes come from
-// the same allocator as those of the `dlm` functions, and GList, whose nodes come in slices.
+// Lists of a million nodes: building, walking, sorting and deleting; beside std::list, whose nodes
+// come from the same allocator as those of the `dlm` functions, and GList, whose nodes come in
+// slices.
 #include "in_child.hpp"
 #include "kestu_dl.h"
 #include "kestu_lib.h"

@@ -34,8 +34,8 @@ KESTU_API KESTU_MUST_USE kestu_error_t *kestu_str_to_integer(const char *s, int 
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_str_to_int64(const char *s, int64_t *out);
 
 /*
- * Converts the whole of `s` as the functions above do. Below 0 is out of range, "-0" apart. Errors
- * are those of kestu_str_to_int64, for uint64.
+ * Converts the whole of `s` as the functions above do, to a number that is stored through `out`.
+ * Below 0 is out of range, "-0" apart. Errors are those of kestu_str_to_int64, for uint64.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_str_to_uint64(const char *s, uint64_t *out);
 
