@@ -5,7 +5,6 @@
 
 namespace kestu::edit {
 
-// In a row of its own, a line feed at the cursor would else push it to the next one.
 void Editor::lay_out_text(std::string_view text, size_t cursor) {
     const uint8_t *styles = nullptr;
     if (style.function && !searching_ && !text.empty()) {
@@ -20,6 +19,7 @@ void Editor::lay_out_text(std::string_view text, size_t cursor) {
         }
     }
     frame_.add(part(text, 0, cursor), {}, styles);
+    // Behind a full row the cursor goes to the next one, unless the text ends the row there.
     frame_.mark_cursor(cursor < text.size() && text[cursor] == '\n');
     frame_.add(part(text, cursor), {}, styles ? styles + cursor : nullptr);
 }

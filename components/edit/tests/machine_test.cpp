@@ -58,6 +58,7 @@ TEST(Edit, KeysMoveAndChange) {
                  "> a|"},
                 {"abc" + left + "\x0b\x15" + undo, "> ab|"},
                 {"abc" + undo, "> |"},
+                {"one two three\x17\x17" + undo + undo, "> one two three|"},
                 {"abc\x17" + undo + "d\x18\x15", "> abc|"},
                 {"a\x16\x01\x11\x1b"
                  "b",
