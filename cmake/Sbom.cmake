@@ -65,11 +65,18 @@ set(parts
   "fast_float|${FastFloat_VERSION}|"
   "glibc|${libc_major}.${libc_minor}|libc.so.6 libm.so.6 ld-linux-x86-64.so.2")
 kestu_write_sbom(${PROJECT_BINARY_DIR}/libkestu.cdx.json libkestu library ${parts})
+if(KESTU_BUILD_TIFF)
+  kestu_write_sbom(${PROJECT_BINARY_DIR}/libkestu_tiff.cdx.json libkestu_tiff library
+    "libkestu|${PROJECT_VERSION}|libkestu.so.1"
+    "libtiff|${LIBTIFF_VERSION}|libtiff.so.6"
+    "glibc|${libc_major}.${libc_minor}|libc.so.6 libm.so.6 ld-linux-x86-64.so.2")
+endif()
 if(KESTU_BUILD_PROGRAM)
   find_package(CLI11 CONFIG REQUIRED)
   find_package(nlohmann_json REQUIRED)
   list(APPEND parts
     "libkestu|${PROJECT_VERSION}|libkestu.so.1"
+    "libkestu_tiff|${PROJECT_VERSION}|libkestu_tiff.so.1"
     "CLI11|${CLI11_VERSION}|"
     "nlohmann_json|${nlohmann_json_VERSION}|"
     "libstdc++|${CMAKE_CXX_COMPILER_VERSION}|libstdc++.so.6 libgcc_s.so.1")

@@ -18,8 +18,11 @@ function(kestu_write_version_script output)
       endif()
     endforeach()
   endforeach()
+  if(version_1_0) # which a library that came later does not have
+    string(PREPEND version_1_0 "  global:\n")
+  endif()
   file(CONFIGURE OUTPUT ${output} CONTENT
-    "KESTU_1.0 {\n  global:\n${version_1_0}  local:\n    *;\n};\nKESTU_1.1 {\n  global:\n${version_1_1}} KESTU_1.0;\n")
+    "KESTU_1.0 {\n${version_1_0}  local:\n    *;\n};\nKESTU_1.1 {\n  global:\n${version_1_1}} KESTU_1.0;\n")
 endfunction()
 
 # kestu_write_replaceable(OUTPUT LIST...): the linker's list of functions that programs may replace.
