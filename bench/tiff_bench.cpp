@@ -1,4 +1,4 @@
-// Reading libtiff's own files with the wide reader, beside libtiff and the loops that its users write.
+// Reading libtiff's own files with the wide reader, beside libtiff and the loops of its users.
 #include "kestu_tiff.h"
 
 #include <benchmark/benchmark.h>

@@ -1,5 +1,5 @@
-// TIFF files of strangers, of every layout: each page is described, listed and read, strictly and with
-// lenience, within limits.
+// TIFF files of strangers, of every layout: pages are described, listed and read, strictly and
+// with lenience, within limits.
 #include "fuzz/check.hpp"
 #include "kestu_tiff.h"
 

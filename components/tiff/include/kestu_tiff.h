@@ -13,15 +13,15 @@
  * kestu_img.h takes one plain layout as it stands, this reader takes both byte orders, BigTIFF,
  * strips and tiles, all compressions, any page, and turns what it finds into levels of gray:
  *
- *     - unsigned and signed integers of 1 to 32 bits, and floats of 16, 24, 32 and 64. Up to 8 bits
- *       become 8, all others 16, stretched so that the full scale of the file is the full scale of
- *       the image: that of its integers, or the finite values of this page from the least to the
- *       largest for floats, where what is not a number becomes 0;
- *     - white is zero and black is zero stay what they are, levels as stored;
- *     - palettes and colours become their luma 0.299 R + 0.587 G + 0.114 B (Rec. ITU-R BT.601) of
- *       the stored values, black is zero. Alpha and other extra samples are left out, and counted.
- *       CMYK, CIE L*a*b* and YCbCr outside of JPEG are first made RGB of 8 bits by libtiff;
- *     - the orientation is applied: row 0 is the top, column 0 the left.
+ * - unsigned and signed integers of 1 to 32 bits, and floats of 16, 24, 32 and 64. Up to 8 bits
+ *   become 8, all others 16, stretched so that the full scale of the file is the full scale of
+ *   the image: that of its integers, or the finite values of this page from the least to the
+ *   largest for floats, where what is not a number becomes 0;
+ * - white is zero and black is zero stay what they are, levels as stored;
+ * - palettes and colours become their luma 0.299 R + 0.587 G + 0.114 B (Rec. ITU-R BT.601) of
+ *   the stored values, black is zero. Alpha and other extra samples are left out, and counted.
+ *   CMYK, CIE L*a*b* and YCbCr outside of JPEG are first made RGB of 8 bits by libtiff;
+ * - the orientation is applied: row 0 is the top, column 0 the left.
  *
  * Nothing is printed and no state is kept: what libtiff says stands in the chain of a failure, and
  * different files may be read and written at the same time. Handles serve one thread at a time.
@@ -116,7 +116,7 @@ KESTU_API const kestu_tiff_info_t *kestu_tiff_info(const kestu_tiff_reader_t *re
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_tiff_row(kestu_tiff_reader_t *reader, void *row);
 
 /*
- * Receives a tag of a page: its number, its `name` in libtiff or "" when it is private, its `value`
+ * Receives a `tag` of a page by its number, its `name` in libtiff or "" when it is private, its `value`
  * as a text in which control characters stand as "\x1b" (long lists and texts are cut and end in
  * "..."), and the caller's `baton`. What it returns ends the walk unless it is 0.
  */
