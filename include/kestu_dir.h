@@ -6,7 +6,8 @@
  *
  * A pattern list is text: patterns of apr_fnmatch separated by ";". They are matched against the
  * whole path, the folder's name as it was given included, so that "*.c" finds "src/io/file.c" as
- * long as KESTU_DIR_SLASH does not keep "*" from crossing "/".
+ * long as KESTU_DIR_SLASH does not keep "*" from crossing "/"; with KESTU_DIR_NAMES against the name
+ * alone, so that "file.*" finds it too.
  *
  * Traversals run at the same time when each has options and a pool of its own.
  */
@@ -28,6 +29,9 @@ enum {
     KESTU_DIR_CASE_BLIND = 0x08, /* letters match in either case */
     KESTU_DIR_RECURSE = 0x10,    /* visit subfolders too */
     KESTU_DIR_STOP = 0x20,       /* end at the first error of the callback */
+    KESTU_DIR_GO_ON = 0x40,      /* report a subfolder that cannot be opened, and go on */
+    KESTU_DIR_NAMES = 0x80,      /* match the last component of a path, not all of it */
+    KESTU_DIR_FOLDERS = 0x100,   /* ask the callback about each subfolder */
 };
 
 /*
@@ -35,6 +39,10 @@ enum {
  * before the next file. An error that it returns is taken over: printed on standard error and
  * released, or with KESTU_DIR_STOP handed to the caller of the traversal. KestuDLlistStopWalking
  * ends the traversal without a failure.
+ *
+ * With KESTU_DIR_FOLDERS it is called for subfolders as well, whether the lists match them or not,
+ * with a "/" at the end of `path`; KestuDLlistStopWalking then keeps the traversal out of that
+ * folder, and does not end it.
  */
 typedef kestu_error_t *(*kestu_dir_func)(const char *path, void *user_data, apr_pool_t *pool);
 
@@ -50,7 +58,7 @@ typedef struct kestu_dir_traverse_t {
 /*
  * Calls the callback of `options` for every regular file and symbolic link of the folder `dir`
  * whose path passes the lists. Links are not followed; folders, devices, pipes and sockets are not
- * reported. The files of a folder come in the order in which the system returns them, then its
+ * reported, but for folders with KESTU_DIR_FOLDERS. The files of a folder come in the order in which the system returns them, then its
  * subfolders in theirs, each as a whole. Files that vanish or cannot be looked up are passed over.
  *
  * `include` and `exclude` are pattern lists that are compiled into `options` within `pool`; with a
@@ -60,7 +68,8 @@ typedef struct kestu_dir_traverse_t {
  * subfolders still to be visited are kept, and one folder is open at a time.
  *
  * Errors stand under "Cannot traverse directories.": "(src/io): " and the system's text for a
- * folder that cannot be opened, the system's text for one that cannot be closed or fails to be read
+ * folder that cannot be opened (with KESTU_DIR_GO_ON only for `dir` itself; that of another is
+ * printed on standard error), the system's text for one that cannot be closed or fails to be read
  * 16 times in a row, for a path that grows beyond the system's bound, and when no memory is left.
  * Each failed read before that prints a warning on standard output. When the callback's error ends
  * the traversal, the folder it was called for stays open until `pool` is cleared.

@@ -10,6 +10,7 @@
 
 #include <apr_file_info.h>
 #include <apr_portable.h>
+#include <apr_strings.h>
 
 #include <cstring>
 #include <utility>
@@ -129,6 +130,8 @@ class Traversal {
     kestu_error_t *visit_entries(const char *folder, DIR *stream);
     kestu_error_t *visit_entry(const char *folder, int fd, const dirent &entry);
     kestu_error_t *visit_file(const char *path, const char *name);
+    kestu_error_t *visit_subfolder(const char *path);
+    kestu_error_t *call_back(const char *path);
 
     const kestu_dir_traverse_t &options_;
     apr_pool_t *folder_pool_ = nullptr; // holds the folder at hand, which is open
@@ -136,6 +139,7 @@ class Traversal {
     Presence presence_;                 // of the files of the folder at hand
     FolderList found_;                  // in the folder at hand
     FolderList waiting_;
+    bool was_opened_ = false; // the folder at hand
     bool stopped_by_error_ = false;
 };
 
@@ -150,6 +154,8 @@ kestu_error_t *Traversal::run(const char *dir, apr_pool_t *pool) {
     for (Folder *folder; !err && (folder = waiting_.take_first());) {
         err = visit_folder(folder->path());
         kestu_mem_free(folder);
+        if (err && !was_opened_ && (options_.flags & KESTU_DIR_GO_ON))
+            report(std::exchange(err, nullptr));
     }
     if (!stopped_by_error_) {
         if (entry_pool_)
@@ -162,13 +168,16 @@ kestu_error_t *Traversal::run(const char *dir, apr_pool_t *pool) {
 kestu_error_t *Traversal::visit_folder(const char *path) {
     apr_pool_clear(folder_pool_);
     apr_dir_t *dir = nullptr;
-    if (apr_status_t status = apr_dir_open(&dir, path, folder_pool_))
+    apr_status_t status = apr_dir_open(&dir, path, folder_pool_);
+    was_opened_ = status == APR_SUCCESS;
+    if (!was_opened_)
         return kestu_error_aprwrapf_i(status, 0, nullptr, nullptr, "(%s)", path);
     DIR *stream = nullptr;
     apr_os_dir_get(&stream, dir);
     if (kestu_error_t *err = visit_entries(path, stream))
         return err;
-    if (apr_status_t status = apr_dir_close(dir))
+    status = apr_dir_close(dir);
+    if (status != APR_SUCCESS)
         return fail_apr(status);
     waiting_.prepend(found_);
     return nullptr;
@@ -199,22 +208,40 @@ kestu_error_t *Traversal::visit_entry(const char *folder, int fd, const dirent &
     const Kind kind = kind_of(fd, entry);
     if (kind == Kind::other)
         return nullptr;
-    if (kind == Kind::folder && (!(options_.flags & KESTU_DIR_RECURSE) || is_dots(entry.d_name)))
+    constexpr int about_folders = KESTU_DIR_RECURSE | KESTU_DIR_FOLDERS;
+    if (kind == Kind::folder && (!(options_.flags & about_folders) || is_dots(entry.d_name)))
         return nullptr;
     char *path = nullptr;
     if (apr_status_t status =
             apr_filepath_merge(&path, folder, entry.d_name, APR_FILEPATH_NATIVE, entry_pool_))
         return kind == Kind::folder || presence_.has(entry.d_name) ? fail_apr(status) : nullptr;
-    return kind == Kind::folder ? found_.append(path) : visit_file(path, entry.d_name);
+    return kind == Kind::folder ? visit_subfolder(path) : visit_file(path, entry.d_name);
+}
+
+kestu_error_t *Traversal::visit_subfolder(const char *path) {
+    if (options_.flags & KESTU_DIR_FOLDERS) {
+        const char *name = apr_pstrcat(entry_pool_, path, "/", nullptr);
+        if (!name)
+            return no_memory(std::strlen(path) + 2);
+        kestu_error_t *err = call_back(name);
+        if (err)
+            return err == KestuDLlistStopWalking ? nullptr : err;
+    }
+    return options_.flags & KESTU_DIR_RECURSE ? found_.append(path) : nullptr;
 }
 
 // Of the files that the lists let pass, those are left out that vanished or cannot be looked up.
 kestu_error_t *Traversal::visit_file(const char *path, const char *name) {
+    const char *matched = options_.flags & KESTU_DIR_NAMES ? name : path;
     const bool excluded =
-        options_.exclude && matchToCompositePattern(path, options_.exclude, &options_);
-    if (excluded || !matchToCompositePattern(path, options_.include, &options_) ||
+        options_.exclude && matchToCompositePattern(matched, options_.exclude, &options_);
+    if (excluded || !matchToCompositePattern(matched, options_.include, &options_) ||
         !presence_.has(name))
         return nullptr;
+    return call_back(path);
+}
+
+kestu_error_t *Traversal::call_back(const char *path) {
     kestu_error_t *err =
         presence_.during([&] { return options_.callback(path, options_.user_data, entry_pool_); });
     if (!err || err == KestuDLlistStopWalking)

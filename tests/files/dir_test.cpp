@@ -170,6 +170,23 @@ TEST_F(Dir, ListsFilterTheWholePath) {
     EXPECT_THAT(visited(deep, ""), IsEmpty());
     EXPECT_EQ(visited(deep, nullptr, "").size(), 6u);
     EXPECT_THAT(visited(deep, "a.c"), IsEmpty());
+    EXPECT_THAT(visited(deep | KESTU_DIR_NAMES, "?.[ch];sub", "a*"),
+                UnorderedElementsAre("b.h", "sub/d.c"));
+}
+
+TEST_F(Dir, SubfoldersAreAskedAboutWhateverTheListsSay) {
+    make_files({"a", "in/b", "in/deep/c", "out/d"});
+    std::vector<std::string> seen;
+    const auto collect = [&](const char *path, apr_pool_t *) {
+        seen.emplace_back(path + root.size() + 1);
+        return seen.back() == "out/" ? KestuDLlistStopWalking : nullptr;
+    };
+    EXPECT_OK(traverse(KESTU_DIR_FOLDERS, collect, "*/a"));
+    EXPECT_THAT(seen, UnorderedElementsAre("a", "in/", "out/"));
+    seen.clear();
+    EXPECT_OK(traverse(KESTU_DIR_FOLDERS | KESTU_DIR_RECURSE, collect, "*/?", "*b"));
+    EXPECT_THAT(seen, UnorderedElementsAre("a", "in/", "out/", "in/deep/", "in/deep/c"));
+    EXPECT_CHAIN(traverse(KESTU_DIR_FOLDERS | KESTU_DIR_STOP, fail, ""), 7, cannot.second, "mine");
 }
 
 TEST_F(Dir, ListsThatAreThereStayWithoutATextForThem) {
@@ -227,6 +244,21 @@ TEST_F(Dir, AFolderThatCannotBeOpenedEndsTheTraversal) {
         "*");
     EXPECT_CHAIN(err, cannot, Element(0, "(" + gone + "): No such file or directory"));
     EXPECT_EQ(open_files(), open_before);
+
+    // Or is told, while the others are visited.
+    make_files({"a/1", "b/1", "c/1"});
+    const auto remove_one = [&](const char *path, apr_pool_t *) {
+        if (++calls == 1)
+            fs::remove_all(gone = root + (path == root + "/b/1" ? "/c" : "/b"));
+        return nullptr;
+    };
+    testing::internal::CaptureStderr();
+    EXPECT_OK(traverse(KESTU_DIR_RECURSE | KESTU_DIR_GO_ON, remove_one));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "Error: (" + gone + "): No such file or directory \n");
+    EXPECT_EQ(calls, 2);
+    EXPECT_CHAIN(traverse(KESTU_DIR_GO_ON, count, nullptr, nullptr, gone.c_str()), cannot,
+                 Element(0, "(" + gone + "): No such file or directory"));
 }
 
 TEST_F(Dir, FilesThatVanishOrCannotBeLookedUpArePassedOver) {

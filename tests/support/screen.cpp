@@ -86,9 +86,9 @@ void Screen::sequence() {
         row -= row > 0;
     else if (escape == "\x1b[?7l" || escape == "\x1b[?7h")
         wraps = escape.back() == 'h';
-    else if (escape.size() < 6)
+    else if (escape.size() < 7 && escape.back() != 'm')
         return;
-    else
+    else if (escape.back() != 'm') // which only changes colours
         for (const char c : escape)
             put(c);
     escape.clear();

@@ -33,6 +33,6 @@ TEST(Progress, OfImagesIsShownUntilTheEndAndGoesOnAfterAFailure) {
     close(open(pipe.c_str(), O_WRONLY));
     EXPECT_EQ(terminal.wait_for_end(), 1);
     EXPECT_THAT(terminal.shown(),
-                AllOf(HasSubstr(pipe + ": Error(120031): Cannot read image."), HasSubstr("a.tif"),
+                AllOf(HasSubstr(pipe + ": cannot read IO stream"), HasSubstr("a.tif"),
                       HasSubstr("b.tif"), Not(HasSubstr("%"))));
 }

@@ -57,7 +57,8 @@ TEST_F(ShellSession, EditsLinesAndRunsThem) {
     expect("x\x1b[5~ase\x1b[15;2~ 16 254\x1b[1~\x1b[3~b\x1bOF\x7f\x1b[99", "kestu> base 16 25|");
     expect("\x1b[1;5D\x1bOD\x1b[4~\x1b[H\x1b[1;2C\x1b[F\x1bx\x1b\x1bOP\x01\x05", "> base 16 25|");
     expect("3\x1b[D" + enter, "kestu> base 16 253\nFD\nkestu> |");
-    expect("image info /missing" + enter, "Cannot open file '/missing'\nkestu> |");
+    expect("image info /missing" + enter,
+           "/missing: cannot open: No such file or directory\nkestu> |");
     expect("imgae" + enter, "kestu: no command 'imgae'; did you mean 'image'?\nkestu> |");
     expect("unescape no-line-end" + enter, "\nno-line-end\nkestu> |");
     expect("exit" + enter, "kestu> exit\n|");

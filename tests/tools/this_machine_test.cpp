@@ -16,8 +16,7 @@ TEST(CpuCommand, AProcessBoundToOneProcessorIsToldSo) {
     const Ran ran = run({"taskset", "-c", here, KESTU_PROGRAM, "cpu", "--json"});
     if (ran.status == 0)
         GTEST_SKIP() << "not a processor whose topology is known";
-    EXPECT_THAT(ran.err, AllOf(HasSubstr("Error(120173): Can't determine CPU."),
-                               HasSubstr("this process may run on 1 of ")));
+    EXPECT_THAT(ran.err, HasSubstr("this process may run on 1 of "));
 }
 
 TEST(CpuCommand, TheRealProcessorIsDescribed) {

@@ -1,9 +1,24 @@
 #include "program.hpp"
 
+#include "common/help.hpp"
+#include "common/terminal.hpp"
+#include "common/text.hpp"
+#include "common/usage.hpp"
+#include "common/values.hpp"
+#include "examples.hpp"
+
 #include "kestu_lib.h"
 
+#include <algorithm>
+#include <cctype>
+#include <cerrno>
 #include <cstdio>
-#include <iostream>
+#include <cstring>
+#include <iterator>
+#include <memory>
+#include <new>
+
+#include <unistd.h>
 
 namespace program {
 namespace {
@@ -11,17 +26,83 @@ namespace {
 constexpr const char *description =
     "Inspect grayscale TIFF scans, processors, files and texts with libkestu.";
 
-int print_line(const char *line, void *baton) {
-    return std::fprintf(stderr, "kestu: %s%s\n", static_cast<const char *>(baton), line);
+const std::vector<std::string> colour_choices = {"auto", "always", "never"};
+
+// What every command takes, before or after its name.
+void add_common_options(CLI::App &command, Outcome &outcome) {
+    command.set_help_flag("-h,--help", "Print this help and exit");
+    command.set_version_flag("-V,--version", std::string("kestu ") + kestu_version_string(),
+                             "Print the version and exit");
+    command.add_flag_callback(
+        "--verbose", [&outcome] { outcome.tell_chains(); },
+        "Tell errors with all that led to them");
+    command
+        .add_option_function<std::string>("--color", choose_colour,
+                                          "When to use colour; auto: on terminals, unless NO_COLOR "
+                                          "is set")
+        ->type_name(alternatives(colour_choices))
+        ->check(one_of(colour_choices));
+}
+
+// The parser would take "[a]" apart as a list; a mark in front keeps it whole.
+constexpr char mark = '\1';
+
+std::string marked(const std::string &word) {
+    return word.starts_with('[') || word.starts_with(mark) ? mark + word : word;
+}
+
+std::string unmarked(std::string word) {
+    return word.starts_with(mark) ? word.substr(1) : word;
+}
+
+// What is said twice counts as it is said last, and each name takes one value.
+void complete(CLI::App &command, Outcome &outcome) {
+    for (CLI::Option *option : command.get_options()) {
+        if (option->get_items_expected_max() == 0)
+            continue;
+        option->transform(CLI::Validator(
+            [](std::string &value) {
+                value = unmarked(value);
+                return std::string();
+            },
+            ""));
+        if (!option->get_positional())
+            option->allow_extra_args(false);
+        if (option->get_items_expected_max() == 1)
+            option->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
+    }
+    add_common_options(command, outcome);
+    if (const std::string examples = examples_of(path_of(command)); !examples.empty())
+        command.footer(command.get_footer() + "\n\n" + examples);
+    for (CLI::App *sub : command.get_subcommands({}))
+        complete(*sub, outcome);
+}
+
+// The help of the command that the words name.
+void print_help(const CLI::App &app, const std::vector<std::string> &words, Outcome &outcome) {
+    const CLI::App *command = &app;
+    for (const std::string &word : words) {
+        const auto found =
+            command->get_subcommands([&](const CLI::App *sub) { return sub->check_name(word); });
+        if (found.empty()) {
+            say(unknown_command(*command, word));
+            return outcome.fail_with(exit_usage);
+        }
+        command = found.front();
+    }
+    print(help_page(*command, look_of_output()));
+}
+
+void add_help_command(CLI::App &app, Outcome &outcome) {
+    CLI::App *command = app.add_subcommand("help", "Print the help of a command");
+    auto words = std::make_shared<std::vector<std::string>>();
+    command->add_option("COMMAND", *words, "The command's name, in one word or more");
+    command->callback([words, &app, &outcome] { print_help(app, *words, outcome); });
 }
 
 void set_up(CLI::App &app, Outcome &outcome) {
     app.name("kestu");
-    app.set_version_flag("--version", std::string("kestu ") + kestu_version_string());
-    app.set_help_flag("-h,--help", "Print this help and exit");
     app.require_subcommand(1);
-    app.failure_message(CLI::FailureMessage::simple);
-    app.get_formatter()->column_width(34);
     add_image_commands(app, outcome);
     add_cpu_commands(app, outcome);
     add_sum_command(app, outcome);
@@ -29,31 +110,79 @@ void set_up(CLI::App &app, Outcome &outcome) {
     add_escape_commands(app, outcome);
     add_base_command(app, outcome);
     add_shell_command(app, outcome);
+    add_help_command(app, outcome);
+    complete(app, outcome);
 }
 
-// Every command answers --version as the program does.
-void add_version_everywhere(CLI::App &app, const std::string &version) {
-    for (CLI::App *command : app.get_subcommands({})) {
-        command->set_version_flag("--version", version);
-        add_version_everywhere(*command, version);
+void parse(CLI::App &app, const std::vector<std::string> &arguments, Outcome &outcome) {
+    try {
+        std::vector<std::string> words;
+        std::transform(arguments.rbegin(), arguments.rend(), std::back_inserter(words), marked);
+        app.parse(std::move(words)); // which takes them from the back
+    } catch (const CLI::CallForHelp &) {
+        print(help_page(chosen(app), look_of_output()));
+    } catch (const CLI::CallForVersion &version) {
+        print(std::string(version.what()) + "\n");
+    } catch (const CLI::ParseError &error) {
+        if (lacks_command(app))
+            std::fputs(short_help(chosen(app), look_of(STDERR_FILENO)).c_str(), stderr);
+        else
+            say(fault_in_usage(app, error));
+        outcome.fail_with(exit_usage);
+    } catch (const std::bad_alloc &) {
+        outcome.fail("there is not enough memory");
     }
 }
 
+int print_line(const char *line, void *baton) {
+    std::string message = static_cast<const char *>(baton) + std::string(line);
+    if (message.ends_with(' '))
+        message.pop_back();
+    say(message);
+    return 0;
+}
+
+// The library's messages are sentences; here they follow a file's name.
+std::string as_clause(std::string message) {
+    if (message.size() > 1 && std::islower(static_cast<unsigned char>(message[1])))
+        message[0] = static_cast<char>(std::tolower(static_cast<unsigned char>(message[0])));
+    if (message.ends_with('.'))
+        message.pop_back();
+    return message;
+}
+
+// The cause of a failure: what the program says of it, or else what the library found first.
+std::string cause_of(kestu_error_t *err) {
+    if (err->type == KESTU_ERROR_PLAIN && err->message)
+        return err->message;
+    const kestu_error_t &cause = *kestu_error_root_cause(err);
+    const char *message = cause.message ? cause.message : kestu_error_text(cause.code);
+    return message ? as_clause(message) : text("failed with error %d", cause.code);
+}
+
 } // namespace
+
+void say(const std::string &message) {
+    std::fflush(stdout);
+    const std::string name = alarming("kestu:", look_of(STDERR_FILENO));
+    std::fprintf(stderr, "%s %s\n", name.c_str(), printable(message.c_str()).c_str());
+}
 
 bool Outcome::ok(kestu_error_t *err, const std::string &subject) {
     if (!err)
         return true;
     std::string prefix = subject.empty() ? "" : subject + ": ";
-    std::fflush(stdout);
-    kestu_error_clear(kestu_error_handle(err, print_line, prefix.data()));
+    if (tells_chains_)
+        kestu_error_handle(err, print_line, prefix.data());
+    else
+        say(prefix + cause_of(err));
+    kestu_error_clear(err);
     fail();
     return false;
 }
 
 void Outcome::fail(const std::string &message) {
-    std::fflush(stdout);
-    std::fprintf(stderr, "kestu: %s\n", message.c_str());
+    say(message);
     fail();
 }
 
@@ -71,16 +200,11 @@ int run(const std::vector<std::string> &arguments) {
     Outcome outcome;
     CLI::App app(description);
     set_up(app, outcome);
-    add_version_everywhere(app, app.version());
-    try {
-        // The parser takes its arguments from the back.
-        app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
-    } catch (const CLI::ParseError &error) {
-        return app.exit(error) == 0 ? exit_ok : exit_usage;
-    }
-    std::cout.flush();
+    parse(app, arguments, outcome);
+    errno = 0;
     if (std::fflush(stdout) != 0 || std::ferror(stdout))
-        outcome.fail("standard output cannot be written");
+        outcome.fail(std::string("standard output: cannot write") +
+                     (errno ? std::string(": ") + std::strerror(errno) : ""));
     return outcome.status();
 }
 

@@ -13,14 +13,18 @@ namespace program {
 
 enum ExitStatus { exit_ok = 0, exit_failure = 1, exit_usage = 2 };
 
+// Says something on standard error, in one line behind the program's name.
+void say(const std::string &message);
+
 // What one run of the program has come to. Commands lower it; it never improves.
 class Outcome {
   public:
-    // True on success. A failure is printed on standard error, one line for each element of the
-    // chain behind the program's name and `subject` (a file, or empty), and released.
+    // True on success. A failure is told behind `subject` (a file, or empty), and released: its
+    // cause in one line, or all lines of the chain.
     bool ok(kestu_error_t *err, const std::string &subject = "");
+    void tell_chains() { tells_chains_ = true; }
 
-    // Says on standard error what went wrong where there is no chain.
+    // Says what went wrong where there is no chain.
     void fail(const std::string &message);
 
     // A failure that somebody else has told about.
@@ -31,6 +35,7 @@ class Outcome {
 
   private:
     int exit_status_ = exit_ok;
+    bool tells_chains_ = false;
 };
 
 // Runs the command that the arguments (without the program's name) name and returns the exit

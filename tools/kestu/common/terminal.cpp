@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <optional>
 #include <string_view>
 
 #include <sys/ioctl.h>
@@ -10,14 +11,16 @@
 namespace program {
 namespace {
 
+std::optional<bool> chosen_colour;
+
 std::string_view variable(const char *name) {
     const char *value = std::getenv(name);
     return value ? value : "";
 }
 
-int output_width() {
+int width_of(int stream) {
     winsize size{};
-    if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0)
+    if (ioctl(stream, TIOCGWINSZ, &size) == 0 && size.ws_col > 0)
         return size.ws_col;
     const int columns = std::atoi(std::string(variable("COLUMNS")).c_str());
     return columns > 0 ? columns : 80;
@@ -31,13 +34,40 @@ bool locale_is_utf8() {
     return false;
 }
 
+bool shows_colour(int stream) {
+    return isatty(stream) != 0 && variable("NO_COLOR").empty() && variable("TERM") != "dumb";
+}
+
+std::string between(const char *code, const std::string &what, const Look &look) {
+    return look.colour ? code + what + "\033[0m" : what;
+}
+
 } // namespace
 
-Look look_of_output() {
-    const bool terminal = isatty(STDOUT_FILENO) != 0;
-    return {.width = output_width(),
+Look look_of(int stream) {
+    return {.width = width_of(stream),
             .unicode = locale_is_utf8(),
-            .colour = terminal && variable("NO_COLOR").empty() && variable("TERM") != "dumb"};
+            .colour = chosen_colour ? *chosen_colour : shows_colour(stream)};
+}
+
+Look look_of_output() {
+    return look_of(STDOUT_FILENO);
+}
+
+void choose_colour(const std::string &when) {
+    chosen_colour = when == "auto" ? std::nullopt : std::optional(when == "always");
+}
+
+std::string bold(const std::string &what, const Look &look) {
+    return between("\033[1m", what, look);
+}
+
+std::string alarming(const std::string &what, const Look &look) {
+    return between("\033[1;31m", what, look);
+}
+
+std::string reassuring(const std::string &what, const Look &look) {
+    return between("\033[32m", what, look);
 }
 
 } // namespace program

@@ -1,15 +1,16 @@
 // `kestu cpu` and `kestu host`
+#include "common/input_file.hpp"
 #include "common/terminal.hpp"
 #include "common/text.hpp"
+#include "common/values.hpp"
 #include "cpu/cpu.hpp"
 #include "cpu/host.hpp"
 #include "machines/replay.hpp"
 #include "program.hpp"
 
 #include <cerrno>
-#include <cstdio>
-#include <cstring>
 #include <fstream>
+#include <iostream>
 #include <memory>
 #include <optional>
 
@@ -26,7 +27,8 @@ struct CpuOptions {
 
 std::optional<machines::RecordedMachine> load(const std::string &path, Outcome &outcome) {
     errno = 0;
-    std::ifstream in(path);
+    std::ifstream file(path);
+    std::istream &in = path == "-" ? std::cin : file;
     std::string failure;
     try {
         machines::RecordedMachine machine = machines::read_leaf_tables(in);
@@ -36,9 +38,11 @@ std::optional<machines::RecordedMachine> load(const std::string &path, Outcome &
         failure = error.what();
     }
     // A file that cannot be opened or read looks like an empty one.
-    if (!in.is_open() || in.bad())
-        failure = std::string("cannot be read: ") + std::strerror(errno);
-    outcome.fail(printable(path.c_str()) + ": " + failure);
+    if (&in == &file && !file.is_open())
+        failure = failed_to("open");
+    else if (in.bad())
+        failure = failed_to("read");
+    outcome.fail(name_of_input(path) + ": " + failure);
     return std::nullopt;
 }
 
@@ -48,7 +52,7 @@ void show(const CpuOptions &options, Outcome &outcome) {
     cpu->record.measure = options.measure;
     kestu_error_t *err = detect(*cpu);
     const int code = err ? err->code : 0;
-    if (!outcome.ok(err, printable(options.file.c_str()))) {
+    if (!outcome.ok(err, name_of_input(options.file))) {
         if (const std::string help = explain(code); !help.empty())
             outcome.fail(help);
         return;
@@ -75,11 +79,16 @@ void add_cpu(CLI::App &app, Outcome &outcome) {
     command->add_flag("--json", options->json, "Print JSON");
     CLI::Option *measure =
         command->add_flag("--measure", options->measure, "Measure the clock rate");
-    command->add_option("--from", options->file, "Describe a recorded machine instead")
+    command
+        ->add_option("--from", options->file,
+                     "Describe a recorded machine instead; - is standard input")
         ->type_name("FILE")
         ->excludes(measure);
-    command->add_option("--width", options->width, "Columns of the page (the terminal's width)")
-        ->check(CLI::Range(40, 1000));
+    command
+        ->add_option("--width", options->width,
+                     "Columns of the page, 40 to 1000 [default: the terminal's width]")
+        ->type_name("COLUMNS")
+        ->check(whole_number(40, 1000));
     command->add_flag("--ascii", options->ascii, "Draw with ASCII characters");
     command->callback([options, &outcome] { run_cpu(*options, outcome); });
 }

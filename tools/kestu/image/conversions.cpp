@@ -1,7 +1,9 @@
 // `kestu image density`, `fuji` and `mask`: conversions of every pixel, written as pictures.
+#include "common/input_file.hpp"
 #include "common/new_file.hpp"
 #include "common/progress.hpp"
 #include "common/text.hpp"
+#include "common/values.hpp"
 #include "image/commands.hpp"
 #include "image/image.hpp"
 
@@ -86,7 +88,7 @@ kestu_error_t *write_scaled(Image &image, const Values &values, const Conversion
             maximum = std::max(maximum, values[level]);
         }
     if (!std::isfinite(maximum))
-        return refusal("The values are too large for a picture.");
+        return in_words("the values are too large for a picture");
     constexpr double largest = 65535;
     std::vector<uint16_t> table(values.size());
     if (minimum < maximum)
@@ -103,9 +105,9 @@ kestu_error_t *write_scaled(Image &image, const Values &values, const Conversion
             return err;
     map_pixels(image.record, picture.data16, table);
     picture.photometric = 0;
-    said =
-        text("%s: levels 0 to %d stand for %.6g to %.6g\n", printable(options.out.c_str()).c_str(),
-             minimum < maximum ? 65535 : 0, minimum, maximum);
+    said = text("%s: levels 0 to %d stand for %.6g to %.6g\n",
+                printable(name_of_output(options.out).c_str()).c_str(),
+                minimum < maximum ? 65535 : 0, minimum, maximum);
     return write_new_file(
         options.out, [&](const char *partial) { return kestu_img_write_tiff(partial, &picture); });
 }
@@ -131,8 +133,8 @@ kestu_error_t *write_mask(Image &image, const Values &values, const ConversionOp
             return err;
     map_pixels(image.record, picture.data8, table);
     picture.photometric = 1;
-    said = text("%s: %'llu of %'llu pixels are data\n", printable(options.out.c_str()).c_str(),
-                bright, pixels);
+    said = text("%s: %'llu of %'llu pixels are data\n",
+                printable(name_of_output(options.out).c_str()).c_str(), bright, pixels);
     return write_new_file(
         options.out, [&](const char *partial) { return kestu_img_write_tiff(partial, &picture); });
 }
@@ -175,16 +177,17 @@ void run(const Conversion &conversion, const ConversionOptions &options, Outcome
     Progress progress(std::string("kestu image ") + conversion.name, 3);
     Image image;
     Values values;
-    if (!progress.ok(kestu_img_read(options.path.c_str(), &image.record), options.path, outcome))
+    if (!progress.ok(read_image(options.path, image), name_of_input(options.path), outcome))
         return;
     progress.advance();
-    if (!progress.ok(convert_levels(conversion, image.record, options, values), options.path,
-                     outcome))
+    if (!progress.ok(convert_levels(conversion, image.record, options, values),
+                     name_of_input(options.path), outcome))
         return;
     progress.advance();
     std::string said;
-    if (progress.ok(conversion.write(image, values, options, said), options.out, outcome))
-        progress.aside([&] { print(said); });
+    if (progress.ok(conversion.write(image, values, options, said), name_of_output(options.out),
+                    outcome))
+        progress.aside([&] { print_about(options.out, said); });
 }
 
 struct Added {
@@ -195,23 +198,28 @@ struct Added {
 Added add(CLI::App &image, const Conversion &conversion, Outcome &outcome) {
     CLI::App *command = image.add_subcommand(conversion.name, conversion.description);
     auto options = std::make_shared<ConversionOptions>();
-    command->add_option("FILE", options->path, "TIFF file")->required();
-    command->add_option("OUT", options->out, "TIFF file to be made")->required();
+    command->add_option("FILE", options->path, "TIFF file; - is standard input")->required();
+    command->add_option("OUT", options->out, "TIFF file to be made; - is standard output")
+        ->required();
     command->callback([&conversion, options, &outcome] { run(conversion, *options, outcome); });
     return {command, options};
 }
 
 void add_density_options(const Added &added) {
-    added.command->add_option("--saturated", added.options->saturated,
-                              "Density of pixels at the top level and of infinite ones (the "
-                              "largest that the depth can show)");
+    added.command
+        ->add_option("--saturated", added.options->saturated,
+                     "Density of pixels at the top level and of infinite ones [default: the "
+                     "largest that the depth can show]")
+        ->type_name("DENSITY")
+        ->check(number());
 }
 
 void add_fuji_options(const Added &added) {
     const auto positive = [&](const char *name, double &value, const char *description) {
         added.command->add_option(name, value, description)
             ->capture_default_str()
-            ->check(CLI::PositiveNumber);
+            ->type_name("NUMBER")
+            ->check(positive_number());
     };
     positive("--resolution", added.options->resolution, "Size of a pixel in micrometres");
     positive("--sensitivity", added.options->sensitivity, "Sensitivity of the scan");

@@ -1,6 +1,8 @@
 // `kestu image draw`: circles and ellipses in pictures.
+#include "common/input_file.hpp"
 #include "common/new_file.hpp"
 #include "common/text.hpp"
+#include "common/values.hpp"
 #include "image/commands.hpp"
 #include "image/image.hpp"
 
@@ -13,6 +15,8 @@
 
 namespace program {
 namespace {
+
+const std::vector<std::string> depths = {"8", "16"};
 
 struct DrawOptions {
     std::array<double, 4> at{}; // what the shape takes, in its order
@@ -100,19 +104,19 @@ struct Canvas {
     }
 };
 
-kestu_error_t *open_picture(const DrawOptions &options, kestu_img_t &image) {
+kestu_error_t *open_picture(const DrawOptions &options, Image &image) {
     if (options.on.empty())
-        return make_black(image, options.size[0], options.size[1], options.bits);
+        return make_black(image.record, options.size[0], options.size[1], options.bits);
     double unused = 0;
-    if (kestu_error_t *err = kestu_img_read(options.on.c_str(), &image))
+    if (kestu_error_t *err = read_image(options.on, image))
         return err;
-    return kestu_img_entropy(&image, &unused); // refuses what is not grayscale
+    return kestu_img_entropy(&image.record, &unused); // refuses what is not grayscale
 }
 
 void draw(const Shape &shape, const DrawOptions &options, Outcome &outcome) {
     Image image;
     kestu_img_t &record = image.record;
-    if (!outcome.ok(open_picture(options, record), options.on))
+    if (!outcome.ok(open_picture(options, image), name_of_input(options.on)))
         return;
     const int largest = record.bits[0] == 8 ? 255 : 65535;
     if (options.level.value_or(0) > largest)
@@ -122,7 +126,7 @@ void draw(const Shape &shape, const DrawOptions &options, Outcome &outcome) {
         outcome.ok(write_new_file(
                        options.out,
                        [&](const char *partial) { return kestu_img_write_tiff(partial, &record); }),
-                   options.out);
+                   name_of_output(options.out));
 }
 
 // Only wide shapes take any numbers; they round.
@@ -140,26 +144,33 @@ void add_shape(CLI::App &draw_command, const Shape &shape, Outcome &outcome) {
     auto options = std::make_shared<DrawOptions>();
     for (size_t i = 0; i < shape.arguments.size(); ++i)
         command->add_option(shape.arguments[i].name, options->at[i], shape.arguments[i].description)
-            ->required();
-    command->add_option("OUT", options->out, "TIFF file to be made")->required();
+            ->required()
+            ->check(number());
+    command->add_option("OUT", options->out, "TIFF file to be made; - is standard output")
+        ->required();
     CLI::Option *smooth =
         command->add_flag("--aa", options->smooth, "Cover the pixels at the edge in part");
     command->add_option("--width", options->width, "The same, with a line of this many pixels")
         ->excludes(smooth)
-        ->check(CLI::NonNegativeNumber);
+        ->type_name("PIXELS")
+        ->check(not_negative_number());
     CLI::Option *size = command->add_option("--size", options->size, "Size of the black picture")
-                            ->capture_default_str()
+                            ->default_str("256 256")
                             ->type_name("WIDTH HEIGHT")
                             ->expected(2)
-                            ->check(CLI::Range(1, 65535));
+                            ->check(whole_number(1, 65535));
     CLI::Option *bits = command->add_option("--bits", options->bits, "Depth of the black picture")
                             ->capture_default_str()
-                            ->check(CLI::IsMember({8, 16}));
+                            ->type_name(alternatives(depths))
+                            ->check(one_of(depths));
     command->add_option("--on", options->on, "Draw on a copy of this TIFF file instead")
+        ->type_name("FILE")
         ->excludes(size)
         ->excludes(bits);
-    command->add_option("--level", options->level, "Gray level of the line (the largest one)")
-        ->check(CLI::Range(0, 65535));
+    command
+        ->add_option("--level", options->level, "Gray level of the line [default: the largest one]")
+        ->type_name("LEVEL")
+        ->check(whole_number(0, 65535));
     command->callback([&shape, options, &outcome] {
         check_numbers(shape, *options);
         draw(shape, *options, outcome);

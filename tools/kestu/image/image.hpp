@@ -25,8 +25,8 @@ class Image {
     kestu_img_t record{};
 };
 
-// A failure without a code and a place in the source.
-kestu_error_t *refusal(const char *message);
+// Reads the image at `path`, or of standard input for "-". A failure is told in words that help.
+kestu_error_t *read_image(const std::string &path, Image &image);
 
 // Makes `image` a black picture, black is zero, of 8 or 16 bits.
 kestu_error_t *make_black(kestu_img_t &image, int width, int height, int bits);

@@ -1,4 +1,5 @@
 // `kestu image stats`: what is measured of images, a row for each.
+#include "common/input_file.hpp"
 #include "common/json.hpp"
 #include "common/progress.hpp"
 #include "common/text.hpp"
@@ -44,7 +45,7 @@ void add_moments(Statistics &statistics, std::span<const uint64_t> levels) {
 
 kestu_error_t *measure(Statistics &statistics) {
     Image image;
-    if (kestu_error_t *err = kestu_img_read(statistics.path.c_str(), &image.record))
+    if (kestu_error_t *err = read_image(statistics.path, image))
         return err;
     Histogram histogram;
     if (kestu_error_t *err = histogram.measure(image.record))
@@ -62,10 +63,14 @@ kestu_error_t *measure(Statistics &statistics) {
 using Row = std::vector<std::string>;
 
 Row row_of(const Statistics &s) {
-    return {printable(s.path.c_str()), text("%d x %d", s.width, s.height),
-            text("%d", s.bits),        text("%zu", s.minimum),
-            text("%zu", s.maximum),    text("%.3f", s.mean),
-            text("%.3f", s.deviation), text("%.2f", s.threshold),
+    return {printable(name_of_input(s.path).c_str()),
+            text("%d x %d", s.width, s.height),
+            text("%d", s.bits),
+            text("%zu", s.minimum),
+            text("%zu", s.maximum),
+            text("%.3f", s.mean),
+            text("%.3f", s.deviation),
+            text("%.2f", s.threshold),
             text("%.4f", s.entropy)};
 }
 
@@ -126,7 +131,7 @@ void stats(const StatsOptions &options, Outcome &outcome) {
         Progress progress("kestu image stats", options.paths.size());
         for (const std::string &path : options.paths) {
             Statistics statistics{.path = path};
-            if (progress.ok(measure(statistics), path, outcome))
+            if (progress.ok(measure(statistics), name_of_input(path), outcome))
                 all.push_back(statistics);
             progress.advance();
         }
@@ -140,7 +145,7 @@ void add_stats(CLI::App &image, Outcome &outcome) {
     CLI::App *command =
         image.add_subcommand("stats", "Measure TIFF files: a table with a row for each");
     auto options = std::make_shared<StatsOptions>();
-    command->add_option("FILE", options->paths, "TIFF files")->required();
+    command->add_option("FILE", options->paths, "TIFF files; - is standard input")->required();
     command->add_flag("--json", options->json, "Print a JSON array; files that fail are left out");
     command->callback([options, &outcome] { stats(*options, outcome); });
 }

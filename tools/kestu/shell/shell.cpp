@@ -31,6 +31,7 @@ bool is_own(const std::string &name) {
 
 std::vector<Command> all_commands() {
     std::vector<Command> all = commands();
+    std::erase_if(all, [](const Command &command) { return is_own(command.name); });
     for (const auto &[name, description] : own_commands)
         all.push_back({name, description});
     return all;

@@ -1,5 +1,6 @@
 // `kestu base`: integers in other bases.
 #include "common/text.hpp"
+#include "common/values.hpp"
 #include "program.hpp"
 
 #include "kestu_escape.h"
@@ -37,12 +38,15 @@ void convert(const BaseOptions &options, const std::string &digits, Outcome &out
 void add_base_command(CLI::App &app, Outcome &outcome) {
     CLI::App *command = app.add_subcommand("base", "Write integers in another base");
     auto options = std::make_shared<BaseOptions>();
-    const CLI::Range bases(lowest_base, highest_base);
+    const CLI::Validator bases = whole_number(lowest_base, highest_base);
     command->add_option("N", options->to, "Base of the results, with the digits 0-9, A-Z, a-z")
         ->required()
         ->check(bases);
     command->add_option("VALUE", options->values, "Integers of 64 bits")->required();
-    command->add_option("--from", options->from, "Base of the values (10)")->check(bases);
+    command->add_option("--from", options->from, "Base of the values")
+        ->capture_default_str()
+        ->type_name("BASE")
+        ->check(bases);
     command->callback([options, &outcome] {
         for (const std::string &value : options->values)
             convert(*options, value, outcome);
