@@ -77,6 +77,7 @@ if(KESTU_BUILD_PROGRAM)
   list(APPEND parts
     "libkestu|${PROJECT_VERSION}|libkestu.so.1"
     "libkestu_tiff|${PROJECT_VERSION}|libkestu_tiff.so.1"
+    "libpng|${LIBPNG_VERSION}|libpng16.so.16"
     "CLI11|${CLI11_VERSION}|"
     "nlohmann_json|${nlohmann_json_VERSION}|"
     "libstdc++|${CMAKE_CXX_COMPILER_VERSION}|libstdc++.so.6 libgcc_s.so.1")

@@ -3,12 +3,14 @@
 #include <algorithm>
 #include <cstring>
 
+#include <sys/uio.h>
 #include <unistd.h>
 
 namespace kestu::tiff {
 namespace {
 
 constexpr uint64_t direct_bytes = 256 << 10; // stays in the processor's cache
+constexpr uint32_t rows_at_once = 64;        // that a call of the system fills
 constexpr uint64_t strip_bytes = 8 << 20;    // above, strips are decoded row by row
 
 // Reads what there is of `size` bytes.
@@ -144,6 +146,34 @@ kestu_error_t *Bands::load_direct(uint32_t row) {
     }
     end_ = row + rows;
     return settle(whole, "The file ends within its samples.", uint64_t{rows} * page.width);
+}
+
+kestu_error_t *Bands::read_into(uint32_t first, void *const *rows, uint32_t &count) {
+    const Page &page = *page_;
+    const uint32_t in_strip = first % page.block_height;
+    iovec segments[rows_at_once];
+    count = std::min({count, rows_at_once, page.block_height - in_strip});
+    for (uint32_t i = 0; i < count; ++i)
+        segments[i] = {rows[i], page.row_bytes};
+    const uint64_t at =
+        TIFFGetStrileOffset(handle_->tiff(), first / page.block_height) + in_strip * page.row_bytes;
+    const ssize_t moved =
+        preadv(handle_->fd(), segments, static_cast<int>(count), static_cast<off_t>(at));
+    if (moved <= 0)
+        return KESTU_TIFF_FAIL(KESTU_ERR_INCOMPLETE_DATA, nullptr,
+                               "The file ends within its samples.");
+    if (static_cast<uint64_t>(moved) < page.row_bytes) { // a row in pieces
+        count = 1;
+        auto *row = static_cast<uint8_t *>(rows[0]);
+        const auto done = static_cast<uint64_t>(moved);
+        if (read_at(handle_->fd(), row + done, page.row_bytes - done, at + done) <
+            page.row_bytes - done)
+            return KESTU_TIFF_FAIL(KESTU_ERR_INCOMPLETE_DATA, nullptr,
+                                   "The file ends within its samples.");
+        return nullptr;
+    }
+    count = static_cast<uint32_t>(static_cast<uint64_t>(moved) / page.row_bytes);
+    return nullptr;
 }
 
 kestu_error_t *Bands::load_strip(uint32_t row) {

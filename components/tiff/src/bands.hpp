@@ -13,6 +13,10 @@ class Bands {
     // Finds the row after the last one that was asked for, or the row 0.
     [[nodiscard]] kestu_error_t *find(uint32_t row, RawRow &out);
 
+    // Reads rows of a direct page straight to their places: from `first` on, as many as are given
+    // and stand together in the file; `count` becomes their number.
+    [[nodiscard]] kestu_error_t *read_into(uint32_t first, void *const *rows, uint32_t &count);
+
   private:
     [[nodiscard]] kestu_error_t *check_strips();
     [[nodiscard]] kestu_error_t *load(uint32_t row);

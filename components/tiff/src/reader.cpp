@@ -99,6 +99,12 @@ void Reader::turned_row(uint32_t row, void *out) const {
         gather<uint16_t>(page_.info, page_, turned_.data(), row, out);
 }
 
+bool Reader::reads_in_place() const {
+    const bool swapped = page_.info.levels == 16 && TIFFIsByteSwapped(handle_.tiff()) != 0;
+    return page_.direct && levels_.copies() && !swapped && page_.info.orientation == 1 &&
+           !page_.lenient;
+}
+
 kestu_error_t *Reader::row(void *out) {
     const uint32_t row = next_;
     next_ = row + 1 == page_.info.height ? 0 : row + 1;
@@ -162,10 +168,27 @@ kestu_error_t *read_rows(Reader &reader, kestu_img_t &img, Level **&rows) {
     const auto height = static_cast<size_t>(img.height);
     if (kestu_error_t *err = kestu_mem_calloc(height, sizeof *rows, &rows))
         return err;
-    for (size_t r = 0; r < height; ++r) {
-        kestu_error_t *err = kestu_mem_malloc(reader.row_bytes(), &rows[r]);
-        if (err || (err = reader.row(rows[r])))
-            return err;
+    constexpr size_t most = 64; // rows that are made before they are read
+    for (size_t r = 0; r < height;) {
+        const size_t made = std::min(most, height - r);
+        for (size_t i = 0; i < made; ++i)
+            if (kestu_error_t *err = kestu_mem_malloc(reader.row_bytes(), &rows[r + i]))
+                return err;
+        for (const size_t end = r + made; r < end;) {
+            auto count = static_cast<uint32_t>(end - r);
+            kestu_error_t *err = nullptr;
+            if (reader.reads_in_place()) {
+                void *places[most];
+                std::copy_n(rows + r, count, places);
+                err = reader.read_into(static_cast<uint32_t>(r), places, count);
+            } else {
+                err = reader.row(rows[r]);
+                count = 1;
+            }
+            if (err)
+                return err;
+            r += count;
+        }
     }
     return nullptr;
 }

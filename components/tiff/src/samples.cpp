@@ -42,6 +42,13 @@ void look_up(const uint32_t *values, uint32_t count, const uint16_t *table, Numb
         out[c] = static_cast<Number>(table[values[c]]);
 }
 
+// The weights of the luma as 16-bit fractions, whose sum is 1.
+void store_luma_of_bytes(const uint8_t *from, uint64_t step, uint32_t count, uint8_t *out) {
+    for (uint32_t c = 0; c < count; ++c, from += step)
+        out[c] = static_cast<uint8_t>(
+            (19595U * from[0] + 38470U * from[1] + 7471U * from[2] + 32768) >> 16);
+}
+
 } // namespace
 
 double Levels::full_scale() const {
@@ -68,10 +75,9 @@ kestu_error_t *Levels::open(Page &page) {
         sign_ = (largest + 1) / 2;
         info.offset = -static_cast<double>(sign_);
     }
-    copied_ = page.colour == Colour::gray && info.samples == 1 && sign_ == 0 &&
+    copied_ = page.colour == Colour::gray && (info.samples == 1 || page.apart()) && sign_ == 0 &&
               (info.bits == 8 || info.bits == 16);
-    copied_ |= page.colour == Colour::gray && page.apart() && sign_ == 0 &&
-               (info.bits == 8 || info.bits == 16);
+    luma_of_bytes_ = page.colour == Colour::rgb && info.bits == 8 && sign_ == 0 && !page.apart();
     if (page.colour != Colour::palette)
         info.factor = static_cast<double>(largest) / full_scale();
     const bool computed = info.bits > 16 || page.colour == Colour::rgb;
@@ -155,7 +161,10 @@ void Levels::store_floats(void *out) const {
 }
 
 void Levels::convert(const RawRow &row, void *out) {
-    if (copied_) {
+    if (luma_of_bytes_) {
+        store_luma_of_bytes(row.planes[0], static_cast<uint64_t>(page_->info.samples), page_->width,
+                            static_cast<uint8_t *>(out));
+    } else if (copied_) {
         std::memcpy(out, row.planes[0], page_->width * page_->level_bytes());
     } else if (!floats_) {
         store_integers(row, out);

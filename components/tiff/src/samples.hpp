@@ -17,6 +17,8 @@ class Levels {
     // Stores the levels of a row: bytes, or uint16_t.
     void convert(const RawRow &row, void *out);
 
+    bool copies() const { return copied_; }
+
     // Floats are stretched between the least and the largest of the values that were looked at.
     bool stretches() const { return floats_; }
     void look_at(const RawRow &row);
@@ -33,7 +35,8 @@ class Levels {
     const Page *page_ = nullptr;
     bool floats_ = false;
     bool copied_ = false; // samples are levels
-    uint64_t sign_ = 0;   // of signed samples, which becomes a value
+    bool luma_of_bytes_ = false;
+    uint64_t sign_ = 0; // of signed samples, which becomes a value
     double least_ = 0, largest_ = 0;
     bool any_ = false;
     Block values_; // of up to three channels of a row, as numbers of 32 bits or as doubles

@@ -3,11 +3,11 @@
 #include "common/input_file.hpp"
 #include "common/new_file.hpp"
 #include "common/text.hpp"
-#include "common/values.hpp"
 
 #include "kestu_tiff.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstdio>
 
 #include <sys/stat.h>
@@ -34,7 +34,8 @@ class TiffWriter : public PictureWriter {
 
 bool ends_in_png(const std::string &path) {
     std::string end = path.substr(path.size() - std::min<size_t>(path.size(), 4));
-    std::transform(end.begin(), end.end(), end.begin(), [](unsigned char c) { return std::tolower(c); });
+    std::transform(end.begin(), end.end(), end.begin(),
+                   [](unsigned char c) { return std::tolower(c); });
     return end == ".png";
 }
 
@@ -57,7 +58,8 @@ kestu_error_t *write_to(const char *partial, bool png, const kestu_img_t &form,
 using Stream = std::unique_ptr<FILE, int (*)(FILE *)>;
 
 // Writers go back in what they write, which devices and pipes do not allow: these get a copy.
-kestu_error_t *write_copy(const char *device, const std::function<kestu_error_t *(const char *)> &write) {
+kestu_error_t *write_copy(const char *device,
+                          const std::function<kestu_error_t *(const char *)> &write) {
     const Stream kept(std::tmpfile(), std::fclose);
     if (!kept)
         return in_words(failed_to("write"));
@@ -100,26 +102,11 @@ kestu_error_t *write_picture(const std::string &path, const kestu_img_t &image,
                              const PictureOptions &options) {
     return write_picture(path, image, options, [&](PictureWriter &writer) -> kestu_error_t * {
         for (int r = 0; r < image.height; ++r)
-            if (kestu_error_t *err = writer.put(image.data8 ? static_cast<const void *>(image.data8[r])
-                                                            : image.data16[r]))
+            if (kestu_error_t *err = writer.put(
+                    image.data8 ? static_cast<const void *>(image.data8[r]) : image.data16[r]))
                 return err;
         return nullptr;
     });
-}
-
-void add_force(CLI::App &command, bool &force) {
-    command.add_flag("--force", force, "Replace files that are there, the one that is read too");
-}
-
-void add_picture_options(CLI::App &command, PictureOptions &options) {
-    static const std::vector<std::string> ways = {"none", "deflate"};
-    command.add_option("--compress", options.compress, "Compression of TIFF files")
-        ->capture_default_str()
-        ->type_name(alternatives(ways))
-        ->check(one_of(ways));
-    command.add_option("--description", options.description, "What the picture says of itself")
-        ->type_name("TEXT");
-    add_force(command, options.force);
 }
 
 } // namespace program

@@ -1,8 +1,6 @@
 // Pictures that the program makes, written row by row.
 #pragma once
 
-#include "program.hpp"
-
 #include "kestu_img.h"
 
 #include <functional>
@@ -43,9 +41,5 @@ kestu_error_t *check_new(const std::string &path, bool force);
 // A PNG file that is written; null, with the error stored, when it cannot be.
 std::unique_ptr<PictureWriter> create_png(const char *path, const kestu_img_t &form,
                                           const PictureOptions &options, kestu_error_t **err);
-
-// Adds --compress, --description and --force.
-void add_picture_options(CLI::App &command, PictureOptions &options);
-void add_force(CLI::App &command, bool &force);
 
 } // namespace program

@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <utility>
 #include <vector>
 
 namespace program {
@@ -129,10 +130,11 @@ class PngSource : public Source {
         auto *levels = static_cast<Sample *>(to);
         for (int c = 0; c < width(); ++c, from += channels_ * sizeof(Sample)) {
             std::memcpy(pixel.data(), from, channels_ * sizeof(Sample));
-            levels[c] = channels_ < 3 ? pixel[0]
-                                      : static_cast<Sample>((299U * pixel[0] + 587U * pixel[1] +
-                                                             114U * pixel[2] + 500) /
-                                                            1000);
+            levels[c] =
+                channels_ < 3
+                    ? pixel[0]
+                    : static_cast<Sample>(
+                          (299U * pixel[0] + 587U * pixel[1] + 114U * pixel[2] + 500) / 1000);
         }
     }
     void convert(const uint8_t *from, void *to) const {

@@ -55,8 +55,8 @@ class TiffSource : public Source {
         add(info.photometric == 3, "palette to luma");
         add(info.photometric == 2 || info.photometric == 6, "colours to luma");
         add(info.photometric > 4 && info.photometric != 6, "displayed colours to luma");
-        add(info.ignored > 0, counted(static_cast<unsigned>(info.ignored), "extra sample") +
-                                  " (alpha) left out");
+        add(info.ignored > 0,
+            counted(static_cast<unsigned>(info.ignored), "extra sample") + " (alpha) left out");
         add(info.orientation > 1, "turned upright");
         return how;
     }
@@ -121,22 +121,24 @@ kestu_error_t *in_words_for_pictures(kestu_error_t *err) {
 
 } // namespace
 
+kestu_error_t *with_readable(const char *readable, uint32_t page, const UseSource &use) {
+    kestu_error_t *err = nullptr;
+    const auto source =
+        begins_as_png(readable) ? open_png(readable, &err) : open_tiff(readable, page, &err);
+    if (source && page > 1 && !source->info())
+        return in_words(text("there is no page %u: the file has 1", page));
+    return source ? use(*source) : in_words_for_pictures(err);
+}
+
 kestu_error_t *with_source(const std::string &path, uint32_t page, const UseSource &use) {
-    return read_file(path, [&](const char *readable) -> kestu_error_t * {
-        kestu_error_t *err = nullptr;
-        const auto source = begins_as_png(readable) ? open_png(readable, &err)
-                                                    : open_tiff(readable, page, &err);
-        if (source && page > 1 && !source->info())
-            return in_words(text("there is no page %u: the file has 1", page));
-        return source ? use(*source) : in_words_for_pictures(err);
-    });
+    return read_file(path,
+                     [&](const char *readable) { return with_readable(readable, page, use); });
 }
 
 kestu_error_t *read_picture(const std::string &path, uint32_t page, Image &image) {
     return with_source(path, page, [&](Source &source) -> kestu_error_t * {
         kestu_img_t &record = image.record;
-        if (kestu_error_t *err =
-                make_black(record, source.width(), source.height(), source.bits()))
+        if (kestu_error_t *err = make_black(record, source.width(), source.height(), source.bits()))
             return err;
         record.photometric = source.form().photometric;
         record.xres = source.form().xres;

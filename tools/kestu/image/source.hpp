@@ -24,7 +24,9 @@ class Source {
     int width() const { return form_.width; }
     int height() const { return form_.height; }
     int bits() const { return form_.bits[0]; }
-    size_t row_bytes() const { return static_cast<size_t>(width()) * static_cast<size_t>(bits() / 8); }
+    size_t row_bytes() const {
+        return static_cast<size_t>(width()) * static_cast<size_t>(bits() / 8);
+    }
     size_t levels() const { return size_t{1} << bits(); }
 
     // Of TIFF files that libtiff reads; null for others.
@@ -46,6 +48,9 @@ using UseSource = std::function<kestu_error_t *(Source &source)>;
 // Opens the picture at `path`, or on standard input for "-", and hands it to `use`. Of TIFF files
 // `page` is taken. Failures are told in words that help.
 kestu_error_t *with_source(const std::string &path, uint32_t page, const UseSource &use);
+
+// The same for a file whose name read_file has given.
+kestu_error_t *with_readable(const char *readable, uint32_t page, const UseSource &use);
 
 // Reads all of a picture into a record.
 kestu_error_t *read_picture(const std::string &path, uint32_t page, Image &image);
