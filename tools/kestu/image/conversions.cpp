@@ -22,6 +22,7 @@ namespace {
 struct ConversionOptions {
     Batch batch;        // FILE... and OUT, unless a folder is named
     std::string folder; // --to
+    bool png = false;   // there
     PictureOptions picture;
     uint32_t page = 1;
     bool invert = false;
@@ -236,9 +237,26 @@ struct Converted {
 
 // In a folder, pictures keep the names of their files.
 std::string output_for(const std::string &path, const ConversionOptions &options) {
-    const std::string name =
-        path == "-" ? "standard-input.tif" : std::filesystem::path(path).filename().string();
+    std::filesystem::path name = std::filesystem::path(path).filename();
+    if (path == "-")
+        name = "standard-input.tif";
+    if (options.png)
+        name.replace_extension(".png");
     return (std::filesystem::path(options.folder) / name).string();
+}
+
+// False, and the outcome told, when there is no folder or two pictures would have one name.
+bool prepare_folder(const ConversionOptions &options, std::vector<std::string> outs,
+                    Outcome &outcome) {
+    std::error_code failure;
+    std::filesystem::create_directories(options.folder, failure);
+    if (failure)
+        outcome.fail(options.folder + ": " + failure.message());
+    std::sort(outs.begin(), outs.end());
+    const auto twice = std::adjacent_find(outs.begin(), outs.end());
+    if (twice != outs.end())
+        outcome.fail(printable(twice->c_str()) + ": two pictures would have this name");
+    return outcome.status() == exit_ok;
 }
 
 void run(const Conversion &conversion, ConversionOptions &options, Outcome &outcome) {
@@ -255,6 +273,8 @@ void run(const Conversion &conversion, ConversionOptions &options, Outcome &outc
     }
     for (size_t i = outs.size(); i < paths.size(); ++i)
         outs.push_back(output_for(paths[i], options));
+    if (!options.folder.empty() && !prepare_folder(options, outs, outcome))
+        return;
     Progress progress(std::string("kestu image ") + conversion.name, paths.size());
     in_order<Converted>(
         paths.size(), options.batch.workers(),
@@ -283,8 +303,8 @@ CLI::App *add(CLI::App &image, const Conversion &conversion, const Shared &optio
     command->get_option("FILE")->description(
         "A picture and the file to be made (.png or TIFF; - for a stream), or pictures and --to");
     command->add_option("--to", options->folder, "Put the pictures into this folder")
-        ->type_name("FOLDER")
-        ->check(CLI::ExistingDirectory);
+        ->type_name("FOLDER");
+    command->add_flag("--png", options->png, "Make PNG files there");
     add_page_option(*command, options->page, "The page of each file [default: 1]");
     command->add_flag("--invert", options->invert, "Take white for black, and black for white");
     add_picture_options(*command, options->picture);

@@ -84,7 +84,7 @@ Row row_of(const Statistics &s, bool areas) {
     row.insert(row.end(),
                {text("%.2f", s.threshold), text("%.2f", s.otsu), text("%.4f", s.entropy)});
     if (areas)
-        row.push_back(s.area > 0 ? text("%.4g", s.area) : "-");
+        row.push_back(s.area > 0 ? text("%.6g", s.area) : "-");
     return row;
 }
 
