@@ -1,5 +1,6 @@
 #include "program.hpp"
 
+#include "common/arguments.hpp"
 #include "common/help.hpp"
 #include "common/terminal.hpp"
 #include "common/text.hpp"
@@ -14,7 +15,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <iterator>
 #include <memory>
 #include <new>
 
@@ -26,7 +26,9 @@ namespace {
 constexpr const char *description =
     "Inspect grayscale TIFF scans, processors, files and texts with libkestu.";
 
-const std::vector<std::string> colour_choices = {"auto", "always", "never"};
+using Words = std::vector<std::string>;
+
+const Words colour_choices = {"auto", "always", "never"};
 
 // What every command takes, before or after its name.
 void add_common_options(CLI::App &command, Outcome &outcome) {
@@ -44,17 +46,6 @@ void add_common_options(CLI::App &command, Outcome &outcome) {
         ->check(one_of(colour_choices));
 }
 
-// The parser would take "[a]" apart as a list; a mark in front keeps it whole.
-constexpr char mark = '\1';
-
-std::string marked(const std::string &word) {
-    return word.starts_with('[') || word.starts_with(mark) ? mark + word : word;
-}
-
-std::string unmarked(std::string word) {
-    return word.starts_with(mark) ? word.substr(1) : word;
-}
-
 // What is said twice counts as it is said last, and each name takes one value.
 void complete(CLI::App &command, Outcome &outcome) {
     for (CLI::Option *option : command.get_options()) {
@@ -66,7 +57,7 @@ void complete(CLI::App &command, Outcome &outcome) {
                 return std::string();
             },
             ""));
-        if (!option->get_positional())
+        if (!option->get_positional() && !takes_the_rest(option->get_name()))
             option->allow_extra_args(false);
         if (option->get_items_expected_max() == 1)
             option->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
@@ -79,7 +70,7 @@ void complete(CLI::App &command, Outcome &outcome) {
 }
 
 // The help of the command that the words name.
-void print_help(const CLI::App &app, const std::vector<std::string> &words, Outcome &outcome) {
+void print_help(const CLI::App &app, const Words &words, Outcome &outcome) {
     const CLI::App *command = &app;
     for (const std::string &word : words) {
         const auto found =
@@ -95,7 +86,7 @@ void print_help(const CLI::App &app, const std::vector<std::string> &words, Outc
 
 void add_help_command(CLI::App &app, Outcome &outcome) {
     CLI::App *command = app.add_subcommand("help", "Print the help of a command");
-    auto words = std::make_shared<std::vector<std::string>>();
+    auto words = std::make_shared<Words>();
     command->add_option("COMMAND", *words, "The command's name, in one word or more");
     command->callback([words, &app, &outcome] { print_help(app, *words, outcome); });
 }
@@ -114,11 +105,11 @@ void set_up(CLI::App &app, Outcome &outcome) {
     complete(app, outcome);
 }
 
-void parse(CLI::App &app, const std::vector<std::string> &arguments, Outcome &outcome) {
+void parse(CLI::App &app, const Words &arguments, Outcome &outcome) {
     try {
-        std::vector<std::string> words;
-        std::transform(arguments.rbegin(), arguments.rend(), std::back_inserter(words), marked);
-        app.parse(std::move(words)); // which takes them from the back
+        Words words = marked(arguments);
+        std::reverse(words.begin(), words.end()); // the parser takes them from the back
+        app.parse(std::move(words));
     } catch (const CLI::CallForHelp &) {
         print(help_page(chosen(app), look_of_output()));
     } catch (const CLI::CallForVersion &version) {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <cstdio>
 
 #include <sys/ioctl.h>
@@ -28,6 +29,17 @@ std::string bar(unsigned long long done, unsigned long long total) {
     const auto full = static_cast<size_t>(part * bar_cells);
     const std::string cells = std::string(full, '#') + std::string(bar_cells - full, '.');
     return text("[%s] %3d %%", cells.c_str(), static_cast<int>(part * 100));
+}
+
+// "  1:05 left", and nothing while nobody can tell.
+std::string time_left(unsigned long long done, unsigned long long total, double seconds) {
+    if (done == 0 || done >= total)
+        return "";
+    const double left = seconds * (static_cast<double>(total) / static_cast<double>(done) - 1);
+    const auto whole = static_cast<long long>(std::min(std::ceil(left), 359999.0));
+    const std::string minutes = text(whole < 3600 ? "%lld" : "%02lld", whole / 60 % 60);
+    return "  " + (whole < 3600 ? "" : text("%lld:", whole / 3600)) + minutes +
+           text(":%02lld left", whole % 60);
 }
 
 // The end of a title, in whole characters of UTF-8: a line that wraps could not be erased.
@@ -61,9 +73,11 @@ Progress::~Progress() {
 
 void Progress::aside(const std::function<void()> &say) {
     const std::lock_guard lock(terminal_);
+    const bool shares_terminal = shown_;
     erase();
     say();
-    std::fflush(stdout);
+    if (shares_terminal)
+        std::fflush(stdout);
 }
 
 bool Progress::ok(kestu_error_t *err, const std::string &subject, Outcome &outcome) {
@@ -83,10 +97,17 @@ void Progress::draw_until_stopped(const std::stop_token &stop) {
 }
 
 void Progress::draw() {
-    const std::string state = total_ > 0 ? bar(done_, total_) : counted(done_, unit_);
-    const int room = columns_of_terminal() - static_cast<int>(state.size()) - 2;
-    const std::string name = shortened(title_, static_cast<size_t>(std::max(room, 0)));
-    std::fprintf(stderr, "\r%s %s", name.c_str(), state.c_str());
+    const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - start_;
+    const unsigned long long done = done_;
+    const std::string state = total_ > 0
+                                  ? bar(done, total_) + time_left(done, total_, passed.count())
+                                  : counted(done, unit_);
+    const auto columns = static_cast<size_t>(columns_of_terminal() - 1);
+    const size_t room = columns > state.size() ? columns - state.size() - 1 : 0;
+    const std::string name = shortened(title_, room);
+    const std::string line = (name.empty() ? "" : name + " ") + state.substr(0, columns);
+    erase();
+    std::fputs(line.c_str(), stderr);
     shown_ = true;
 }
 

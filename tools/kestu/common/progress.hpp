@@ -4,6 +4,7 @@
 #include "program.hpp"
 
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <functional>
 #include <mutex>
@@ -12,7 +13,8 @@
 
 namespace program {
 
-// A bar on standard error, when that is a terminal, from the second second of a run to its end.
+// A bar on standard error, when that is a terminal, from the second second of a run to its end, with
+// the time that is left at the pace so far.
 class Progress {
   public:
     // `total` steps are to be done under the title `title`; 0 when nobody knows how many, so that
@@ -39,6 +41,7 @@ class Progress {
     const std::string title_;
     const unsigned long long total_;
     const char *const unit_;
+    const std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
     std::atomic<unsigned long long> done_ = 0;
     bool shown_ = false; // the bar, which `terminal` guards
     std::mutex terminal_;

@@ -1,5 +1,6 @@
 #include "common/usage.hpp"
 
+#include "common/arguments.hpp"
 #include "common/help.hpp"
 #include "common/nearest.hpp"
 
@@ -34,8 +35,9 @@ std::string unknown_option(const CLI::App &command, const std::string &word) {
 }
 
 // What cannot be anything to `command`.
-std::string unknown_word(const CLI::App &command, const std::string &word) {
-    if (word.size() > 1 && word[0] == '-')
+std::string unknown_word(const CLI::App &command, const std::string &parsed) {
+    const std::string word = unmarked(parsed);
+    if (parsed.size() > 1 && parsed[0] == '-')
         return unknown_option(command, word);
     if (!command.get_subcommands({}).empty())
         return unknown_command(command, word);

@@ -1,6 +1,6 @@
 #include "files/checksum.hpp"
 
-#include "common/progress.hpp"
+#include "common/input_file.hpp"
 #include "common/text.hpp"
 
 #include <cerrno>
@@ -15,14 +15,6 @@ namespace {
 
 // Fits the cache of the processor; larger reads are no faster.
 constexpr size_t buffer_size = size_t{256} * 1024;
-
-// The bytes of a regular file; 0 when nobody knows how many there are.
-unsigned long long size_of(int fd) {
-    struct stat state;
-    return fstat(fd, &state) == 0 && S_ISREG(state.st_mode)
-               ? static_cast<unsigned long long>(state.st_size)
-               : 0;
-}
 
 bool add_stream(Sum &sum, int fd, Progress &progress) {
     std::vector<unsigned char> buffer(buffer_size);
@@ -68,19 +60,29 @@ std::string Sum::digits() {
     return result;
 }
 
-std::optional<std::string> sum_of_file(const std::string &path, SumKind kind) {
+FileSum sum_of_file(const std::string &path, SumKind kind, Progress &progress) {
     const bool standard_input = path == "-";
     const int fd = standard_input ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    const bool is_missing = fd < 0 && errno == ENOENT;
     if (fd < 0)
-        return std::nullopt;
+        return {"", failed_to("open"), is_missing};
     Sum sum(kind);
-    Progress progress(path, size_of(fd), "byte");
     const bool complete = add_stream(sum, fd, progress);
-    const int reason = errno;
+    const std::string fault = complete ? "" : failed_to("read");
     if (!standard_input)
         close(fd);
-    errno = reason;
-    return complete ? std::optional(sum.digits()) : std::nullopt;
+    return {complete ? sum.digits() : "", fault, false};
+}
+
+// What cannot be read has nothing to sum.
+std::optional<unsigned long long> size_of_file(const std::string &path) {
+    struct stat state;
+    const int failed = path == "-" ? fstat(STDIN_FILENO, &state) : stat(path.c_str(), &state);
+    if (failed != 0 || S_ISDIR(state.st_mode))
+        return 0;
+    if (!S_ISREG(state.st_mode))
+        return std::nullopt;
+    return static_cast<unsigned long long>(state.st_size);
 }
 
 } // namespace program

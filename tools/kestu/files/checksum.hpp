@@ -1,6 +1,8 @@
 // Checksums of files and streams, of the kinds that the library computes.
 #pragma once
 
+#include "common/progress.hpp"
+
 #include "kestu_sum.h"
 
 #include <cstddef>
@@ -42,8 +44,17 @@ class Sum {
     uint32_t crc_ = 0;
 };
 
-// The sum of the file at `path`, or of standard input for "-". Nothing when it cannot be read;
-// errno tells why. On a terminal the progress of a long run is shown on standard error.
-std::optional<std::string> sum_of_file(const std::string &path, SumKind kind);
+// The digits of a file's sum, or what is wrong with the file.
+struct FileSum {
+    std::string digits;
+    std::string fault;
+    bool is_missing = false;
+};
+
+// The sum of the file at `path`, or of standard input for "-". `progress` is told of every byte.
+FileSum sum_of_file(const std::string &path, SumKind kind, Progress &progress);
+
+// The bytes of a file that its sum takes; nothing when nobody knows how many.
+std::optional<unsigned long long> size_of_file(const std::string &path);
 
 } // namespace program

@@ -1,110 +1,133 @@
 // `kestu sum`: checksums of files, printed or compared with those in lists.
-#include "common/text.hpp"
-#include "files/sum_line.hpp"
-#include "program.hpp"
+#include "files/sum.hpp"
 
-#include <cerrno>
-#include <cstdio>
+#include "common/input_file.hpp"
+#include "common/text.hpp"
+#include "common/values.hpp"
+#include "files/folder.hpp"
+#include "files/sum_line.hpp"
+#include "files/summing.hpp"
+
+#include "kestu_dir.h"
+#include "kestu_lib.h"
+
+#include <algorithm>
 #include <cstring>
-#include <fstream>
-#include <iostream>
 #include <memory>
+#include <thread>
+
+#include <sys/stat.h>
 
 namespace program {
 namespace {
 
-struct SumOptions {
-    std::vector<std::string> paths;
-    std::optional<SumKind> kind;
-    bool check = false;
-    bool quiet = false;
+using Paths = std::vector<std::string>;
+
+bool is_folder(const std::string &path) {
+    struct stat state;
+    return stat(path.c_str(), &state) == 0 && S_ISDIR(state.st_mode);
+}
+
+bool is_link(const char *path) {
+    struct stat state;
+    return lstat(path, &state) == 0 && S_ISLNK(state.st_mode);
+}
+
+// The files below a folder, sorted, so that two lists can be compared. Links are left out: what
+// they lead to has names of its own.
+struct Collection {
+    Paths files;
+    Outcome &outcome;
+
+    static kestu_error_t *add(const char *path, void *collection, apr_pool_t *) {
+        auto &[files, outcome] = *static_cast<Collection *>(collection);
+        const size_t size = std::strlen(path);
+        if (path[size - 1] != '/') {
+            if (!is_link(path))
+                files.emplace_back(path);
+            return nullptr;
+        }
+        const std::string fault = fault_of_folder(std::string(path, size - 1), false);
+        if (fault.empty())
+            return nullptr;
+        outcome.fail(fault);
+        return KestuDLlistStopWalking;
+    }
 };
 
-std::string reason() {
-    return std::strerror(errno);
+Paths files_below(const std::string &folder, apr_pool_t *pool, Outcome &outcome) {
+    Collection found{{}, outcome};
+    kestu_dir_traverse_t walk = {};
+    walk.flags = KESTU_DIR_RECURSE | KESTU_DIR_FOLDERS | KESTU_DIR_GO_ON;
+    walk.callback = Collection::add;
+    walk.user_data = &found;
+    outcome.ok(kestu_dir_traverse(folder.c_str(), nullptr, nullptr, &walk, pool), folder);
+    std::sort(found.files.begin(), found.files.end());
+    return found.files;
+}
+
+Paths with_files_below(const Paths &paths, Outcome &outcome) {
+    apr_pool_t *pool = nullptr;
+    if (apr_status_t status = apr_pool_create_ex(&pool, kestu_pool, nullptr, nullptr)) {
+        outcome.ok(kestu_error_aprwrap(status));
+        return {};
+    }
+    Paths all;
+    for (const std::string &path : paths) {
+        const Paths found = is_folder(path) ? files_below(path, pool, outcome) : Paths{path};
+        all.insert(all.end(), found.begin(), found.end());
+    }
+    apr_pool_destroy(pool);
+    return all;
+}
+
+// 0 when the size of one is not known.
+unsigned long long total_size(const Paths &paths) {
+    unsigned long long total = 0;
+    for (const std::string &path : paths) {
+        const auto size = size_of_file(path);
+        if (!size)
+            return 0;
+        total += *size;
+    }
+    return total;
 }
 
 void print_sums(const SumOptions &options, Outcome &outcome) {
-    for (const std::string &path : options.paths) {
-        if (const auto digits = sum_of_file(path, options.kind.value_or(SumKind::sha1)))
-            std::puts(format_sum_line(*digits, path).c_str());
-        else
-            outcome.fail(printable(path.c_str()) + ": " + reason());
-    }
+    const Paths paths = options.recurse ? with_files_below(options.paths, outcome) : options.paths;
+    const SumKind kind = options.kind.value_or(SumKind::sha1);
+    Progress progress("kestu sum", total_size(paths), "byte");
+    const auto show = [&](const std::string &path, const FileSum &sum) {
+        if (!sum.fault.empty())
+            return outcome.fail(name_of_input(path) + ": " + sum.fault);
+        const SumLine line{kind, sum.digits, path};
+        print(options.nul ? format_plain_sum_line(line, options.tagged) + '\0'
+                          : format_sum_line(line, options.tagged) + '\n');
+    };
+    Summing summing(static_cast<unsigned>(options.threads), progress);
+    for (const std::string &path : paths)
+        summing.add(path, kind, [&progress, &show, path](const FileSum &sum) {
+            progress.aside([&] { show(path, sum); });
+        });
+    summing.finish();
 }
 
-// What checking one list has come to.
-struct Counts {
-    unsigned long long checked = 0;
-    unsigned long long malformed = 0;
-    unsigned long long unreadable = 0;
-    unsigned long long different = 0;
-};
-
-void check_line(const SumLine &line, bool quiet, Counts &counts, Outcome &outcome) {
-    const std::string name = checked_name(line.name);
-    ++counts.checked;
-    const auto digits = sum_of_file(line.name, line.kind);
-    if (!digits) {
-        outcome.fail(printable(line.name.c_str()) + ": " + reason());
-        ++counts.unreadable;
-        std::printf("%s: FAILED open or read\n", name.c_str());
-    } else if (*digits != line.digits) {
-        ++counts.different;
-        std::printf("%s: FAILED\n", name.c_str());
-    } else if (!quiet) {
-        std::printf("%s: OK\n", name.c_str());
-    }
+void sum(SumOptions &options, Outcome &outcome) {
+    if (options.paths.empty())
+        options.paths.emplace_back("-");
+    if (options.threads == 0)
+        options.threads = static_cast<int>(std::max(std::thread::hardware_concurrency(), 1U));
+    options.check ? check_sums(options, outcome) : print_sums(options, outcome);
 }
 
-void warn(unsigned long long count, const char *one, const char *many) {
-    if (count > 0)
-        std::fprintf(stderr, "kestu: WARNING: %s\n",
-                     text("%llu %s", count, count == 1 ? one : many).c_str());
-}
-
-void report(const Counts &counts, const std::string &list, Outcome &outcome) {
-    std::fflush(stdout);
-    if (counts.checked == 0)
-        return outcome.fail(printable(list.c_str()) +
-                            ": no properly formatted checksum lines found");
-    warn(counts.malformed, "line is improperly formatted", "lines are improperly formatted");
-    warn(counts.unreadable, "listed file could not be read", "listed files could not be read");
-    warn(counts.different, "computed checksum did NOT match", "computed checksums did NOT match");
-    if (counts.unreadable + counts.different > 0)
-        outcome.fail();
-}
-
-void check_list(std::istream &list, const std::string &path, const SumOptions &options,
-                Outcome &outcome) {
-    Counts counts;
-    for (std::string line; std::getline(list, line);) {
-        if (line.ends_with('\r'))
-            line.pop_back();
-        if (line.empty() || line[0] == '#')
-            continue;
-        const auto parsed = parse_sum_line(line);
-        if (parsed && parsed->kind == options.kind.value_or(parsed->kind))
-            check_line(*parsed, options.quiet, counts, outcome);
-        else
-            ++counts.malformed;
-    }
-    if (list.bad())
-        return outcome.fail(printable(path.c_str()) + ": " + reason());
-    report(counts, path, outcome);
-}
-
-void check_lists(const SumOptions &options, Outcome &outcome) {
-    for (const std::string &path : options.paths) {
-        if (path == "-") {
-            check_list(std::cin, "standard input", options, outcome);
-            continue;
-        }
-        std::ifstream list(path, std::ios::binary);
-        if (!list)
-            outcome.fail(printable(path.c_str()) + ": " + reason());
-        else
-            check_list(list, path, options, outcome);
+void add_kinds(CLI::App *command, const std::shared_ptr<SumOptions> &options) {
+    std::vector<CLI::Option *> kinds;
+    for (const SumName &sum : sum_names) {
+        CLI::Option *kind = command->add_flag_callback(
+            sum.option, [options, &sum] { options->kind = sum.kind; }, sum.description);
+        for (CLI::Option *other : kinds)
+            kind->excludes(other);
+        kinds.push_back(kind);
     }
 }
 
@@ -114,21 +137,30 @@ void add_sum_command(CLI::App &app, Outcome &outcome) {
     CLI::App *command = app.add_subcommand("sum", "Print or check checksums of files");
     auto options = std::make_shared<SumOptions>();
     command->add_option("FILE", options->paths, "Files; - is standard input, as without any");
-    std::vector<CLI::Option *> kinds;
-    for (const SumName &sum : sum_names) {
-        CLI::Option *kind = command->add_flag_callback(
-            sum.option, [options, &sum] { options->kind = sum.kind; }, sum.description);
-        for (CLI::Option *other : kinds)
-            kind->excludes(other);
-        kinds.push_back(kind);
-    }
-    command->add_flag("-c,--check", options->check, "Read sums from the files and check them");
-    command->add_flag("--quiet", options->quiet, "Do not print OK for each file that matches");
-    command->callback([options, &outcome] {
-        if (options->paths.empty())
-            options->paths.emplace_back("-");
-        options->check ? check_lists(*options, outcome) : print_sums(*options, outcome);
-    });
+    add_kinds(command, options);
+    CLI::Option *check =
+        command->add_flag("-c,--check", options->check, "Read sums from the files and check them");
+    const auto printing = [&](const char *name, bool &option, const char *description) {
+        command->add_flag(name, option, description)->excludes(check);
+    };
+    const auto checking = [&](const char *name, bool &option, const char *description) {
+        command->add_flag(name, option, description)->needs(check);
+    };
+    printing("-r,--recurse", options->recurse, "Sum the files below folders, too");
+    printing("--tag", options->tagged, "Print lines as \"SHA1 (FILE) = SUM\"");
+    printing("-z,--zero", options->nul, "End lines with a zero byte, and escape no names");
+    checking("--quiet", options->quiet, "With -c: do not print OK for each file that matches");
+    checking("--status", options->status_only, "With -c: print nothing but errors");
+    checking("--strict", options->strict, "With -c: fail for lines that are improperly formatted");
+    checking("--ignore-missing", options->ignore_missing,
+             "With -c: leave out files that are not there");
+    command
+        ->add_option("-j,--threads", options->threads,
+                     "Sum so many files at the same time; 0: one for each processor")
+        ->capture_default_str()
+        ->type_name("N")
+        ->check(whole_number(0, 256));
+    command->callback([options, &outcome] { sum(*options, outcome); });
 }
 
 } // namespace program

@@ -103,9 +103,17 @@ std::string checked_name(const std::string &name) {
     return name.find('\n') == name.npos ? name : text("\\%s", escaped(name).c_str());
 }
 
-std::string format_sum_line(const std::string &digits, const std::string &name) {
-    const std::string result = escaped(name);
-    return (result == name ? "" : "\\") + digits + "  " + result;
+std::string format_sum_line(const SumLine &line, bool tagged) {
+    const std::string name = escaped(line.name);
+    return (name == line.name ? "" : "\\") +
+           format_plain_sum_line({line.kind, line.digits, name}, tagged);
+}
+
+std::string format_plain_sum_line(const SumLine &line, bool tagged) {
+    const auto *sum = std::find_if(std::begin(sum_names), std::end(sum_names),
+                                   [&](const SumName &name) { return name.kind == line.kind; });
+    return tagged ? sum->tag + (" (" + line.name) + ") = " + line.digits
+                  : line.digits + "  " + line.name;
 }
 
 std::optional<SumLine> parse_sum_line(std::string_view line) {

@@ -11,9 +11,12 @@ struct SumLine {
     std::string name;
 };
 
-// "<digits>  <name>". A name with a backslash or a line break is escaped, and a backslash stands
-// before the line then.
-std::string format_sum_line(const std::string &digits, const std::string &name);
+// "<digits>  <name>", or "SHA1 (<name>) = <digits>" in the tagged style. A name with a backslash or
+// a line break is escaped, and a backslash stands before the line then.
+std::string format_sum_line(const SumLine &line, bool tagged);
+
+// The same for lines that end with a zero byte, where no name needs an escape.
+std::string format_plain_sum_line(const SumLine &line, bool tagged);
 
 // `name` as it stands before the result of a check: escaped, with a backslash in front, only when
 // it has a newline.

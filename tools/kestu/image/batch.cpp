@@ -19,7 +19,7 @@ bool read_names(std::istream &in, char end, std::vector<std::string> &names) {
 } // namespace
 
 unsigned Batch::workers() const {
-    return jobs > 0 ? jobs : std::max(std::thread::hardware_concurrency(), 1U);
+    return threads > 0 ? threads : std::max(std::thread::hardware_concurrency(), 1U);
 }
 
 bool gather_paths(Batch &batch, Outcome &outcome) {
@@ -46,9 +46,12 @@ void add_batch_options(CLI::App &command, Batch &batch) {
                     "More files, named in this one line by line; - is standard input")
         ->type_name("FILE");
     command.add_flag("-0,--null", batch.zeros, "Names in the list end with zero bytes");
-    command.add_option("-j,--jobs", batch.jobs, "How many at once [default: all processors]")
+    command
+        .add_option("-j,--threads", batch.threads,
+                    "Work on so many at the same time; 0: one for each processor")
+        ->capture_default_str()
         ->type_name("N")
-        ->check(whole_number(1, 1024));
+        ->check(whole_number(0, 1024));
 }
 
 } // namespace program

@@ -17,7 +17,7 @@ struct Batch {
     std::vector<std::string> paths; // as given
     std::string list;               // a file with more of them, or "-"
     bool zeros = false;             // between the names of the list, not ends of lines
-    unsigned jobs = 0;              // 0: as many as there are processors
+    unsigned threads = 0;           // 0: one for each processor
 
     unsigned workers() const;
 };

@@ -1,4 +1,6 @@
 // `kestu escape` and `kestu unescape`: bytes as printable text, and back.
+#include "common/input_file.hpp"
+#include "common/text.hpp"
 #include "program.hpp"
 
 #include "kestu_escape.h"
@@ -27,6 +29,60 @@ void escape(const std::string &bytes, Outcome &outcome) {
         std::fwrite(text.data(), 1, size - 1, stdout);
         std::putchar('\n');
     }
+}
+
+// False for what is no character.
+bool append_utf8(uint32_t code, std::string &bytes) {
+    char utf8[4];
+    char *out = utf8;
+    size_t room = sizeof utf8;
+    const bool is_half = code >= 0xD800 && code < 0xE000;
+    const bool done = !is_half && code != 0xFFFF && convert_from_ucs(code, &out, &room) == 1;
+    bytes.append(utf8, out);
+    return done;
+}
+
+// A character of 16 bits, or two that stand for one beyond them, or one of 32 bits; the letter
+// stands at `in`.
+kestu_error_t *take_character(const char *&in, const char *end, std::string &bytes) {
+    const char *start = in - 1;
+    uint32_t code = 0;
+    const int digits = *in == 'u' ? 4 : 8;
+    if (kestu_error_t *err = scan_hex(&++in, end, digits, &code))
+        return err;
+    if (code >= 0xD800 && code < 0xDC00 && end - in > 2 && in[0] == '\\' && in[1] == 'u') {
+        uint32_t low = 0;
+        in += 2;
+        if (kestu_error_t *err = scan_hex(&in, end, 4, &low))
+            return err;
+        code =
+            low >= 0xDC00 && low < 0xE000 ? 0x10000 + (code - 0xD800) * 0x400 + low - 0xDC00 : code;
+    }
+    return append_utf8(code, bytes) ? nullptr
+                                    : in_words("'" + std::string(start, in) + "' is no character");
+}
+
+// As the library does, but that \u and \U are characters, and all of them UTF-8.
+void unescape_utf8(const std::string &text, Outcome &outcome) {
+    std::string bytes;
+    const char *end = text.data() + text.size();
+    kestu_error_t *err = nullptr;
+    for (const char *in = text.data(); in < end && !err;) {
+        uint32_t byte = static_cast<unsigned char>(*in++);
+        const bool escapes = byte == '\\' && in < end;
+        if (escapes && (*in == 'u' || *in == 'U')) {
+            err = take_character(in, end, bytes);
+            continue;
+        }
+        if (escapes)
+            err = esc_char(&in, end, &byte);
+        if (byte > 0xFF)
+            append_utf8(byte, bytes);
+        else
+            bytes += static_cast<char>(byte);
+    }
+    if (outcome.ok(err))
+        print(bytes);
 }
 
 void unescape(const std::string &text, Outcome &outcome) {
@@ -59,14 +115,16 @@ void add_escape_commands(CLI::App &app, Outcome &outcome) {
             escape(text, outcome);
     });
     auto escaped = std::make_shared<Texts>();
+    auto utf8 = std::make_shared<bool>(false);
     command = app.add_subcommand("unescape", "Write the bytes that escaped text stands for");
     command->add_option("TEXT", *escaped,
                         "Escaped texts (standard input without its last newline)");
-    command->callback([escaped, &outcome] {
+    command->add_flag("--utf8", *utf8, "Write UTF-8 for all of \\uXXXX, and know \\UXXXXXXXX");
+    command->callback([escaped, utf8, &outcome] {
         if (escaped->empty())
             escaped->push_back(text_on_standard_input());
         for (const std::string &text : *escaped)
-            unescape(text, outcome);
+            *utf8 ? unescape_utf8(text, outcome) : unescape(text, outcome);
     });
 }
 
