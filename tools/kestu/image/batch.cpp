@@ -32,10 +32,8 @@ bool gather_paths(Batch &batch, Outcome &outcome) {
         if (!in || !read_names(in, end, batch.paths))
             outcome.ok(in_words(failed_to("read")), batch.list);
     }
-    if (batch.paths.empty() && outcome.status() == exit_ok && batch.list.empty()) {
-        outcome.fail("no file is named");
-        outcome.fail_with(exit_usage);
-    }
+    if (batch.paths.empty() && batch.list.empty())
+        throw CLI::RequiredError("FILE");
     return !batch.paths.empty();
 }
 

@@ -25,7 +25,7 @@ struct Batch {
 // Adds FILE..., --files-from, -0 and -j.
 void add_batch_options(CLI::App &command, Batch &batch);
 
-// All names; false, and `outcome` told, when the list cannot be read or there are none.
+// All names; false, and `outcome` told, when the list cannot be read or is empty.
 bool gather_paths(Batch &batch, Outcome &outcome);
 
 // Calls `work` with 0 to `count` - 1, several at once, and hands its results to `deliver`, which

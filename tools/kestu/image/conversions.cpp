@@ -186,7 +186,14 @@ void map_row(const std::vector<uint8_t> &from, std::vector<uint8_t> &to,
         samples[c] = static_cast<Sample>(table[levels[c]]);
 }
 
-kestu_error_t *put_rows(Source &source, const Made &made, PictureWriter &writer) {
+// What one picture has come to.
+struct Converted {
+    std::string out, said;
+    bool reading = true; // what was tried last
+    kestu_error_t *err = nullptr;
+};
+
+kestu_error_t *put_rows(Source &source, const Made &made, PictureWriter &writer, bool &reading) {
     std::vector<uint8_t> from(source.row_bytes());
     std::vector<uint8_t> to(static_cast<size_t>(source.width()) *
                             static_cast<size_t>(made.bits / 8));
@@ -195,8 +202,10 @@ kestu_error_t *put_rows(Source &source, const Made &made, PictureWriter &writer)
             ? (made.bits == 8 ? map_row<uint8_t, uint8_t> : map_row<uint8_t, uint16_t>)
             : (made.bits == 8 ? map_row<uint16_t, uint8_t> : map_row<uint16_t, uint16_t>);
     for (int r = 0; r < source.height(); ++r) {
+        reading = true;
         if (kestu_error_t *err = source.next(from.data()))
             return err;
+        reading = false;
         map(from, to, made.table);
         if (kestu_error_t *err = writer.put(to.data()))
             return err;
@@ -205,7 +214,7 @@ kestu_error_t *put_rows(Source &source, const Made &made, PictureWriter &writer)
 }
 
 kestu_error_t *convert(const Conversion &conversion, const ConversionOptions &options,
-                       Source &source, const std::string &out, std::string &said) {
+                       Source &source, Converted &done) {
     kestu_img_t form = source.form();
     if (options.invert)
         form.photometric = 1 - form.photometric;
@@ -213,8 +222,8 @@ kestu_error_t *convert(const Conversion &conversion, const ConversionOptions &op
     Counts counts;
     Values values;
     Made made;
-    kestu_error_t *err = check_new(out, options.picture.force);
-    if (err || (err = all.open({}, form)) ||
+    kestu_error_t *err = nullptr;
+    if ((err = all.open({}, form)) ||
         (conversion.make != make_same && (err = counts.measure(source, all))) ||
         (err = convert_levels(conversion, form, options, values)) ||
         (err = conversion.make(conversion, values, counts, form, made)))
@@ -225,15 +234,12 @@ kestu_error_t *convert(const Conversion &conversion, const ConversionOptions &op
     if (*conversion.quantity)
         picture.description += (picture.description.empty() ? "" : "\n") + made.said;
     if (!made.said.empty())
-        said = printable(name_of_output(out).c_str()) + ": " + made.said + "\n";
-    return write_picture(out, form, picture,
-                         [&](PictureWriter &writer) { return put_rows(source, made, writer); });
+        done.said = printable(name_of_output(done.out).c_str()) + ": " + made.said + "\n";
+    done.reading = false;
+    return write_picture(done.out, form, picture, [&](PictureWriter &writer) {
+        return put_rows(source, made, writer, done.reading);
+    });
 }
-
-struct Converted {
-    std::string out, said;
-    kestu_error_t *err = nullptr;
-};
 
 // In a folder, pictures keep the names of their files.
 std::string output_for(const std::string &path, const ConversionOptions &options) {
@@ -281,14 +287,19 @@ void run(const Conversion &conversion, ConversionOptions &options, Outcome &outc
         [&](size_t i) {
             Converted done;
             done.out = outs[i];
+            done.reading = false;
+            if ((done.err = check_new(done.out, options.picture.force)))
+                return done;
+            done.reading = true;
             done.err = with_source(paths[i], options.page, [&](Source &source) {
-                return convert(conversion, options, source, done.out, done.said);
+                return convert(conversion, options, source, done);
             });
             return done;
         },
         [&](size_t i, Converted done) {
             progress.advance();
-            if (progress.ok(done.err, name_of_input(paths[i]) + " to " + name_of_output(done.out),
+            const bool reading = done.reading;
+            if (progress.ok(done.err, reading ? name_of_input(paths[i]) : name_of_output(done.out),
                             outcome))
                 progress.aside([&] { print_about(done.out, done.said); });
         });

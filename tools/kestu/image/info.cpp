@@ -67,17 +67,16 @@ Described describe_file(const std::string &path, const InfoOptions &options) {
     Described described;
     const std::string name = name_of_input(path);
     described.err = read_file(path, [&](const char *readable) -> kestu_error_t * {
-        uint32_t pages = 1;
-        for (uint32_t page = std::max(options.page, 1U); page <= pages; ++page) {
+        uint32_t page = std::max(options.page, 1U);
+        uint32_t last = page;
+        for (; page <= last; ++page) {
             kestu_error_t *err = with_readable(readable, page, [&](Source &source) {
                 if (options.page == 0 && source.info())
-                    pages = source.info()->pages;
+                    last = source.info()->pages;
                 return describe_page(name, source, readable, options, described);
             });
             if (err)
                 return err;
-            if (options.page > 0)
-                break;
         }
         return nullptr;
     });

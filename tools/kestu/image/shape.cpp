@@ -11,8 +11,8 @@
 namespace program {
 namespace {
 
-// Shapes with half-axes and lines beyond this are not walked but measured at every pixel.
-constexpr double largest_walk = 1 << 20;
+// Shapes with more pixels than this, about, are not walked but measured at those of the picture.
+constexpr double largest_walk = 1 << 22;
 
 kestu_error_t *draw_circle(const Numbers &at, const LineStyle &style, kestu_img_plot_func plot,
                            void *data) {
@@ -147,7 +147,7 @@ kestu_error_t *draw_shape(const DrawnShape &shape, const LineStyle &style, int w
     if (outline.x + outline.a + reach < 0 || outline.x - outline.a - reach > width ||
         outline.y + outline.b + reach < 0 || outline.y - outline.b - reach > height)
         return nullptr;
-    if (outline.a + outline.b + line <= largest_walk)
+    if ((outline.a + outline.b + line) * (line + 4) <= largest_walk)
         return shape.kind->draw(shape.at, style, plot, data);
     return draw_within(outline, style, width, height, plot, data);
 }
