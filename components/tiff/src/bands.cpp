@@ -76,7 +76,7 @@ kestu_error_t *Bands::open(Handle &handle, Page &page) {
             return err;
     } else if (page.direct) {
         const uint64_t fitting = std::max<uint64_t>(direct_bytes / row_bytes_, 1);
-        rows_ = static_cast<uint32_t>(std::min<uint64_t>(rows_, fitting));
+        rows_ = static_cast<uint32_t>(std::min<uint64_t>(page.height, fitting));
     } else {
         const bool whole_only = page.apart() || page.info.compression == COMPRESSION_JBIG;
         by_scanline_ = !whole_only && product(row_bytes_, rows_) > strip_bytes;
@@ -85,9 +85,12 @@ kestu_error_t *Bands::open(Handle &handle, Page &page) {
     }
     rows_ = std::min(rows_, page.height);
     plane_bytes_ = product(row_bytes_, rows_);
-    const auto planes = static_cast<uint64_t>(planes_);
-    if (kestu_error_t *err = band_.make(product(plane_bytes_, planes), page.max_memory))
+    const uint64_t size = product(plane_bytes_, static_cast<uint64_t>(planes_));
+    if (kestu_error_t *err = check_memory(size, page.max_memory))
         return err;
+    if (!page.direct) // others are mostly read in place, and make room when they are not
+        if (kestu_error_t *err = band_.make(size, page.max_memory))
+            return err;
     return page.direct && !page.lenient ? check_strips() : nullptr;
 }
 
@@ -126,9 +129,15 @@ kestu_error_t *Bands::settle(bool read, const char *message, uint64_t pixels) {
 
 kestu_error_t *Bands::load_direct(uint32_t row) {
     const Page &page = *page_;
+    if (!band_.data())
+        if (kestu_error_t *err =
+                band_.make(plane_bytes_ * static_cast<uint64_t>(planes_), page.max_memory))
+            return err;
     const uint32_t strip = row / page.block_height;
     const uint32_t in_strip = row % page.block_height;
-    const uint32_t rows = rows_from(row, std::min(rows_, page.block_height - in_strip));
+    const bool one = planes_ == 1 && !page.lenient;
+    const uint32_t rows = rows_from(row, one ? rows_together(row, rows_)
+                                             : std::min(rows_, page.block_height - in_strip));
     const uint64_t size = rows * page.row_bytes;
     const uint32_t strips = (page.height - 1) / page.block_height + 1;
     const uint64_t before = in_strip * page.row_bytes;
@@ -136,7 +145,7 @@ kestu_error_t *Bands::load_direct(uint32_t row) {
     for (int i = 0; i < planes_; ++i) {
         const uint32_t index = strip + static_cast<uint32_t>(i) * strips;
         const uint64_t there = strip_bytes_in_file(index);
-        const uint64_t wanted = there > before ? std::min(size, there - before) : 0;
+        const uint64_t wanted = one ? size : there > before ? std::min(size, there - before) : 0;
         const uint64_t at = TIFFGetStrileOffset(handle_->tiff(), index) + before;
         const uint64_t got = wanted > 0 ? read_at(handle_->fd(), plane(i), wanted, at) : 0;
         std::memset(plane(i) + got, 0, size - got);
@@ -148,11 +157,25 @@ kestu_error_t *Bands::load_direct(uint32_t row) {
     return settle(whole, "The file ends within its samples.", uint64_t{rows} * page.width);
 }
 
+// Strips mostly follow each other in the file.
+uint32_t Bands::rows_together(uint32_t first, uint32_t most) const {
+    TIFF *tiff = handle_->tiff();
+    const uint32_t height = page_->block_height;
+    uint32_t strip = first / height;
+    uint32_t rows = height - first % height;
+    while (rows < most && TIFFGetStrileOffset(tiff, strip + 1) ==
+                              TIFFGetStrileOffset(tiff, strip) + height * page_->row_bytes) {
+        rows += height;
+        ++strip;
+    }
+    return std::min(rows, most);
+}
+
 kestu_error_t *Bands::read_into(uint32_t first, void *const *rows, uint32_t &count) {
     const Page &page = *page_;
     const uint32_t in_strip = first % page.block_height;
     iovec segments[rows_at_once];
-    count = std::min({count, rows_at_once, page.block_height - in_strip});
+    count = rows_together(first, std::min(count, rows_at_once));
     for (uint32_t i = 0; i < count; ++i)
         segments[i] = {rows[i], page.row_bytes};
     const uint64_t at =

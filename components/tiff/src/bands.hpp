@@ -31,6 +31,7 @@ class Bands {
     void put_tile(const uint8_t *tile, uint32_t column, uint8_t *plane);
 
     uint64_t pixel_bits() const;
+    uint32_t rows_together(uint32_t first, uint32_t most) const;
     uint32_t rows_from(uint32_t row, uint64_t most) const;
     uint8_t *plane(int channel) const {
         return band_.data() + static_cast<uint64_t>(channel) * plane_bytes_;

@@ -31,9 +31,9 @@ template <typename Number>
 void store_luma(const uint32_t *red, uint32_t count, double scale, Number *out) {
     const uint32_t *green = red + count;
     const uint32_t *blue = green + count;
-    for (uint32_t c = 0; c < count; ++c)
+    for (uint32_t c = 0; c < count; ++c) // in this order, so that halves stay halves
         out[c] = static_cast<Number>(
-            (299.0 * red[c] + 587.0 * green[c] + 114.0 * blue[c]) * (scale / 1000) + 0.5);
+            (299.0 * red[c] + 587.0 * green[c] + 114.0 * blue[c]) / 1000 * scale + 0.5);
 }
 
 template <typename Number>
@@ -42,11 +42,10 @@ void look_up(const uint32_t *values, uint32_t count, const uint16_t *table, Numb
         out[c] = static_cast<Number>(table[values[c]]);
 }
 
-// The weights of the luma as 16-bit fractions, whose sum is 1.
 void store_luma_of_bytes(const uint8_t *from, uint64_t step, uint32_t count, uint8_t *out) {
     for (uint32_t c = 0; c < count; ++c, from += step)
-        out[c] = static_cast<uint8_t>(
-            (19595U * from[0] + 38470U * from[1] + 7471U * from[2] + 32768) >> 16);
+        out[c] =
+            static_cast<uint8_t>((299U * from[0] + 587U * from[1] + 114U * from[2] + 500) / 1000);
 }
 
 } // namespace
@@ -65,11 +64,8 @@ kestu_error_t *Levels::open(Page &page) {
         copied_ = true;
         return nullptr;
     }
-    const auto channels = static_cast<uint64_t>(page.channels);
-    const uint64_t value_bytes = floats_ ? sizeof(double) : sizeof(uint32_t);
-    kestu_error_t *err = values_.make(channels * page.width * value_bytes, page.max_memory);
-    if (err || floats_)
-        return err;
+    if (floats_)
+        return make_values(sizeof(double));
     const uint64_t largest = (uint64_t{1} << info.bits) - 1;
     if (info.format == SAMPLEFORMAT_INT) {
         sign_ = (largest + 1) / 2;
@@ -81,7 +77,13 @@ kestu_error_t *Levels::open(Page &page) {
     if (page.colour != Colour::palette)
         info.factor = static_cast<double>(largest) / full_scale();
     const bool computed = info.bits > 16 || page.colour == Colour::rgb;
-    return copied_ || computed ? nullptr : make_table();
+    kestu_error_t *err = copied_ || luma_of_bytes_ ? nullptr : make_values(sizeof(uint32_t));
+    return err || copied_ || computed ? err : make_table();
+}
+
+kestu_error_t *Levels::make_values(uint64_t bytes) {
+    return values_.make(static_cast<uint64_t>(page_->channels) * page_->width * bytes,
+                        page_->max_memory);
 }
 
 kestu_error_t *Levels::make_table() {

@@ -25,6 +25,7 @@ class Levels {
     void stretch(kestu_tiff_info_t &info);
 
   private:
+    [[nodiscard]] kestu_error_t *make_values(uint64_t bytes);
     [[nodiscard]] kestu_error_t *make_table();
     double full_scale() const;
     void unpack(const RawRow &row);

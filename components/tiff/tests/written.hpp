@@ -157,6 +157,7 @@ inline bool write_page(TIFF *tiff, const Layout &l) {
 }
 
 inline bool write_file(const char *path, const std::vector<Layout> &pages) {
+    TIFFSetWarningHandler(nullptr);
     TIFF *tiff = TIFFOpen(path, pages[0].mode);
     bool written = tiff != nullptr;
     for (const Layout &page : pages)

@@ -4,6 +4,7 @@
 #include "program.hpp"
 
 #include <condition_variable>
+#include <exception>
 #include <functional>
 #include <map>
 #include <mutex>
@@ -40,6 +41,7 @@ void in_order(size_t count, unsigned workers, Work work, Deliver deliver) {
     std::mutex guard;
     std::condition_variable changed;
     std::map<size_t, Result> done;
+    std::exception_ptr failure; // no memory
     size_t next = 0;
     size_t delivered = 0;
     const auto run = [&] {
@@ -50,8 +52,16 @@ void in_order(size_t count, unsigned workers, Work work, Deliver deliver) {
                 return;
             const size_t mine = next++;
             lock.unlock();
-            Result result = work(mine);
+            Result result{};
+            std::exception_ptr thrown;
+            try {
+                result = work(mine);
+            } catch (...) {
+                thrown = std::current_exception();
+            }
             lock.lock();
+            if (thrown)
+                failure = thrown;
             done.emplace(mine, std::move(result));
             changed.notify_all();
         }
@@ -61,7 +71,14 @@ void in_order(size_t count, unsigned workers, Work work, Deliver deliver) {
         threads.emplace_back(run);
     std::unique_lock lock(guard);
     while (delivered < count) {
-        changed.wait(lock, [&] { return done.contains(delivered); });
+        changed.wait(lock, [&] { return failure || done.contains(delivered); });
+        if (failure) {
+            next = count;
+            changed.notify_all();
+            lock.unlock();
+            threads.clear(); // which waits for them
+            std::rethrow_exception(failure);
+        }
         auto result = done.extract(delivered);
         lock.unlock();
         deliver(delivered, std::move(result.mapped()));

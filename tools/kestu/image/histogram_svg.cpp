@@ -9,11 +9,11 @@ namespace program {
 namespace {
 
 constexpr int width = 720;
-constexpr int height = 380;
+constexpr int height = 396;
 constexpr int left = 64;
-constexpr int right = 20;
+constexpr int right = 28;
 constexpr int top = 40;
-constexpr int bottom = 64;
+constexpr int bottom = 80;
 constexpr int plot_width = width - left - right;
 constexpr int plot_height = height - top - bottom;
 constexpr int ticks = 4; // steps of the axes
@@ -57,8 +57,8 @@ class Panel {
                      text("entropy %.4f bits per pixel", plot_.counts.entropy()));
         svg += text("<path d=\"%s\" fill=\"#4a6f96\"/>\n", outline().c_str());
         svg += axes();
-        svg += threshold(plot_.counts.threshold(), "intermeans", "#c0392b", 42);
-        svg += threshold(plot_.counts.otsu(), "Otsu", "#27753b", 56);
+        svg += threshold(plot_.counts.threshold(), "intermeans", "#c0392b", 54);
+        svg += threshold(plot_.counts.otsu(), "Otsu", "#27753b", 70);
         return svg;
     }
 

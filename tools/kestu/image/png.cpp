@@ -16,6 +16,8 @@ namespace program {
 namespace {
 
 constexpr double metres_per_inch = 0.0254;
+constexpr int64_t most_pixels = 1 << 30;
+constexpr uint64_t most_interlaced = 1 << 30; // bytes, which are held at once
 
 // What libpng said last; it leaves by a jump.
 struct Said {
@@ -72,6 +74,10 @@ class PngSource : public Source {
         info_ = png_ ? png_create_info_struct(png_) : nullptr;
         if (!info_ || !read_head())
             return told(said_);
+        const uint64_t size =
+            uint64_t{png_get_rowbytes(png_, info_)} * static_cast<uint64_t>(height());
+        if (int64_t{width()} * height() > most_pixels || (interlaced_ && size > most_interlaced))
+            return in_words(text("has %d x %d pixels, which are too many", width(), height()));
         channels_ = png_get_channels(png_, info_);
         raw_.resize(png_get_rowbytes(png_, info_));
         if (!interlaced_)
