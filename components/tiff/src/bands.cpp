@@ -10,7 +10,7 @@ namespace kestu::tiff {
 namespace {
 
 constexpr uint64_t direct_bytes = 256 << 10; // stays in the processor's cache
-constexpr uint32_t rows_at_once = 64;        // that a call of the system fills
+constexpr uint32_t rows_at_once = 256;       // that a call of the system fills
 constexpr uint64_t strip_bytes = 8 << 20;    // above, strips are decoded row by row
 
 // Reads what there is of `size` bytes.

@@ -168,7 +168,7 @@ kestu_error_t *read_rows(Reader &reader, kestu_img_t &img, Level **&rows) {
     const auto height = static_cast<size_t>(img.height);
     if (kestu_error_t *err = kestu_mem_calloc(height, sizeof *rows, &rows))
         return err;
-    constexpr size_t most = 64; // rows that are made before they are read
+    constexpr size_t most = 256; // rows that are made before they are read
     for (size_t r = 0; r < height;) {
         const size_t made = std::min(most, height - r);
         for (size_t i = 0; i < made; ++i)
