@@ -58,10 +58,10 @@ typedef struct kestu_tiff_info_t {
     int32_t planar;         /* 1 samples of a pixel together, 2 apart */
     int32_t orientation;    /* as the file has it, 1 to 8 */
     int32_t ignored;        /* samples of a pixel that were left out */
-    int32_t big_endian;     /* 1 or 0, as the next three */
-    int32_t big_tiff;       /* */
-    int32_t tiled;          /* */
-    int32_t plain;          /* kestu_img_read makes the same image of this file */
+    int32_t big_endian;     /* 1 or 0: the byte order */
+    int32_t big_tiff;       /* 1 or 0: offsets of 64 bits */
+    int32_t tiled;          /* 1 or 0: tiles, not strips */
+    int32_t plain;          /* 1 or 0: kestu_img_read makes the same image of this file */
     int32_t resunit;        /* 1 none, 2 inch, 3 centimetre */
     double xres, yres;      /* pixels per unit; 0 when the file is silent */
     double factor, offset;  /* a level stands for the value offset + factor * level of the file */

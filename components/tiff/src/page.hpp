@@ -13,9 +13,9 @@ struct Page {
     Colour colour = Colour::gray;
     bool direct = false;       // uncompressed strips, read without libtiff
     int channels = 1;          // samples of a pixel that are looked at
-    int first_channel = 0;     // of them
+    int first_channel = 0;     // the first of these
     uint32_t width = 0;        // as in the file, before the orientation is applied
-    uint32_t height = 0;       //
+    uint32_t height = 0;       // the same
     uint32_t block_width = 0;  // of a tile, or the width
     uint32_t block_height = 0; // of a tile or strip
     uint64_t row_bytes = 0;    // of a row of samples in one plane
