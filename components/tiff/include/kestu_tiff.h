@@ -116,9 +116,9 @@ KESTU_API const kestu_tiff_info_t *kestu_tiff_info(const kestu_tiff_reader_t *re
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_tiff_row(kestu_tiff_reader_t *reader, void *row);
 
 /*
- * Receives a `tag` of a page by its number, its `name` in libtiff or "" when it is private, its `value`
- * as a text in which control characters stand as "\x1b" (long lists and texts are cut and end in
- * "..."), and the caller's `baton`. What it returns ends the walk unless it is 0.
+ * Receives a `tag` of a page by its number, its `name` in libtiff or "" when it is private, its
+ * `value` as a text in which control characters stand as "\x1b" (long lists and texts are cut and
+ * end in "..."), and the caller's `baton`. What it returns ends the walk unless it is 0.
  */
 typedef int (*kestu_tiff_tag_func)(int tag, const char *name, const char *value, void *baton);
 
