@@ -85,9 +85,8 @@ kestu_error_t *show_source(const ShowOptions &options, Source &source) {
         print(sixels(picture));
     else
         print(display == Display::ascii ? ascii_art(picture) : blocks(picture, display));
-    print(text("%s: %d x %d pixels, levels %g to %g\n",
-               printable(name_of_input(options.path).c_str()).c_str(), part.width, part.height,
-               contrast.low, contrast.high));
+    print(text("%d x %d pixels, levels %g to %g\n", part.width, part.height, contrast.low,
+               contrast.high));
     return nullptr;
 }
 
