@@ -1,7 +1,7 @@
 # What is installed where, in the components runtime, development, program and documentation.
 #
-# A library that is added later gets an export of its own, kestu-NAME-targets, in a component of its
-# own: find_package(kestu COMPONENTS NAME) then finds it with no further change.
+# A library beside the core (Component.cmake) has an export of its own, kestu-NAME-targets, in a component
+# of its own, which find_package(kestu COMPONENTS NAME) finds.
 include(CMakePackageConfigHelpers)
 
 set(kestu_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/kestu)
@@ -64,6 +64,10 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/libkestu.cdx.json
 if(KESTU_BUILD_EDIT)
   install(FILES ${CMAKE_CURRENT_BINARY_DIR}/libkestu_edit.cdx.json
     DESTINATION ${kestu_sbom_dir} COMPONENT edit)
+endif()
+if(KESTU_BUILD_TIFF)
+  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/libkestu_tiff.cdx.json
+    DESTINATION ${kestu_sbom_dir} COMPONENT tiff)
 endif()
 if(KESTU_BUILD_PROGRAM)
   install(FILES ${CMAKE_CURRENT_BINARY_DIR}/kestu.cdx.json

@@ -27,13 +27,14 @@ cmake_dependent_option(KESTU_BUILD_BENCH "Build the benchmark programs" OFF
   PROJECT_IS_TOP_LEVEL OFF)
 cmake_dependent_option(KESTU_BUILD_FUZZ "Build the libFuzzer targets (needs Clang)" OFF
   PROJECT_IS_TOP_LEVEL OFF)
-# The program needs it; a build of the library alone does not ask for utf8proc.
+# The program needs them; a build of the library alone asks for neither utf8proc nor libtiff.
 if(KESTU_BUILD_PROGRAM OR KESTU_BUILD_BENCH OR KESTU_BUILD_FUZZ)
-  set(kestu_wants_edit ON)
+  set(kestu_wants_components ON)
 else()
-  set(kestu_wants_edit OFF)
+  set(kestu_wants_components OFF)
 endif()
-option(KESTU_BUILD_EDIT "Build libkestu_edit, the line editor" ${kestu_wants_edit})
+option(KESTU_BUILD_EDIT "Build libkestu_edit, the line editor" ${kestu_wants_components})
+option(KESTU_BUILD_TIFF "Build libkestu_tiff, the reader of all TIFF files" ${kestu_wants_components})
 option(KESTU_WERROR "Turn compiler warnings into errors, and missing packages too" OFF)
 set(KESTU_FORTIFY 2 CACHE STRING "How closely the C library's functions are watched: 0 to 3")
 set(KESTU_SANITIZE "" CACHE STRING "Sanitizers to build with: 'address,undefined' or 'thread'")

@@ -72,12 +72,20 @@ if(KESTU_BUILD_EDIT)
     "utf8proc|${UTF8PROC_VERSION}|libutf8proc.so.2"
     "glibc|${libc_major}.${libc_minor}|libc.so.6 ld-linux-x86-64.so.2")
 endif()
+if(KESTU_BUILD_TIFF)
+  kestu_write_sbom(${PROJECT_BINARY_DIR}/libkestu_tiff.cdx.json libkestu_tiff library
+    "libkestu|${PROJECT_VERSION}|libkestu.so.1"
+    "libtiff|${LIBTIFF_VERSION}|libtiff.so.6"
+    "glibc|${libc_major}.${libc_minor}|libc.so.6 libm.so.6 ld-linux-x86-64.so.2")
+endif()
 if(KESTU_BUILD_PROGRAM)
   find_package(CLI11 CONFIG REQUIRED)
   find_package(nlohmann_json REQUIRED)
   list(APPEND parts
     "libkestu|${PROJECT_VERSION}|libkestu.so.1"
     "libkestu_edit|${PROJECT_VERSION}|libkestu_edit.so.1"
+    "libkestu_tiff|${PROJECT_VERSION}|libkestu_tiff.so.1"
+    "libpng|${LIBPNG_VERSION}|libpng16.so.16"
     "CLI11|${CLI11_VERSION}|"
     "nlohmann_json|${nlohmann_json_VERSION}|"
     "libstdc++|${CMAKE_CXX_COMPILER_VERSION}|libstdc++.so.6 libgcc_s.so.1")

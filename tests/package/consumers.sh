@@ -35,6 +35,10 @@ cmake -S "$here/project" -B "$work/build" -DCMAKE_PREFIX_PATH="$work/usr" \
 cmake --build "$work/build" >/dev/null
 "$work/build/consumer_c"
 "$work/build/consumer_cpp"
+"$work/build/consumer_tiff"
+# shellcheck disable=SC2046,SC2086
+"$cc" $flags "$work/build/tiff.c" -o "$work/tiff" $(pkg-config --cflags --libs kestu-tiff)
+"$work/tiff"
 
 # Nothing is left when all that was installed is removed.
 cp "$build/install_manifest.txt" "$work"

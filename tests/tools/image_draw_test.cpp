@@ -61,7 +61,8 @@ TEST(ImageDraw, DrawsEveryShapeAsTheLibraryDoes) {
     int bits = 8;
     for (const auto &[what, draw] : cases) {
         std::istringstream words(std::string("image draw ") + what + " " + out +
-                                 " --size 40 30 --level 200 --bits " + std::to_string(bits));
+                                 " --force --size 40x30 --level 200 --bits " +
+                                 std::to_string(bits));
         const Ran ran = run_kestu({std::istream_iterator<std::string>(words), {}});
         EXPECT_EQ(ran.status, 0) << ran.err;
         Image img;

@@ -44,6 +44,7 @@ TEST_P(Transcript, ShowsWhatItDid) {
     const TemporaryFolder folder;
     fs::copy(transcripts / "given", folder.path);
     fs::create_directory_symlink(KESTU_CPUID_FOLDER, folder / "machines");
+    fs::create_directory_symlink(KESTU_PICTURES_FOLDER, folder / "pictures");
     const std::string path = transcripts / (GetParam() + ".txt"), expected = read_file(path);
     std::istringstream lines(expected);
     std::string shown;

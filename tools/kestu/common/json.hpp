@@ -15,4 +15,9 @@ inline std::string document(const Json &json) {
     return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
+// The same in one line, of which many make a stream.
+inline std::string json_line(const Json &json) {
+    return json.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
 } // namespace program

@@ -1,123 +1,54 @@
 // `kestu image ...`
 #include "image/commands.hpp"
 
-#include "common/fitted.hpp"
-#include "common/input_file.hpp"
-#include "common/new_file.hpp"
-#include "common/progress.hpp"
-#include "common/terminal.hpp"
-#include "common/text.hpp"
 #include "common/values.hpp"
-#include "image/histogram.hpp"
-#include "image/image.hpp"
-
-#include <memory>
+#include "image/picture.hpp"
+#include "image/selection.hpp"
 
 namespace program {
-namespace {
 
-struct InfoOptions {
-    std::vector<std::string> paths;
-    int width = 0;
-};
-
-void info(const InfoOptions &options, Outcome &outcome) {
-    const std::vector<std::string> &paths = options.paths;
-    Progress progress("kestu image info", paths.size());
-    const char *separator = "";
-    for (const std::string &path : paths) {
-        Image image;
-        if (progress.ok(read_image(path, image), name_of_input(path), outcome)) {
-            const std::string page = separator + describe(name_of_input(path), image.record);
-            progress.aside([&] { print(fitted(page, page_width(options.width))); });
-            separator = "\n";
-        }
-        progress.advance();
-    }
+void add_page_option(CLI::App &command, uint32_t &page, const char *description) {
+    command.add_option("--page", page, description)
+        ->type_name("N")
+        ->check(whole_number(1, 1 << 30));
 }
 
-struct HistogramOptions {
-    std::string path;
-    std::string svg;
-    bool csv = false;
-    bool logarithmic = false;
-    bool ascii = false;
-    bool no_colour = false;
-    int width = 0;
-};
-
-bool measure(const std::string &path, Image &image, Histogram &counts, double &entropy,
-             Outcome &outcome) {
-    Progress progress("kestu image histogram", 3);
-    if (!progress.ok(read_image(path, image), name_of_input(path), outcome))
-        return false;
-    progress.advance();
-    if (!progress.ok(counts.measure(image.record), name_of_input(path), outcome))
-        return false;
-    progress.advance();
-    return progress.ok(kestu_img_entropy(&image.record, &entropy), name_of_input(path), outcome);
-}
-
-void histogram(const HistogramOptions &options, Outcome &outcome) {
-    Image image;
-    Histogram counts;
-    HistogramPlot plot;
-    if (!measure(options.path, image, counts, plot.entropy, outcome))
-        return;
-    plot.levels = counts.levels();
-    plot.threshold = counts.threshold();
-    plot.logarithmic = options.logarithmic;
-    if (!options.svg.empty())
-        outcome.ok(write_new_file(options.svg, histogram_svg(plot, name_of_input(options.path))),
-                   name_of_output(options.svg));
-    if (options.csv)
-        return print(histogram_csv(plot.levels));
-    if (!options.svg.empty())
-        return;
-    Look look = look_of_output();
-    look.unicode = look.unicode && !options.ascii;
-    look.colour = look.colour && !options.no_colour;
-    look.width = options.width > 0 ? options.width : look.width;
-    print(draw_histogram(plot, look));
-}
-
-void add_info(CLI::App &image, Outcome &outcome) {
-    CLI::App *command = image.add_subcommand("info", "Describe TIFF files, field by field");
-    auto options = std::make_shared<InfoOptions>();
-    command->add_option("FILE", options->paths, "TIFF files; - is standard input")->required();
-    add_page_width(*command, options->width);
-    command->callback([options, &outcome] { info(*options, outcome); });
-}
-
-void add_histogram(CLI::App &image, Outcome &outcome) {
-    CLI::App *command = image.add_subcommand("histogram", "Plot how often each gray level occurs");
-    auto options = std::make_shared<HistogramOptions>();
-    command->add_option("FILE", options->path, "TIFF file; - is standard input")->required();
-    command->add_flag("--csv", options->csv, "Print \"level,count\" lines instead of the plot");
+void add_region_options(CLI::App &command, Region &region) {
     command
-        ->add_option("--svg", options->svg,
-                     "Write the plot to this file as a picture; - is standard output")
+        .add_option("--region", region.rectangle, "Only the rectangle with this corner and size")
+        ->type_name("X,Y,W,H");
+    command
+        .add_option("--ellipse", region.ellipse,
+                    "Only the ellipse with this middle and these half-axes")
+        ->type_name("X,Y,A,B");
+    command
+        .add_option("--mask", region.mask, "Only where this picture of the same size is not black")
         ->type_name("FILE");
-    command->add_flag("--log", options->logarithmic, "Let the height follow the logarithm");
-    command
-        ->add_option("--width", options->width,
-                     "Columns of the plot, 20 to 1000 [default: the terminal's width]")
-        ->type_name("COLUMNS")
-        ->check(whole_number(20, 1000));
-    command->add_flag("--ascii", options->ascii, "Draw with ASCII characters");
-    command->add_flag("--no-color", options->no_colour, "The same as --color never");
-    command->callback([options, &outcome] { histogram(*options, outcome); });
 }
 
-} // namespace
+void add_force(CLI::App &command, bool &force) {
+    command.add_flag("--force", force, "Replace files that are there, the one that is read too");
+}
+
+void add_picture_options(CLI::App &command, PictureOptions &options) {
+    static const std::vector<std::string> ways = {"none", "deflate"};
+    command.add_option("--compress", options.compress, "Compression of TIFF files")
+        ->capture_default_str()
+        ->type_name(alternatives(ways))
+        ->check(one_of(ways));
+    command.add_option("--description", options.description, "What the picture says of itself")
+        ->type_name("TEXT");
+    add_force(command, options.force);
+}
 
 void add_image_commands(CLI::App &app, Outcome &outcome) {
-    CLI::App *image =
-        app.add_subcommand("image", "Inspect, measure and make grayscale TIFF images");
+    CLI::App *image = app.add_subcommand("image", "Inspect, measure, show and make gray pictures");
     image->require_subcommand(1);
     add_info(*image, outcome);
     add_histogram(*image, outcome);
     add_stats(*image, outcome);
+    add_show(*image, outcome);
+    add_compare(*image, outcome);
     add_conversions(*image, outcome);
     add_draw(*image, outcome);
 }

@@ -4,11 +4,12 @@
 #include "common/text.hpp"
 #include "common/values.hpp"
 #include "image/commands.hpp"
-#include "image/image.hpp"
-
-#include "kestu_img_shape.h"
+#include "image/picture.hpp"
+#include "image/shape.hpp"
+#include "image/source.hpp"
 
 #include <array>
+#include <charconv>
 #include <cmath>
 #include <limits>
 #include <memory>
@@ -20,68 +21,16 @@ const std::vector<std::string> depths = {"8", "16"};
 
 struct DrawOptions {
     std::array<double, 4> at{}; // what the shape takes, in its order
-    bool smooth = false;
-    std::optional<double> width;
-    std::vector<int> size = {256, 256};
+    std::vector<std::string> also;
+    LineStyle style;
+    std::string size = "256x256";
     int bits = 8;
     std::optional<int> level;
     std::string on;
+    uint32_t page = 1;
     std::string out;
+    PictureOptions picture;
 };
-
-kestu_error_t *draw_circle(const DrawOptions &options, kestu_img_plot_func plot, void *data) {
-    const auto [x, y, r, unused] = options.at;
-    if (options.width)
-        return kestu_img_circle_waa(x, y, r, *options.width, plot, data);
-    const auto draw = options.smooth ? kestu_img_circle_aa : kestu_img_circle;
-    return draw(static_cast<int>(x), static_cast<int>(y), static_cast<int>(r), plot, data);
-}
-
-// Both forms of ellipses take four numbers.
-template <auto plain, auto smooth, auto wide>
-kestu_error_t *draw_ellipse(const DrawOptions &options, kestu_img_plot_func plot, void *data) {
-    const auto [p, q, r, s] = options.at;
-    if (options.width)
-        return wide(p, q, r, s, *options.width, plot, data);
-    const auto draw = options.smooth ? smooth : plain;
-    return draw(static_cast<int>(p), static_cast<int>(q), static_cast<int>(r), static_cast<int>(s),
-                plot, data);
-}
-
-struct Argument {
-    const char *name;
-    const char *description;
-};
-
-struct Shape {
-    const char *name;
-    const char *description;
-    std::vector<Argument> arguments;
-    kestu_error_t *(*draw)(const DrawOptions &options, kestu_img_plot_func plot, void *data);
-};
-
-const std::vector<Shape> &shapes() {
-    static const std::vector<Shape> all = {
-        {"circle",
-         "Draw a circle around (X, Y)",
-         {{"X", "Column of the middle"}, {"Y", "Row of the middle"}, {"R", "Radius in pixels"}},
-         draw_circle},
-        {"ellipse",
-         "Draw an ellipse around (X, Y)",
-         {{"X", "Column of the middle"},
-          {"Y", "Row of the middle"},
-          {"A", "Half-axis along x in pixels"},
-          {"B", "Half-axis along y in pixels"}},
-         draw_ellipse<kestu_img_ellipse, kestu_img_ellipse_aa, kestu_img_ellipse_waa>},
-        {"ellipser",
-         "Draw the ellipse inscribed in a rectangle",
-         {{"X0", "Column of a corner"},
-          {"Y0", "Row of a corner"},
-          {"X1", "Column of the opposite corner"},
-          {"Y1", "Row of the opposite corner"}},
-         draw_ellipse<kestu_img_ellipser, kestu_img_ellipser_aa, kestu_img_ellipser_waa>}};
-    return all;
-}
 
 // A picture that takes a gray level in proportion to the part of a pixel that is covered.
 struct Canvas {
@@ -104,86 +53,124 @@ struct Canvas {
     }
 };
 
-kestu_error_t *open_picture(const DrawOptions &options, Image &image) {
-    if (options.on.empty())
-        return make_black(image.record, options.size[0], options.size[1], options.bits);
-    double unused = 0;
-    if (kestu_error_t *err = read_image(options.on, image))
-        return err;
-    return kestu_img_entropy(&image.record, &unused); // refuses what is not grayscale
+// "100x80"; false for anything else.
+bool parse_size(const std::string &words, int &width, int &height) {
+    const char *end = words.data() + words.size();
+    const auto [x, failure] = std::from_chars(words.data(), end, width);
+    if (failure != std::errc() || x == end || *x != 'x')
+        return false;
+    const auto [rest, second] = std::from_chars(x + 1, end, height);
+    const auto fits = [](int n) { return n >= 1 && n <= 65535; };
+    return second == std::errc() && rest == end && fits(width) && fits(height);
 }
 
-void draw(const Shape &shape, const DrawOptions &options, Outcome &outcome) {
+kestu_error_t *open_picture(const DrawOptions &options, Image &image) {
+    if (!options.on.empty())
+        return read_picture(options.on, options.page, image);
+    int width = 0;
+    int height = 0;
+    parse_size(options.size, width, height);
+    return make_black(image.record, width, height, options.bits);
+}
+
+void check(const DrawnShape &shape, const LineStyle &style) {
+    if (const std::string fault = fault_of(shape, style); !fault.empty())
+        throw CLI::ValidationError(shape.kind->name, fault);
+}
+
+// The shape of the command and those of --also.
+std::vector<DrawnShape> shapes_of(const ShapeKind &kind, const DrawOptions &options) {
+    std::vector<DrawnShape> shapes = {{&kind, options.at}};
+    for (const std::string &words : options.also) {
+        DrawnShape shape;
+        if (!parse_shape(words, shape))
+            throw CLI::ValidationError("--also", "'" + printable(words.c_str()) +
+                                                     "' is not a shape with its numbers, as "
+                                                     "\"circle 24 20 15\"");
+        shapes.push_back(shape);
+    }
+    for (const DrawnShape &shape : shapes)
+        check(shape, options.style);
+    return shapes;
+}
+
+void draw(const ShapeKind &kind, const DrawOptions &options, Outcome &outcome) {
+    const std::vector<DrawnShape> shapes = shapes_of(kind, options);
     Image image;
     kestu_img_t &record = image.record;
-    if (!outcome.ok(open_picture(options, image), name_of_input(options.on)))
+    if (!outcome.ok(check_new(options.out, options.picture.force), name_of_output(options.out)) ||
+        !outcome.ok(open_picture(options, image), name_of_input(options.on)))
         return;
     const int largest = record.bits[0] == 8 ? 255 : 65535;
     if (options.level.value_or(0) > largest)
         throw CLI::ValidationError("--level", text("at most %d in this picture", largest));
     Canvas canvas = {record, options.level.value_or(largest)};
-    if (outcome.ok(shape.draw(options, Canvas::plot, &canvas)))
-        outcome.ok(write_new_file(
-                       options.out,
-                       [&](const char *partial) { return kestu_img_write_tiff(partial, &record); }),
-                   name_of_output(options.out));
+    for (const DrawnShape &shape : shapes)
+        if (!outcome.ok(draw_shape(shape, options.style, record.width, record.height, Canvas::plot,
+                                   &canvas)))
+            return;
+    outcome.ok(write_picture(options.out, record, options.picture), name_of_output(options.out));
 }
 
-// Only wide shapes take any numbers; they round.
-void check_numbers(const Shape &shape, const DrawOptions &options) {
-    for (size_t i = 0; i < shape.arguments.size() && !options.width; ++i) {
-        const double number = options.at[i];
-        if (number != std::trunc(number) || std::fabs(number) > std::numeric_limits<int>::max())
-            throw CLI::ValidationError(shape.arguments[i].name,
-                                       "a whole number is expected without --width");
-    }
-}
-
-void add_shape(CLI::App &draw_command, const Shape &shape, Outcome &outcome) {
-    CLI::App *command = draw_command.add_subcommand(shape.name, shape.description);
+void add_shape(CLI::App &draw_command, const ShapeKind &kind, Outcome &outcome) {
+    CLI::App *command = draw_command.add_subcommand(kind.name, kind.description);
     auto options = std::make_shared<DrawOptions>();
-    for (size_t i = 0; i < shape.arguments.size(); ++i)
-        command->add_option(shape.arguments[i].name, options->at[i], shape.arguments[i].description)
+    for (size_t i = 0; i < kind.arguments.size(); ++i)
+        command->add_option(kind.arguments[i].name, options->at[i], kind.arguments[i].description)
             ->required()
             ->check(number());
-    command->add_option("OUT", options->out, "TIFF file to be made; - is standard output")
+    command
+        ->add_option("OUT", options->out,
+                     "The picture to be made: .png or TIFF; - is standard output")
         ->required();
+    command
+        ->add_option("--also", options->also, "Another shape, as \"circle 24 20 15\"; repeatable")
+        ->type_name("SHAPE")
+        ->expected(1, 1 << 20);
     CLI::Option *smooth =
-        command->add_flag("--aa", options->smooth, "Cover the pixels at the edge in part");
-    command->add_option("--width", options->width, "The same, with a line of this many pixels")
+        command->add_flag("--aa", options->style.smooth, "Cover the pixels at the edge in part");
+    command
+        ->add_option("--width", options->style.width, "The same, with a line of this many pixels")
         ->excludes(smooth)
         ->type_name("PIXELS")
         ->check(not_negative_number());
     CLI::Option *size = command->add_option("--size", options->size, "Size of the black picture")
-                            ->default_str("256 256")
-                            ->type_name("WIDTH HEIGHT")
-                            ->expected(2)
-                            ->check(whole_number(1, 65535));
+                            ->capture_default_str()
+                            ->type_name("WIDTHxHEIGHT")
+                            ->check(CLI::Validator(
+                                [](std::string &words) {
+                                    int width = 0;
+                                    int height = 0;
+                                    return parse_size(words, width, height)
+                                               ? std::string()
+                                               : "'" + printable(words.c_str()) +
+                                                     "' is not a size from 1x1 to 65535x65535";
+                                },
+                                ""));
     CLI::Option *bits = command->add_option("--bits", options->bits, "Depth of the black picture")
                             ->capture_default_str()
                             ->type_name(alternatives(depths))
                             ->check(one_of(depths));
-    command->add_option("--on", options->on, "Draw on a copy of this TIFF file instead")
+    command->add_option("--on", options->on, "Draw on a copy of this picture instead")
         ->type_name("FILE")
         ->excludes(size)
         ->excludes(bits);
+    add_page_option(*command, options->page, "The page of that file [default: 1]");
     command
         ->add_option("--level", options->level, "Gray level of the line [default: the largest one]")
         ->type_name("LEVEL")
         ->check(whole_number(0, 65535));
-    command->callback([&shape, options, &outcome] {
-        check_numbers(shape, *options);
-        draw(shape, *options, outcome);
-    });
+    add_picture_options(*command, options->picture);
+    command->callback([&kind, options, &outcome] { draw(kind, *options, outcome); });
 }
 
 } // namespace
 
 void add_draw(CLI::App &image, Outcome &outcome) {
-    CLI::App *command = image.add_subcommand("draw", "Draw a circle or an ellipse into a picture");
+    CLI::App *command = image.add_subcommand("draw", "Draw circles and ellipses into a picture");
     command->require_subcommand(1);
-    for (const Shape &shape : shapes())
-        add_shape(*command, shape, outcome);
+    for (const ShapeKind &kind : shape_kinds())
+        add_shape(*command, kind, outcome);
 }
 
 } // namespace program

@@ -19,17 +19,6 @@ constexpr const char *below_colour = "\033[34m";       // levels up to the thres
 constexpr const char *above_colour = "\033[33m";
 constexpr const char *plain = "\033[0m";
 
-// "12.3k": a count in at most six characters.
-std::string short_count(double count) {
-    constexpr const char *units[] = {"", "k", "M", "G", "T", "P", "E"};
-    const char *const *unit = units;
-    while (count >= 999.5 && unit + 1 != std::end(units)) {
-        count /= 1000.0;
-        ++unit;
-    }
-    return text(count < 99.95 && unit != units ? "%.1f%s" : "%.0f%s", count, *unit);
-}
-
 // What stands in row `row` (0 at the bottom) of a bar that is `height` rows high.
 const char *cell(double height, int row, bool unicode) {
     const double part = std::clamp(height - row, 0.0, 1.0);
@@ -48,10 +37,10 @@ std::string axis(size_t columns, size_t mark, const HistogramPlot &plot, const L
     line += look.unicode ? "└" : "+";
     for (size_t i = 0; i < columns; ++i)
         line += look.unicode ? (i == mark ? "┴" : "─") : (i == mark ? "^" : "-");
-    const std::string last = text("%zu", plot.levels.size() - 1);
+    const std::string last = text("%zu", plot.counts.levels.size() - 1);
     std::string labels(columns, ' ');
     labels[0] = '0';
-    const std::string threshold = text("%.1f", plot.threshold);
+    const std::string threshold = text("%.1f", plot.counts.threshold());
     const size_t last_at = columns > last.size() ? columns - last.size() : 0;
     labels.replace(last_at, last.size(), last);
     const size_t at = std::min(mark, columns - std::min(columns, threshold.size()));
@@ -63,9 +52,7 @@ std::string axis(size_t columns, size_t mark, const HistogramPlot &plot, const L
 std::string row_label(int row, uint64_t largest, bool logarithmic) {
     if (row % 5 != 0)
         return std::string(margin - 2, ' ');
-    const double part = double(row) / (rows - 1);
-    const double count =
-        logarithmic ? std::expm1(std::log1p(double(largest)) * part) : double(largest) * part;
+    const double count = count_at(double(row) / (rows - 1), largest, logarithmic);
     return text("%*s", margin - 2, short_count(count).c_str());
 }
 
@@ -106,22 +93,44 @@ double bar_height(uint64_t count, uint64_t largest, bool logarithmic) {
 
 std::string draw_histogram(const HistogramPlot &plot, const Look &look) {
     const size_t columns = static_cast<size_t>(std::max(look.width - margin - 1, 10));
-    const std::vector<uint64_t> bars = gather(plot.levels, columns);
+    const std::vector<uint64_t> bars = gather(plot.counts.levels, columns);
     const uint64_t largest = *std::max_element(bars.begin(), bars.end());
-    const double position = plot.threshold / double(plot.levels.size()) * double(bars.size());
+    const double position =
+        plot.counts.threshold() / double(plot.counts.levels.size()) * double(bars.size());
     const size_t mark = std::min(static_cast<size_t>(std::max(position, 0.0)), bars.size() - 1);
     std::string page;
     for (int row = rows - 1; row >= 0; --row)
         page += draw_row(row, bars, largest, mark, plot, look);
     page += axis(bars.size(), mark, plot, look);
-    page += text("Entropy %.4f bits per pixel, threshold %.2f\n", plot.entropy, plot.threshold);
+    page += text("Entropy %.4f bits per pixel, threshold %.2f (intermeans), %.2f (Otsu)\n",
+                 plot.counts.entropy(), plot.counts.threshold(), plot.counts.otsu());
     return page;
 }
 
-std::string histogram_csv(std::span<const uint64_t> levels) {
-    std::string csv = "level,count\n";
-    for (size_t level = 0; level < levels.size(); ++level)
-        csv += text("%zu,%llu\n", level, static_cast<unsigned long long>(levels[level]));
+std::string short_count(double count) {
+    constexpr const char *units[] = {"", "k", "M", "G", "T", "P", "E"};
+    const char *const *unit = units;
+    while (count >= 999.5 && unit + 1 != std::end(units)) {
+        count /= 1000.0;
+        ++unit;
+    }
+    return text(count < 99.95 && unit != units ? "%.1f%s" : "%.0f%s", count, *unit);
+}
+
+double count_at(double height, uint64_t largest, bool logarithmic) {
+    return logarithmic ? std::expm1(std::log1p(double(largest)) * height)
+                       : double(largest) * height;
+}
+
+std::string histogram_csv(const HistogramPlot &plot, bool named, bool headed) {
+    std::string name;
+    for (const char c : plot.title)
+        name += c == '"' ? "\"\"" : std::string(1, c);
+    const std::string front = named ? "\"" + name + "\"," : "";
+    std::string csv = headed ? (named ? "file,level,count\n" : "level,count\n") : "";
+    for (size_t level = 0; level < plot.counts.levels.size(); ++level)
+        csv += front + text("%zu,%llu\n", level,
+                            static_cast<unsigned long long>(plot.counts.levels[level]));
     return csv;
 }
 

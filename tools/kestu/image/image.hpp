@@ -25,9 +25,6 @@ class Image {
     kestu_img_t record{};
 };
 
-// Reads the image at `path`, or of standard input for "-". A failure is told in words that help.
-kestu_error_t *read_image(const std::string &path, Image &image);
-
 // Makes `image` a black picture, black is zero, of 8 or 16 bits.
 kestu_error_t *make_black(kestu_img_t &image, int width, int height, int bits);
 
@@ -43,15 +40,10 @@ class Histogram {
         return kestu_img_histogram(&image, &bins_, &counts_);
     }
     std::span<const uint64_t> levels() const { return {counts_, static_cast<size_t>(bins_)}; }
-    double threshold() const { return kestu_img_thres_IJ(bins_, counts_); }
 
   private:
     int bins_ = 0;
     uint64_t *counts_ = nullptr;
 };
-
-// The description of an image, a line for each field, with entropy and threshold where they can be
-// taken.
-std::string describe(const std::string &path, kestu_img_t &image);
 
 } // namespace program

@@ -1,111 +1,130 @@
-// The page that `kestu image info` prints.
+// `kestu image info`: what files are, page by page.
+#include "common/fitted.hpp"
+#include "common/input_file.hpp"
+#include "common/json.hpp"
+#include "common/progress.hpp"
 #include "common/text.hpp"
-#include "image/image.hpp"
+#include "common/values.hpp"
+#include "image/batch.hpp"
+#include "image/commands.hpp"
+#include "image/counts.hpp"
+#include "image/describe.hpp"
 
-#include <algorithm>
+#include <memory>
 
 namespace program {
 namespace {
 
-struct Name {
-    int value;
-    const char *name;
+struct InfoOptions {
+    Batch batch;
+    uint32_t page = 0; // 0: every one
+    bool json = false, lines = false, tags = false;
+    int width = 0;
 };
 
-constexpr Name photometric_names[] = {
-    {-1, "not given"}, {0, "white is zero"}, {1, "black is zero"},
-    {2, "RGB"},        {3, "palette"},       {4, "transparency mask"},
-    {5, "separated"},  {6, "YCbCr"},         {8, "CIE L*a*b*"}};
-constexpr Name unit_names[] = {{-1, "not given, taken as inch"}, {2, "inch"}, {3, "centimetre"}};
-constexpr Name compression_names[] = {
-    {0, "not given"}, {1, "none"},        {2, "CCITT modified Huffman"}, {5, "LZW"}, {7, "JPEG"},
-    {8, "Deflate"},   {32773, "PackBits"}};
-constexpr Name planar_names[] = {{0, "not given"}, {1, "chunky"}, {2, "separate planes"}};
+// One file: a page for people, an array of pages for programs, and why it ended early.
+struct Described {
+    std::string page;
+    Json json = Json::array();
+    kestu_error_t *err = nullptr;
+};
 
-template <size_t N>
-std::string named(int value, const Name (&names)[N]) {
-    const auto *found = std::find_if(names, names + N, [&](Name n) { return n.value == value; });
-    return text("%s (%d)", found == names + N ? "unknown" : found->name, value);
+std::string tags_of(kestu_tiff_reader_t *reader, Json &json) {
+    struct Baton {
+        std::string page;
+        Json &json;
+    } baton = {"", json};
+    const auto add = [](int tag, const char *name, const char *value, void *data) {
+        auto &[page, list] = *static_cast<Baton *>(data);
+        page += text("    %5d %-26s %s\n", tag, name, value);
+        list.push_back({{"tag", tag}, {"name", name}, {"value", value}});
+        return 0;
+    };
+    kestu_tiff_tags(reader, add, &baton);
+    return baton.page;
 }
 
-std::string pair_of(double x, double y, const char *unit) {
-    return x == y ? text("%.4g %s", x, unit) : text("%.4g x %.4g %s", x, y, unit);
+kestu_error_t *describe_page(const std::string &name, Source &source, const std::string &readable,
+                             const InfoOptions &options, Described &out) {
+    Counts counts;
+    Selection all;
+    if (kestu_error_t *err = all.open({}, source.form()))
+        return err;
+    if (kestu_error_t *err = counts.measure(source, all))
+        return err;
+    Json page = json_of_page(name, source, counts);
+    std::string tags;
+    if (options.tags && source.tiff())
+        tags = tags_of(source.tiff(), page["tags"] = Json::array());
+    if (out.page.empty())
+        out.page = printable(name.c_str()) + "\n";
+    out.page += page_of(source, readable, counts);
+    if (!tags.empty())
+        out.page += "  Tags\n" + tags;
+    out.json.push_back(page);
+    return nullptr;
 }
 
-std::string resolution(kestu_img_t &image) {
-    if (image.xres == 0.0 && image.yres == 0.0)
-        return "not given";
-    double x = 0.0;
-    double y = 0.0;
-    kestu_error_clear(kestu_img_get_resmm(&image, &x, &y));
-    return pair_of(image.xres, image.yres, "pixels per inch") + ", " +
-           pair_of(x, y, "pixels per mm");
+Described describe_file(const std::string &path, const InfoOptions &options) {
+    Described described;
+    const std::string name = name_of_input(path);
+    described.err = read_file(path, [&](const char *readable) -> kestu_error_t * {
+        uint32_t page = std::max(options.page, 1U);
+        uint32_t last = page;
+        for (; page <= last; ++page) {
+            kestu_error_t *err = with_readable(readable, page, [&](Source &source) {
+                if (options.page == 0 && source.info())
+                    last = source.info()->pages;
+                return describe_page(name, source, readable, options, described);
+            });
+            if (err)
+                return err;
+        }
+        return nullptr;
+    });
+    return described;
 }
 
-std::string printed_size(const kestu_img_t &image) {
-    if (!(image.xres > 0.0) || !(image.yres > 0.0))
-        return "unknown without a resolution";
-    return text("%.1f x %.1f mm", image.width / image.xres * 25.4,
-                image.height / image.yres * 25.4);
-}
-
-std::string strips(const kestu_img_t &image) {
-    unsigned long long bytes = 0;
-    for (int i = 0; i < image.n_strip_bytes; ++i)
-        bytes += image.strip_bytes[i];
-    std::string line = counted(static_cast<unsigned>(image.n_strip_offsets), "strip");
-    line += ", " + counted(bytes, "byte") + " of samples";
-    if (image.n_strip_offsets > 0)
-        line += text(", the first at offset %'u", image.strip_offsets[0]);
-    return line;
-}
-
-std::string pixels(const kestu_img_t &image) {
-    if (image.data8)
-        return "8-bit matrix";
-    return image.data16 ? "16-bit matrix" : "not read at this depth";
-}
-
-// Why a measure cannot be taken is part of the description, not a failure of the program.
-std::string reason(kestu_error_t *err) {
-    const char *message = kestu_error_root_cause(err)->message;
-    std::string line = std::string("not measured: ") + (message ? message : "no memory");
-    kestu_error_clear(err);
-    return line;
-}
-
-void add_measures(std::string &page, kestu_img_t &image) {
-    double entropy = 0.0;
-    if (kestu_error_t *err = kestu_img_entropy(&image, &entropy))
-        return add_field(page, "Measures", reason(err));
-    add_field(page, "Entropy", text("%.4f bits per pixel", entropy));
-    Histogram histogram;
-    if (kestu_error_t *err = histogram.measure(image))
-        return add_field(page, "Threshold", reason(err));
-    add_field(page, "Threshold",
-              text("%.2f of 0 to %zu", histogram.threshold(), histogram.levels().size() - 1));
+void info(InfoOptions &options, Outcome &outcome) {
+    if (!gather_paths(options.batch, outcome))
+        return;
+    const auto &paths = options.batch.paths;
+    Progress progress("kestu image info", paths.size());
+    Json array = Json::array();
+    const char *separator = "";
+    in_order<Described>(
+        paths.size(), options.batch.workers(),
+        [&](size_t i) { return describe_file(paths[i], options); },
+        [&](size_t i, Described described) {
+            if (options.lines)
+                for (const Json &page : described.json)
+                    progress.aside([&] { print(json_line(page)); });
+            else if (options.json)
+                array.insert(array.end(), described.json.begin(), described.json.end());
+            else if (!described.page.empty())
+                progress.aside([&] {
+                    print(std::exchange(separator, "\n") +
+                          fitted(described.page, page_width(options.width)));
+                });
+            progress.ok(described.err, name_of_input(paths[i]), outcome);
+            progress.advance();
+        });
+    if (options.json && !options.lines)
+        progress.aside([&] { print(document(array)); });
 }
 
 } // namespace
 
-std::string describe(const std::string &path, kestu_img_t &image) {
-    std::string page = printable(path.c_str()) + "\n";
-    add_field(page, "Format", image.type == 1 ? "TIFF, little-endian" : "nothing read");
-    add_field(page, "Size", text("%'d x %'d pixels (width x height)", image.width, image.height));
-    add_field(page, "Resolution", resolution(image));
-    add_field(page, "Resolution unit", named(image.resunit, unit_names));
-    add_field(page, "Printed size", printed_size(image));
-    add_field(page, "Samples per pixel", text("%d", image.samples));
-    add_field(page, "Bits per sample",
-              text("%d, %d, %d (the first counts)", image.bits[0], image.bits[1], image.bits[2]));
-    add_field(page, "Photometric", named(image.photometric, photometric_names));
-    add_field(page, "Compression", named(image.compression, compression_names));
-    add_field(page, "Planar layout", named(image.planar, planar_names));
-    add_field(page, "Strips", strips(image));
-    add_field(page, "Pixels", pixels(image));
-    add_field(page, "Software", image.software ? printable(image.software) : "not given");
-    add_measures(page, image);
-    return page;
+void add_info(CLI::App &image, Outcome &outcome) {
+    CLI::App *command = image.add_subcommand("info", "Describe pictures, page by page");
+    auto options = std::make_shared<InfoOptions>();
+    add_batch_options(*command, options->batch);
+    add_page_option(*command, options->page, "Only this page [default: every one]");
+    command->add_flag("--tags", options->tags, "List all tags of TIFF files too");
+    command->add_flag("--json", options->json, "Print a JSON array with an object for each page");
+    command->add_flag("--json-lines", options->lines, "Print a JSON object a line for each page");
+    add_page_width(*command, options->width);
+    command->callback([options, &outcome] { info(*options, outcome); });
 }
 
 } // namespace program
