@@ -28,6 +28,7 @@ cmake_dependent_option(KESTU_BUILD_BENCH "Build the benchmark programs" OFF
 cmake_dependent_option(KESTU_BUILD_FUZZ "Build the libFuzzer targets (needs Clang)" OFF
   PROJECT_IS_TOP_LEVEL OFF)
 option(KESTU_WERROR "Turn compiler warnings into errors, and missing packages too" OFF)
+set(KESTU_ZSH_COMPLETIONS share/zsh/site-functions CACHE STRING "Where zsh looks for completions")
 set(KESTU_FORTIFY 2 CACHE STRING "How closely the C library's functions are watched: 0 to 3")
 set(KESTU_SANITIZE "" CACHE STRING "Sanitizers to build with: 'address,undefined' or 'thread'")
 

@@ -6,8 +6,8 @@
  *
  * A pattern list is text: patterns of apr_fnmatch separated by ";". They are matched against the
  * whole path, the folder's name as it was given included, so that "*.c" finds "src/io/file.c" as
- * long as KESTU_DIR_SLASH does not keep "*" from crossing "/"; with KESTU_DIR_NAMES against the name
- * alone, so that "file.*" finds it too.
+ * long as KESTU_DIR_SLASH does not keep "*" from crossing "/"; with KESTU_DIR_NAMES against the
+ * name alone, so that "file.*" finds it too.
  *
  * Traversals run at the same time when each has options and a pool of its own.
  */
@@ -58,8 +58,9 @@ typedef struct kestu_dir_traverse_t {
 /*
  * Calls the callback of `options` for every regular file and symbolic link of the folder `dir`
  * whose path passes the lists. Links are not followed; folders, devices, pipes and sockets are not
- * reported, but for folders with KESTU_DIR_FOLDERS. The files of a folder come in the order in which the system returns them, then its
- * subfolders in theirs, each as a whole. Files that vanish or cannot be looked up are passed over.
+ * reported, but for folders with KESTU_DIR_FOLDERS. The files of a folder come in the order in
+ * which the system returns them, then its subfolders in theirs, each as a whole. Files that vanish
+ * or cannot be looked up are passed over.
  *
  * `include` and `exclude` are pattern lists that are compiled into `options` within `pool`; with a
  * null text the list that is there stays. An empty `include` lets no file pass.

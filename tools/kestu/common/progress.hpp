@@ -13,8 +13,8 @@
 
 namespace program {
 
-// A bar on standard error, when that is a terminal, from the second second of a run to its end, with
-// the time that is left at the pace so far.
+// A bar on standard error, when that is a terminal, from the second second of a run to its end,
+// with the time that is left at the pace so far.
 class Progress {
   public:
     // `total` steps are to be done under the title `title`; 0 when nobody knows how many, so that
