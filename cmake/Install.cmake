@@ -34,6 +34,14 @@ if(KESTU_BUILD_PROGRAM)
     RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT program)
   install(EXPORT kestu-program-targets NAMESPACE kestu::
     DESTINATION ${kestu_package_dir} COMPONENT program)
+  foreach(completion
+      bash:${CMAKE_INSTALL_DATADIR}/bash-completion/completions:kestu
+      zsh:${KESTU_ZSH_COMPLETIONS}:_kestu
+      fish:${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d:kestu.fish)
+    string(REGEX MATCH "(.*):(.*):(.*)" unused ${completion})
+    install(FILES ${CMAKE_CURRENT_BINARY_DIR}/tools/kestu/kestu.${CMAKE_MATCH_1}
+      DESTINATION ${CMAKE_MATCH_2} RENAME ${CMAKE_MATCH_3} COMPONENT program)
+  endforeach()
 endif()
 
 # So do the descriptions for other builds. An archive brings along what it needs in any case.

@@ -36,6 +36,7 @@ endif()
 option(KESTU_BUILD_EDIT "Build libkestu_edit, the line editor" ${kestu_wants_components})
 option(KESTU_BUILD_TIFF "Build libkestu_tiff, the reader of all TIFF files" ${kestu_wants_components})
 option(KESTU_WERROR "Turn compiler warnings into errors, and missing packages too" OFF)
+set(KESTU_ZSH_COMPLETIONS share/zsh/site-functions CACHE STRING "Where zsh looks for completions")
 set(KESTU_FORTIFY 2 CACHE STRING "How closely the C library's functions are watched: 0 to 3")
 set(KESTU_SANITIZE "" CACHE STRING "Sanitizers to build with: 'address,undefined' or 'thread'")
 

@@ -89,6 +89,8 @@ constexpr Example examples[] = {
     {"kestu base", "kestu base 62 --from 16 - < numbers", "Convert the numbers in a file."},
     {"kestu shell", "kestu shell", "Type commands at a prompt."},
     {"kestu shell", "kestu shell < commands", "Run the commands in a file."},
+    {"kestu completion", "eval \"$(kestu completion bash)\"", "Complete words in this shell."},
+    {"kestu completion", "kestu completion zsh > _kestu", "Make the file for a folder of fpath."},
     {"kestu help", "kestu help", "List the commands."},
     {"kestu help", "kestu help image info", "Print the help of a command."},
 };

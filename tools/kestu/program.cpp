@@ -101,6 +101,7 @@ void set_up(CLI::App &app, Outcome &outcome) {
     add_escape_commands(app, outcome);
     add_base_command(app, outcome);
     add_shell_command(app, outcome);
+    add_completion_command(app);
     add_help_command(app, outcome);
     complete(app, outcome);
 }

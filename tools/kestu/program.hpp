@@ -59,5 +59,6 @@ void add_find_command(CLI::App &app, Outcome &outcome);
 void add_escape_commands(CLI::App &app, Outcome &outcome);
 void add_base_command(CLI::App &app, Outcome &outcome);
 void add_shell_command(CLI::App &app, Outcome &outcome);
+void add_completion_command(CLI::App &app);
 
 } // namespace program
