@@ -29,10 +29,20 @@ std::string fault_of(const char *path) {
     return S_ISREG(state.st_mode) && state.st_size == 0 ? "is empty" : "";
 }
 
-bool keep_standard_input(FILE *file) {
+// What can be read but once: standard input, and pipes with names.
+bool is_stream(const std::string &path) {
+    struct stat state = {};
+    return path == "-" || (stat(path.c_str(), &state) == 0 && S_ISFIFO(state.st_mode));
+}
+
+int open_stream(const std::string &path) {
+    return path == "-" ? dup(STDIN_FILENO) : open(path.c_str(), O_RDONLY | O_CLOEXEC);
+}
+
+bool keep_all(int fd, FILE *file) {
     char buffer[1 << 14];
     for (;;) {
-        const ssize_t got = ::read(STDIN_FILENO, buffer, sizeof buffer);
+        const ssize_t got = ::read(fd, buffer, sizeof buffer);
         if (got == 0)
             return std::fflush(file) == 0;
         if (got < 0 && errno != EINTR)
@@ -48,10 +58,15 @@ kestu_error_t *read_file(const std::string &path,
                          const std::function<kestu_error_t *(const char *readable)> &read) {
     Stream kept(nullptr, std::fclose);
     std::string readable = path;
-    if (path == "-") {
+    if (is_stream(path)) {
         kept.reset(std::tmpfile()); // without a name: nothing stays, whatever happens
-        if (!kept || !keep_standard_input(kept.get()))
-            return in_words(failed_to("read"));
+        const int fd = open_stream(path);
+        const bool is_kept = kept && fd >= 0 && keep_all(fd, kept.get());
+        const std::string failure = is_kept ? "" : failed_to("read");
+        if (fd >= 0)
+            close(fd);
+        if (!is_kept)
+            return in_words(failure);
         readable = text("/proc/self/fd/%d", fileno(kept.get()));
     }
     kestu_error_t *err = read(readable.c_str());
