@@ -1,8 +1,6 @@
 // What keys do to the line.
 #include "editor.hpp"
 
-#include "clusters.hpp"
-
 namespace kestu::edit {
 
 int Editor::accept() {

@@ -5,8 +5,6 @@
 #include "editor.hpp"
 #include "failure.hpp"
 
-#include <new>
-
 using kestu::KeptErrno;
 using namespace kestu::edit;
 

@@ -3,8 +3,6 @@
 
 #include "failure.hpp"
 
-#include "kestu_edit.h"
-
 #include <algorithm>
 
 #include <fcntl.h>

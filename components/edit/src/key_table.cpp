@@ -3,8 +3,6 @@
 
 #include "kestu_edit.h"
 
-#include <iterator>
-
 namespace kestu::edit {
 namespace {
 

@@ -2,8 +2,6 @@
 
 #include "failure.hpp"
 
-#include "kestu_edit.h"
-
 #include <poll.h>
 #include <sys/ioctl.h>
 #include <unistd.h>

@@ -1,8 +1,6 @@
 // What is seen of a line.
 #include "editor.hpp"
 
-#include "failure.hpp"
-
 namespace kestu::edit {
 
 void Editor::lay_out_text(std::string_view text, size_t cursor) {

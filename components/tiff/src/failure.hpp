@@ -5,7 +5,6 @@
 #include "kestu_error_codes.h"
 #include "kestu_mem.h"
 
-#include <cstddef>
 #include <cstdint>
 
 namespace kestu::tiff {

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cstring>
 #include <iterator>
-#include <new>
 
 namespace kestu::tiff {
 namespace {
