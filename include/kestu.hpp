@@ -20,6 +20,7 @@
 #include "kestu/pool.hpp"
 #include "kestu/records.hpp"
 #include "kestu/ring.hpp"
+#include "kestu/signal.hpp"
 #include "kestu/stack.hpp"
 #include "kestu/sum.hpp"
 #include "kestu/text.hpp"

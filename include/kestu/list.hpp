@@ -29,7 +29,9 @@ class List {
             const List *list = nullptr;
             bool operator==(const Place &other) const { return node == other.node; }
         };
-        static typename Held::Value &show(const Place &place) { return value(place.node->data); }
+        static typename Held::Value &show(const Place &place) {
+            return Held::value(place.node->data);
+        }
         static void next(Place &place) { place.node = place.node->next; }
         static void previous(Place &place) {
             place.node = place.node ? place.node->prev : place.list->last_;
@@ -59,8 +61,8 @@ class List {
     iterator end() const noexcept { return at(nullptr); }
     bool empty() const noexcept { return !first_; }
     size_t size() const { return kestu_dl_count(first_); } // by a walk
-    value_type &front() const noexcept { return value(first_->data); }
-    value_type &back() const noexcept { return value(last_->data); }
+    value_type &front() const noexcept { return Held::value(first_->data); }
+    value_type &back() const noexcept { return Held::value(last_->data); }
 
     // Add an element at the end, at the beginning or before `place`.
     iterator push_back(Given value, uint32_t tag = 0) {
@@ -120,9 +122,9 @@ class List {
     // Sorts by `less`, stable. What it throws leaves all elements in the list, in some order.
     template <typename Less = std::less<>>
     void sort(Less less = {}) {
-        const auto compare = [&less](uint32_t, void *a, uint32_t,
-                                     void *b) noexcept(noexcept(less(value(b), value(a)))) -> int {
-            return less(value(b), value(a));
+        const auto compare = [&less](uint32_t, void *a, uint32_t, void *b) noexcept(
+                                 noexcept(less(Held::value(b), Held::value(a)))) -> int {
+            return less(Held::value(b), Held::value(a));
         };
         detail::Carried carried(compare);
         kestu_dlm_sort(&first_, carried.template callback<kestu_dl_compare_func>(), &carried);
@@ -148,7 +150,6 @@ class List {
     kestu_dl_t *get() const noexcept { return first_; }
 
   private:
-    static value_type &value(void *data) noexcept { return *static_cast<value_type *>(data); }
     iterator at(kestu_dl_t *node) const noexcept { return iterator({node, this}); }
 
     kestu_error_t *append(Given &value, uint32_t tag) {

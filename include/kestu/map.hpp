@@ -26,10 +26,7 @@ class Map {
     using Held = detail::Held<T>;
 
   public:
-    struct Entry {
-        std::string_view key;
-        typename Held::Value &value;
-    };
+    using Entry = detail::Entry<typename Held::Value>;
 
   private:
     struct Steps {
@@ -40,7 +37,7 @@ class Map {
         };
         static Entry show(const Place &place) {
             return {{static_cast<const char *>(place.cursor.key), place.cursor.length},
-                    *static_cast<typename Held::Value *>(place.cursor.value)};
+                    Held::value(place.cursor.value)};
         }
         static void next(Place &place) { kestu_map_next(&place.cursor); }
         static void previous(Place &place) {
@@ -167,7 +164,7 @@ class Map {
     static bool walk(Function &fn, Walk walk_with) {
         const auto visit = [&fn](const void *key, size_t length, void *value) {
             const std::string_view text(static_cast<const char *>(key), length);
-            auto &shown = *static_cast<typename Held::Value *>(value);
+            auto &shown = Held::value(value);
             if constexpr (std::is_void_v<decltype(fn(text, shown))>)
                 return fn(text, shown), false;
             else

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <iterator>
 #include <memory>
+#include <string_view>
 #include <type_traits>
 #include <utility>
 
@@ -91,11 +92,24 @@ struct Range {
     Last end() const { return last; }
 };
 
+// A T that a container holds a pointer to.
+template <typename T>
+struct Shown {
+    using Value = T;
+    static T &value(void *pointer) noexcept { return *static_cast<T *>(pointer); }
+};
+
+// What containers with keys show of an entry.
+template <typename T>
+struct Entry {
+    std::string_view key;
+    T &value;
+};
+
 // How the containers, which hold pointers, hold a T. Those of T refer to objects of the caller's,
 // which outlive their place in the container; those of std::unique_ptr<T> own them.
 template <typename T>
-struct Held {
-    using Value = T;   // what is shown
+struct Held : Shown<T> {
     using Given = T &; // what goes in
     using Taken = T *; // what comes out, null for nothing
     static constexpr bool is_owned = false;
@@ -108,8 +122,7 @@ struct Held {
 };
 
 template <typename T>
-struct Held<std::unique_ptr<T>> {
-    using Value = T;
+struct Held<std::unique_ptr<T>> : Shown<T> {
     using Given = std::unique_ptr<T>;
     using Taken = std::unique_ptr<T>;
     static constexpr bool is_owned = true;

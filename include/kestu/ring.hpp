@@ -27,7 +27,7 @@ class Ring {
             bool operator==(const Place &other) const { return node == other.node; }
         };
         static typename Held::Value &show(const Place &place) {
-            return *static_cast<typename Held::Value *>(place.node->data);
+            return Held::value(place.node->data);
         }
         static void next(Place &place) { place.node = occupied(place.node->next); }
         static void previous(Place &place) {

@@ -20,9 +20,7 @@ class Stack {
     using Held = detail::Held<T>;
     struct Steps {
         using Place = kestu_sl_t *;
-        static typename Held::Value &show(Place node) {
-            return *static_cast<typename Held::Value *>(node->data);
-        }
+        static typename Held::Value &show(Place node) { return Held::value(node->data); }
         static void next(Place &node) { node = node->next; }
         static kestu_sl_t *record(Place node) { return node; }
     };

@@ -26,7 +26,7 @@ class Tree {
     using Held = detail::Held<T>;
     struct Siblings {
         using Place = kestu_tree_t *;
-        static typename Held::Value &show(Place node) { return value(node->data); }
+        static typename Held::Value &show(Place node) { return Held::value(node->data); }
         static void next(Place &node) { node = node->next; }
         static kestu_tree_t *record(Place node) { return node; }
     };
@@ -123,7 +123,6 @@ class Tree {
     kestu_tree_t *get() const noexcept { return first_; }
 
   private:
-    static value_type &value(void *data) noexcept { return *static_cast<value_type *>(data); }
     static void release(uint32_t, void *data, void *) noexcept { Held::take(data); }
 
     kestu_error_t *put(Given &value, uint32_t tag) {

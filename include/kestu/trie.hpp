@@ -25,10 +25,7 @@ class Trie {
     using Held = detail::Held<T>;
 
   public:
-    struct Entry {
-        std::string_view key;
-        typename Held::Value &value;
-    };
+    using Entry = detail::Entry<typename Held::Value>;
 
   private:
     // A branching with those of its children that are still to be visited, a bit for each.
@@ -43,8 +40,7 @@ class Trie {
             bool operator==(const Place &other) const { return leaf == other.leaf; }
         };
         static Entry show(const Place &place) {
-            return {key_of(place.leaf->length, place.leaf->key),
-                    *static_cast<typename Held::Value *>(place.leaf->value)};
+            return {key_of(place.leaf->length, place.leaf->key), Held::value(place.leaf->value)};
         }
         static const kestu_trie_leaf_t *record(const Place &place) { return place.leaf; }
 
@@ -167,7 +163,7 @@ class Trie {
     static void walk(Function &fn, Walk walk_with) {
         const auto visit = [&fn](uint64_t length, const uint8_t *key, void *value) noexcept(
                                noexcept(fn({}, std::declval<typename Held::Value &>()))) {
-            fn(key_of(length, key), *static_cast<typename Held::Value *>(value));
+            fn(key_of(length, key), Held::value(value));
         };
         detail::Carried carried(visit);
         walk_with(carried.template callback<kestu_trie_func>(), static_cast<void *>(&carried));

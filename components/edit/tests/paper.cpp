@@ -33,6 +33,15 @@ Character character_at(std::string_view text) {
     return found;
 }
 
+// What stands in a cell, without the style in front of it.
+std::string_view unstyled(std::string_view cell) {
+    return cell.starts_with('\x1b') ? cell.substr(cell.find('m') + 1) : cell;
+}
+
+bool is_wide(std::string_view cell) {
+    return character_at(unstyled(cell)).width == 2;
+}
+
 } // namespace
 
 void Paper::feed() {
@@ -52,7 +61,7 @@ void Paper::put(std::string_view text) {
             feed();
         }
         // A half of a character that is written over goes with it.
-        if (column_ > 0 && character_at(rows_[row_][column_ - 1]).width == 2)
+        if (column_ > 0 && is_wide(rows_[row_][column_ - 1]))
             rows_[row_][column_ - 1].clear();
         rows_[row_][column_] = style_ + std::string(text.substr(0, length));
         if (width == 2)
@@ -122,15 +131,12 @@ std::string Paper::shown(size_t first, bool styles) const {
             if (column == columns_)
                 break;
             const std::string &cell = rows_[row][column];
-            const bool wide_before =
-                column > 0 && !rows_[row][column - 1].empty() && cell.empty() &&
-                character_at(
-                    rows_[row][column - 1].substr(rows_[row][column - 1][0] == '\x1b'
-                                                      ? rows_[row][column - 1].find('m') + 1
-                                                      : 0))
-                        .width == 2;
-            const size_t from = !styles && cell[0] == '\x1b' ? cell.find('m') + 1 : 0;
-            text += cell.empty() ? (wide_before ? "" : " ") : cell.substr(from);
+            const bool is_second_half =
+                cell.empty() && column > 0 && is_wide(rows_[row][column - 1]);
+            if (cell.empty())
+                text += is_second_half ? "" : " ";
+            else
+                text += styles ? std::string_view(cell) : unstyled(cell);
         }
         text.erase(text.find_last_not_of(' ') + 1);
         all += text;
