@@ -232,6 +232,10 @@ TEST_F(ReadLine, TheFirstChangeOfTheWindowIsFollowed) {
     EXPECT_EQ(terminal.press("1"), "> abc1|d");
     type("2");
     EXPECT_EQ(terminal.press("3"), "> abc123\n> abc123|");
+    // The second is not: what stands behind the eighth column is no longer cleared.
+    terminal.resize(20, 4);
+    EXPECT_EQ(terminal.press("4"), "> abc123\n> abc1234|d");
+    EXPECT_EQ(terminal.press(backspace), "> abc123\n> abc123|dd");
     EXPECT_EQ(finish(), "abc123\\nd");
 }
 
