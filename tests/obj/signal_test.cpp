@@ -95,11 +95,20 @@ TEST_F(SignalTest, TypesGetCodesThatAreNotHandedOutAgain) {
     const std::string huge(10'000'000, 'x');
     EXPECT_CHAIN(pool.without_memory([&] { return kestu_objsig_register(&next, huge.c_str()); }),
                  120012, "Cannot register signal.", "");
+    kestu_error_t *full = pool.without_memory([&] {
+        kestu_error_t *err = nullptr;
+        for (int i = 0; !err && i < 10'000; ++i)
+            err = kestu_objsig_register(&next, nullptr);
+        return err;
+    });
+    ASSERT_NE(full, nullptr);
+    EXPECT_EQ(take_chain(full).front(), Element(120012, "Cannot register signal."));
+    const uint32_t last = next;
     ASSERT_OK(kestu_objsig_deregister(named));
     ASSERT_OK(kestu_objsig_deregister(named));
     EXPECT_EQ(kestu_objsig_query_type("named"), 0u);
     ASSERT_OK(kestu_objsig_register(&next, nullptr));
-    EXPECT_EQ(next, named + 2);
+    EXPECT_EQ(next, last + 1);
     EXPECT_EQ(kestu_objsig_query_type("named"), next) << "a record used again keeps its name";
 }
 
