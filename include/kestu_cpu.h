@@ -112,12 +112,12 @@ typedef struct kestu_cpu_flags_t {
  * bits; the masks stand where the field stands.
  */
 typedef struct kestu_cpu_split_t {
-    uint32_t thread_mask;           /* of the thread within its core */
-    uint32_t thread_width;          /* how wide that is */
-    uint32_t core_mask;             /* of the core within its package */
-    uint32_t core_width;            /* how wide that is */
+    uint32_t thread_mask;           /* the bits of the thread within its core */
+    uint32_t thread_width;          /* how many bits the thread has */
+    uint32_t core_mask;             /* the bits of the core within its package */
+    uint32_t core_width;            /* how many bits the core has */
     uint32_t core_and_thread_width; /* how far the package is from bit 0 */
-    uint32_t package_mask;          /* of the package */
+    uint32_t package_mask;          /* the bits of the package */
 } kestu_cpu_split_t;
 
 /* What only AMD's leaves tell, with the leaves, registers and bits. */
@@ -133,8 +133,8 @@ typedef struct kestu_cpu_amd_t {
     int32_t lm;               /* 0x80000001 EDX 29 long mode */
     int32_t amd3dnowext;      /* 0x80000001 EDX 30 extensions of 3DNow! */
     int32_t amd3dnow;         /* 0x80000001 EDX 31 3DNow! */
-    uint32_t l1_data;         /* 0x80000005 ECX, the descriptor as it stands */
-    uint32_t l1_instruction;  /* 0x80000005 EDX, the same of the other cache */
+    uint32_t l1_data;         /* 0x80000005 ECX, the descriptor of the data cache */
+    uint32_t l1_instruction;  /* 0x80000005 EDX, the descriptor of the instruction cache */
     uint32_t l2_kb;           /* 0x80000006 ECX size of the L2 cache */
     uint32_t l3_kb;           /* 0x80000006 EDX size of the L3 cache */
     int32_t ts;               /* 0x80000007 EDX 0 temperature sensor */
@@ -148,7 +148,7 @@ typedef struct kestu_cpu_amd_t {
     uint32_t cores_minus_one; /* 0x80000008 logical processors of the package, less one */
     uint32_t apic_core_bits;  /* 0x80000008 width of the APIC identifier below the package, or 0 */
     uint32_t svm_revision;    /* 0x8000000A of the secure virtual machine */
-    uint32_t svm_asids;       /* 0x8000000A address space identifiers of that */
+    uint32_t svm_asids; /* 0x8000000A address space identifiers of the secure virtual machine */
 } kestu_cpu_amd_t;
 
 /* What only Intel's leaves tell. */
@@ -158,7 +158,7 @@ typedef struct kestu_cpu_intel_t {
     int32_t restricted; /* the firmware hides leaves */
     /* sharing masks of four levels of caches, for processors that describe none by leaf 4 */
     uint32_t cache_mask[4];
-    uint32_t cache_mask_width[4]; /* how wide these are, in bits */
+    uint32_t cache_mask_width[4]; /* widths of the sharing masks */
 } kestu_cpu_intel_t;
 
 /* Identification: what kestu_cpu_intel_func and kestu_cpu_amd_func read on one processor. */
@@ -191,10 +191,10 @@ typedef struct kestu_cpu_cache_t {
     uint32_t line;          /* bytes of a line */
     uint32_t ways;          /* of associativity */
     uint32_t partitions;    /* lines that share a tag */
-    uint32_t sets;          /* how many */
+    uint32_t sets;          /* sets of lines */
     uint32_t shared_by;     /* how many logical processors may share one at most */
     uint32_t sharing_mask;  /* the bits of APIC identifiers in which those that share one differ */
-    uint32_t sharing_width; /* how many these are */
+    uint32_t sharing_width; /* the width of the sharing mask */
     uint32_t count;         /* how many of this kind there are */
     char label[64];         /* "L1d" */
     char description[256];  /* "Level 1 Data cache, size(KBytes)= 32" */
@@ -215,7 +215,7 @@ typedef struct kestu_cpu_processor_t {
 /* One core. */
 typedef struct kestu_cpu_core_t {
     uint32_t package;      /* identifier of its package, as in kestu_cpu_processor_t */
-    uint32_t core;         /* its own in that */
+    uint32_t core;         /* its own identifier in the package */
     uint32_t thread_count; /* its logical processors */
 } kestu_cpu_core_t;
 
@@ -242,11 +242,11 @@ typedef struct kestu_cpu_t {
     int32_t measure;
     int32_t measure_processor; /* the one to measure; -1 for every one */
 
-    uint32_t package_count;                                     /* how many packages there are */
-    uint32_t core_count;                                        /* how many cores */
-    uint32_t thread_count;                                      /* how many logical processors */
-    uint32_t cache_count;                                       /* how many kinds of caches */
-    kestu_cpu_cache_t caches[KESTU_CPU_MAX_CACHES];             /* the kinds of caches */
+    uint32_t package_count;                         /* how many packages there are */
+    uint32_t core_count;                            /* how many cores there are */
+    uint32_t thread_count;                          /* how many logical processors there are */
+    uint32_t cache_count;                           /* how many kinds of caches there are */
+    kestu_cpu_cache_t caches[KESTU_CPU_MAX_CACHES]; /* the kinds of caches */
     kestu_cpu_package_t packages[KESTU_CPU_MAX_PROCESSORS];     /* the packages */
     kestu_cpu_core_t cores[KESTU_CPU_MAX_PROCESSORS];           /* the cores */
     kestu_cpu_processor_t processors[KESTU_CPU_MAX_PROCESSORS]; /* the logical processors */
@@ -259,7 +259,7 @@ typedef struct kestu_cpu_t {
 /* An affinity mask: processor n is bit n mod 8 of byte n / 8. The bytes are the user's. */
 typedef struct kestu_cpu_genaffinity {
     uint32_t size; /* bytes */
-    uint8_t *bits; /* the bytes */
+    uint8_t *bits; /* the bytes of the mask */
 } kestu_cpu_genaffinity;
 
 /* Always 0; kept for programs that read it. */

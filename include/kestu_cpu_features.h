@@ -225,9 +225,10 @@ enum {
     KESTU_CPU_FEATURE_AMD_STIBP = 32 * 10 + 15, /* branch predictors apart for threads */
     KESTU_CPU_FEATURE_AMD_PPIN = 32 * 10 + 23,  /* the processor's inventory number */
     KESTU_CPU_FEATURE_AMD_SSBD = 32 * 10 + 24,  /* bypass of stores can be disabled */
-    KESTU_CPU_FEATURE_VIRT_SSBD = 32 * 10 + 25, /* the same in virtual machines */
-    KESTU_CPU_FEATURE_CPPC = 32 * 10 + 27,      /* control of collaborative performance */
-    KESTU_CPU_FEATURE_BRS = 32 * 10 + 31,       /* sampling of branches */
+    KESTU_CPU_FEATURE_VIRT_SSBD =
+        32 * 10 + 25, /* bypass of stores can be disabled in virtual machines */
+    KESTU_CPU_FEATURE_CPPC = 32 * 10 + 27, /* control of collaborative performance */
+    KESTU_CPU_FEATURE_BRS = 32 * 10 + 31,  /* sampling of branches */
     /* leaf 0x6, EAX */
     KESTU_CPU_FEATURE_DTHERM = 32 * 11 + 0,         /* a digital thermometer */
     KESTU_CPU_FEATURE_IDA = 32 * 11 + 1,            /* turbo frequencies */
@@ -235,8 +236,8 @@ enum {
     KESTU_CPU_FEATURE_PLN = 32 * 11 + 4,            /* notice of power limits */
     KESTU_CPU_FEATURE_PTS = 32 * 11 + 6,            /* a thermometer of the package */
     KESTU_CPU_FEATURE_HWP = 32 * 11 + 7,            /* frequencies chosen by the hardware */
-    KESTU_CPU_FEATURE_HWP_NOTIFY = 32 * 11 + 8,     /* notices of that */
-    KESTU_CPU_FEATURE_HWP_ACT_WINDOW = 32 * 11 + 9, /* the window of activity of that */
+    KESTU_CPU_FEATURE_HWP_NOTIFY = 32 * 11 + 8,     /* notices of changed limits of frequencies */
+    KESTU_CPU_FEATURE_HWP_ACT_WINDOW = 32 * 11 + 9, /* a window of activity for frequencies */
     KESTU_CPU_FEATURE_HWP_EPP = 32 * 11 + 10,       /* preference of energy or performance */
     KESTU_CPU_FEATURE_HWP_PKG_REQ = 32 * 11 + 11,   /* requests for a whole package */
     KESTU_CPU_FEATURE_HFI = 32 * 11 + 19,           /* feedback of the hardware */
@@ -253,7 +254,7 @@ enum {
     KESTU_CPU_FEATURE_FLUSHBYASID = 32 * 13 + 6,   /* flushes by address space */
     KESTU_CPU_FEATURE_DECODEASSISTS = 32 * 13 + 7, /* help with decoding */
     KESTU_CPU_FEATURE_PAUSEFILTER = 32 * 13 + 10,  /* a count of pauses */
-    KESTU_CPU_FEATURE_PFTHRESHOLD = 32 * 13 + 12,  /* a threshold of that */
+    KESTU_CPU_FEATURE_PFTHRESHOLD = 32 * 13 + 12,  /* a threshold for the count of pauses */
     KESTU_CPU_FEATURE_AVIC = 32 * 13 + 13,         /* a virtual interrupt controller */
     KESTU_CPU_FEATURE_V_VMSAVE_VMLOAD = 32 * 13 + 15, /* VMSAVE and VMLOAD in guests */
     KESTU_CPU_FEATURE_VGIF = 32 * 13 + 16,            /* a virtual global interrupt flag */
@@ -261,12 +262,12 @@ enum {
     KESTU_CPU_FEATURE_V_SPEC_CTRL = 32 * 13 + 20,     /* virtual control of speculation */
     KESTU_CPU_FEATURE_VNMI = 32 * 13 + 25,            /* virtual non-maskable interrupts */
     /* leaf 0x7, ECX */
-    KESTU_CPU_FEATURE_PREFETCHWT1 = 32 * 14 + 0,    /* PREFETCHWT1 */
-    KESTU_CPU_FEATURE_AVX512VBMI = 32 * 14 + 1,     /* AVX-512, permutations of bytes */
-    KESTU_CPU_FEATURE_UMIP = 32 * 14 + 2,           /* no reading of descriptor tables by users */
-    KESTU_CPU_FEATURE_PKU = 32 * 14 + 3,            /* protection keys of user pages */
-    KESTU_CPU_FEATURE_OSPKE = 32 * 14 + 4,          /* the operating system has enabled these */
-    KESTU_CPU_FEATURE_WAITPKG = 32 * 14 + 5,        /* UMONITOR, UMWAIT and TPAUSE */
+    KESTU_CPU_FEATURE_PREFETCHWT1 = 32 * 14 + 0, /* PREFETCHWT1 */
+    KESTU_CPU_FEATURE_AVX512VBMI = 32 * 14 + 1,  /* AVX-512, permutations of bytes */
+    KESTU_CPU_FEATURE_UMIP = 32 * 14 + 2,        /* no reading of descriptor tables by users */
+    KESTU_CPU_FEATURE_PKU = 32 * 14 + 3,         /* protection keys of user pages */
+    KESTU_CPU_FEATURE_OSPKE = 32 * 14 + 4,   /* the operating system has enabled protection keys */
+    KESTU_CPU_FEATURE_WAITPKG = 32 * 14 + 5, /* UMONITOR, UMWAIT and TPAUSE */
     KESTU_CPU_FEATURE_AVX512_VBMI2 = 32 * 14 + 6,   /* AVX-512, more on bytes and words */
     KESTU_CPU_FEATURE_SHSTK = 32 * 14 + 7,          /* shadow stacks */
     KESTU_CPU_FEATURE_GFNI = 32 * 14 + 8,           /* Galois fields */
@@ -334,8 +335,8 @@ enum {
     /* leaf 0x8000001F, EAX */
     KESTU_CPU_FEATURE_SME = 32 * 19 + 0,     /* encryption of chosen memory */
     KESTU_CPU_FEATURE_SEV = 32 * 19 + 1,     /* encrypted virtual machines */
-    KESTU_CPU_FEATURE_SEV_ES = 32 * 19 + 3,  /* encrypted registers of these */
-    KESTU_CPU_FEATURE_SEV_SNP = 32 * 19 + 4, /* integrity of their memory */
+    KESTU_CPU_FEATURE_SEV_ES = 32 * 19 + 3,  /* encrypted registers of virtual machines */
+    KESTU_CPU_FEATURE_SEV_SNP = 32 * 19 + 4, /* integrity of the memory of virtual machines */
 };
 
 /* What is known of a feature. */
@@ -357,7 +358,7 @@ typedef struct kestu_cpu_feature_info_t {
 typedef struct kestu_cpu_features_t {
     uint32_t words[32]; /* as cpuid answered */
     uint64_t saved;     /* XCR0: the registers that the operating system saves; 0 when unknown */
-    uint64_t permitted; /* those of them that this process may use */
+    uint64_t permitted; /* the registers that this process may use */
 } kestu_cpu_features_t;
 
 /* What is known of `feature`, which stays for good; null for a number without a feature. */

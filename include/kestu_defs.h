@@ -11,7 +11,7 @@
 #ifdef __cplusplus
 /* Begins the declarations of a header that have C linkage. */
 #define KESTU_BEGIN_DECLS extern "C" {
-/* Ends them. */
+/* Ends the declarations of a header that have C linkage. */
 #define KESTU_END_DECLS }
 #else
 #define KESTU_BEGIN_DECLS

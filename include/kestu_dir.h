@@ -52,7 +52,7 @@ typedef struct kestu_dir_traverse_t {
     apr_array_header_t *exclude; /* of char *: files that match one are left out */
     apr_array_header_t *include; /* of char *: only files that match one are visited; null: all */
     kestu_dir_func callback;     /* called for every file that passes */
-    void *user_data;             /* handed through to it */
+    void *user_data;             /* handed through to the callback */
 } kestu_dir_traverse_t;
 
 /*

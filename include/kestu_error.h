@@ -37,7 +37,7 @@ enum {
 };
 
 /* Codes handed out by kestu_error_register begin here. */
-enum { KESTU_ERROR_FIRST_REGISTERED = 125000 /* the lowest one */ };
+enum { KESTU_ERROR_FIRST_REGISTERED = 125000 /* the lowest code that is registered */ };
 
 /* One element of a chain. Read its fields freely; change them through the functions below. */
 typedef struct kestu_error_t {

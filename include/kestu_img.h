@@ -39,9 +39,9 @@ typedef struct kestu_img_t {
     int32_t compression;     /* as the file has it; the reader takes all data as uncompressed */
     int32_t planar;          /* planar configuration */
     uint32_t *strip_offsets; /* where the strips stand in the file */
-    int32_t n_strip_offsets; /* how many */
+    int32_t n_strip_offsets; /* how many strips have an offset */
     uint32_t *strip_bytes;   /* how long the strips are */
-    int32_t n_strip_bytes;   /* how many */
+    int32_t n_strip_bytes;   /* how many strips have a length */
     int32_t resunit;         /* resolution unit: 2 inch, 3 centimetre; -1 when the file is silent */
 } kestu_img_t;
 

@@ -40,7 +40,7 @@ typedef struct kestu_map_t kestu_map_t;
 typedef struct kestu_map_cursor_t {
     const void *key; /* the map's own copy; null when the cursor stands nowhere */
     size_t length;   /* of the key, in bytes */
-    void *value;     /* the value under it */
+    void *value;     /* the value under the key */
     struct {
         kestu_map_t *map;
         void *leaf, *node;

@@ -27,7 +27,7 @@
 KESTU_BEGIN_DECLS
 
 /* The signal that every object has from its creation and emits when it is destroyed. */
-enum { KESTU_OBJ_SIGNAL_DESTROY = 1 /* its code */ };
+enum { KESTU_OBJ_SIGNAL_DESTROY = 1 /* emitted when the object is destroyed */ };
 
 /* An object. Read the fields freely; change them through the functions below. */
 typedef struct kestu_obj_t {

@@ -38,7 +38,7 @@ typedef void (*kestu_slot_func)(kestu_obj_t *source, uint32_t code, kestu_obj_t 
                                 void *user, void *argument);
 
 /* The flag of a signal that is being emitted; the other bits are the user's. */
-enum { KESTU_OSIG_BUSY = 1 /* it is being emitted, or dumb */ };
+enum { KESTU_OSIG_BUSY = 1 /* the signal is being emitted, or is dumb */ };
 
 /* A connection: what is called and with which pointer. A null callback is never called. */
 typedef struct kestu_oslot_t {

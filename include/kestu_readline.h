@@ -52,7 +52,7 @@ typedef struct kestu_ri_t {
     size_t size;              /* the bytes that `line` has room for, terminator included */
     int echo;                 /* not 0: print the prompt and draw the line */
     int cols;                 /* the width of the terminal in columns */
-    int rows;                 /* its height in rows */
+    int rows;                 /* the height of the terminal in rows */
     char *prompt;             /* or null for none */
     kestu_strlist_t *history; /* earlier lines, the newest first */
     int hist_count;           /* lines in `history` */
@@ -60,7 +60,7 @@ typedef struct kestu_ri_t {
     char *saved_line;         /* the new line as it was when the user went to the history */
     int fresh;                /* 1 until the user goes to the history */
     struct termios saved_termios; /* the terminal's settings at the beginning of the line */
-    struct termios raw_termios;   /* those that are used while reading */
+    struct termios raw_termios;   /* the terminal's settings while reading */
 } kestu_ri_t;
 
 /*

@@ -27,16 +27,16 @@ typedef UT_array kestu_ut_array_t;
 /* How the elements of an array are treated: UT_icd. Any of the functions may be null. */
 typedef struct kestu_ut_icd_t {
     size_t sz;                                /* bytes of an element */
-    void (*init)(void *element);              /* makes an element of what it finds */
-    void (*copy)(void *to, const void *from); /* makes one of another */
-    void (*dtor)(void *element);              /* releases what one holds */
+    void (*init)(void *element);              /* makes an element where none was */
+    void (*copy)(void *to, const void *from); /* makes an element of another */
+    void (*dtor)(void *element);              /* releases what an element holds */
 } kestu_ut_icd_t;
 
 /* A dynamic array: UT_array. */
 typedef struct kestu_ut_array_t {
     unsigned i;         /* how many elements there are */
-    unsigned n;         /* and for how many there is room */
-    kestu_ut_icd_t icd; /* how they are treated */
+    unsigned n;         /* for how many there is room */
+    kestu_ut_icd_t icd; /* how the elements are treated */
     char *d;            /* the elements */
 } kestu_ut_array_t;
 #endif
@@ -49,11 +49,11 @@ typedef struct kestu_ut_hash_handle_t {
     struct UT_hash_table *tbl;      /* the table that it is in */
     void *prev;                     /* the entry before it, in the order of insertion */
     void *next;                     /* the entry behind it */
-    struct UT_hash_handle *hh_prev; /* the one before it with the same place in the table */
-    struct UT_hash_handle *hh_next; /* the one behind it with the same place in the table */
+    struct UT_hash_handle *hh_prev; /* the entry before it at the same place of the table */
+    struct UT_hash_handle *hh_next; /* the entry behind it at the same place of the table */
     const void *key;                /* the key */
-    unsigned keylen;                /* its bytes */
-    unsigned hashv;                 /* its hash */
+    unsigned keylen;                /* bytes of the key */
+    unsigned hashv;                 /* the hash of the key */
 } kestu_ut_hash_handle_t;
 #endif
 

@@ -36,8 +36,8 @@ inline namespace KESTU_CPP {
 // Where an error is made: as a default argument, the line of the caller.
 struct Place {
     int line;             // the line of the call
-    const char *file;     // its source file
-    const char *function; // and its function
+    const char *file;     // the source file of the call
+    const char *function; // the function of the call
 
     // The place of the caller.
     static constexpr Place current(int line = __builtin_LINE(), const char *file = __builtin_FILE(),

@@ -73,7 +73,7 @@ enum {
     KESTU_EDIT_WORD_LEFT = 8,     /* to the begin of a word */
     KESTU_EDIT_WORD_RIGHT = 9,    /* to the end of a word */
     KESTU_EDIT_HOME = 10,         /* to the begin of the row in the text */
-    KESTU_EDIT_LAST = 11,         /* to the end of it */
+    KESTU_EDIT_LAST = 11,         /* to the end of the row in the text */
     KESTU_EDIT_UP = 12,     /* a row up, or back in the history to a line that begins as this one */
     KESTU_EDIT_DOWN = 13,   /* a row down, or on in the history to a line that begins as this one */
     KESTU_EDIT_OLDER = 14,  /* the line before in the history */

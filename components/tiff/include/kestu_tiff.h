@@ -69,7 +69,7 @@ typedef struct kestu_tiff_info_t {
     double xres;          /* pixels per unit; 0 when the file is silent */
     double yres;          /* pixels per unit; 0 when the file is silent */
     double factor;        /* a level stands for the value offset + factor * level of the file */
-    double offset;        /* that of level 0 */
+    double offset;        /* the value of the file that level 0 stands for */
     uint64_t lost;        /* pixels in damaged parts, so far; with `lenient` only */
     char warning[128];    /* the first of libtiff, or empty */
     uint64_t reserved[4]; /* room for later fields */
