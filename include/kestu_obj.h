@@ -131,8 +131,9 @@ KESTU_API void kestu_obj_destroy_callback(uint32_t tag, void *obj, void *baton);
 KESTU_API apr_status_t kestu_obj_cleanup(void *obj);
 
 /*
- * Gives `obj`, which must not be null, a copy of `name` in its pool; without memory for the copy
- * the name stays as it was. A child keeps the name that it was added under. Returns null.
+ * Gives `obj`, which must not be null, a copy of `name` in its pool, or no name for null; without
+ * memory for the copy the name stays as it was. A child keeps the name that it was added under.
+ * Returns null.
  */
 KESTU_API kestu_error_t *kestu_obj_set_name(kestu_obj_t *obj, const char *name);
 
@@ -143,8 +144,7 @@ KESTU_API kestu_error_t *kestu_obj_set_type(kestu_obj_t *obj, uint32_t type);
 KESTU_API kestu_error_t *kestu_obj_set_data(kestu_obj_t *obj, void *data);
 
 /*
- * The name of `obj`, which must not be null; null when it has none. It lives as long as the object,
- * or until the next name.
+ * The name of `obj`, which must not be null; null when it has none. It lives as long as the object.
  */
 KESTU_API const char *kestu_obj_get_name(kestu_obj_t *obj);
 
