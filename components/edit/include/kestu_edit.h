@@ -83,7 +83,6 @@ enum {
     KESTU_EDIT_SEARCH = 18, /* searches backwards through the history */
     KESTU_EDIT_DELETE_LEFT = 19,  /* deletes the character to the left */
     KESTU_EDIT_DELETE_RIGHT = 20, /* deletes the character at the cursor */
-    /* to the begin of the row in the text; what is killed can be yanked */
     KESTU_EDIT_KILL_LEFT = 21, /* kills to the beginning of the row: what is killed can be yanked */
     KESTU_EDIT_KILL_RIGHT = 22,      /* kills to the end of the row; there, joins the next one */
     KESTU_EDIT_KILL_WORD_LEFT = 23,  /* kills to the beginning of a word */
