@@ -75,8 +75,8 @@ KESTU_API void kestu_sha1_64(unsigned char *digest, const unsigned char *data, u
 KESTU_API uint32_t kestu_util_crc32(uint32_t crc, const unsigned char *buf, size_t len);
 
 /*
- * As kestu_util_crc32 with 0xA001 (0x8005), not complemented, of which `crc` gives the low 16 bits:
- * over "123456789" it gives 0xBB3D.
+ * As kestu_util_crc32 with the polynomial 0xA001 (0x8005), not complemented; of `crc` the low 16
+ * bits count. Over "123456789" it gives 0xBB3D.
  */
 KESTU_API uint16_t kestu_util_crc16(uint32_t crc, const unsigned char *buf, size_t len);
 
