@@ -48,11 +48,9 @@ class Map {
     };
 
   public:
-    using value_type = Entry; // what the elements are
-    using Given =
-        typename Held::Given; // what is put in: T &, or std::unique_ptr for a map that owns
-    using Taken =
-        typename Held::Taken; // what is taken out: T *, or std::unique_ptr for a map that owns
+    using value_type = Entry;           // what the elements are
+    using Given = typename Held::Given; // what goes in: T &, or std::unique_ptr where it owns
+    using Taken = typename Held::Taken; // what comes out: T *, or std::unique_ptr where it owns
     using iterator = detail::Iterator<Steps>; // stands at entries
     using const_iterator = iterator;          // the same: the values are not the map's to protect
 

@@ -168,7 +168,6 @@ class UniqueObject : public Object {
     }
 };
 
-// Makes `child` the last child of this object, which owns it from then on.
 inline Expected<void> Object::adopt(std::nothrow_t, UniqueObject &&child) const {
     if (kestu_error_t *err = kestu_obj_addc(obj_, child.get()))
         return detail::failed(err);

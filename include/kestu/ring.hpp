@@ -47,10 +47,8 @@ class Ring {
 
   public:
     using value_type = typename Held::Value; // what the elements are
-    using Given =
-        typename Held::Given; // what is put in: T &, or std::unique_ptr for a ring that owns
-    using Taken =
-        typename Held::Taken; // what is taken out: T *, or std::unique_ptr for a ring that owns
+    using Given = typename Held::Given;      // what goes in: T &, or std::unique_ptr where it owns
+    using Taken = typename Held::Taken; // what comes out: T *, or std::unique_ptr where it owns
     using iterator = detail::Iterator<Steps>; // stands at elements
     using const_iterator = iterator; // the same: the elements are not the ring's to protect
 
