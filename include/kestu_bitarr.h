@@ -28,22 +28,22 @@ KESTU_BEGIN_DECLS
  * whoever writes words directly keeps it so.
  */
 typedef struct kestu_bitarr_t {
-    uint64_t *words;
-    size_t nbits;
+    uint64_t *words; /* bit k is bit k % 64 of word k / 64 */
+    size_t nbits;    /* the length in bits */
     size_t nwords;   /* words in use: (nbits + 63) / 64 */
     size_t capacity; /* words allocated: at least 8, and a power of two above nwords when made */
 } kestu_bitarr_t;
 
 /*
- * Stores through `ba` a new array of `nbits` bits that are 0. Error: 120012 under "Cannot create
- * bit array.", with null stored.
+ * Stores through `ba` a new array of `nbits` bits that are 0. Error: KESTU_ERR_NO_MEMORY (120012)
+ * under "Cannot create bit array.", with null stored.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_bitarr_create(kestu_bitarr_t **ba, size_t nbits);
 
 /*
  * Makes the array at `ba` `nbits` long; a null one is created. Bits below the new length keep their
- * values, new ones are 0. Error: 120013, or those of kestu_bitarr_create, under "Cannot resize bit
- * array.", with the array as it was.
+ * values, new ones are 0. Error: KESTU_ERR_NO_MEMORY_TO_RESIZE (120013), or those of
+ * kestu_bitarr_create, under "Cannot resize bit array.", with the array as it was.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_bitarr_resize(kestu_bitarr_t **ba, size_t nbits);
 
@@ -61,9 +61,13 @@ KESTU_API void kestu_bitarr_print(const kestu_bitarr_t *ba, FILE *stream);
 KESTU_API size_t kestu_bitarr_tostr(const kestu_bitarr_t *ba, char *buf, size_t size, char one,
                                     char zero);
 
-/* Set, clear or invert all bits of `ba`. */
+/* Sets all bits of `ba`. */
 KESTU_API void kestu_bitarr_set_all(kestu_bitarr_t *ba);
+
+/* Clears all bits of `ba`. */
 KESTU_API void kestu_bitarr_clear_all(kestu_bitarr_t *ba);
+
+/* Inverts all bits of `ba`. */
 KESTU_API void kestu_bitarr_toggle_all(kestu_bitarr_t *ba);
 
 /*
@@ -73,54 +77,80 @@ KESTU_API void kestu_bitarr_toggle_all(kestu_bitarr_t *ba);
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_bitarr_clone(const kestu_bitarr_t *src,
                                                            kestu_bitarr_t **dst);
 
-/* The number of bits of `ba` that are 1, and of those that are 0. */
+/* The number of bits of `ba` that are 1. */
 KESTU_API size_t kestu_bitarr_num_bits_set(const kestu_bitarr_t *ba);
+
+/* The number of bits of `ba` that are 0. */
 KESTU_API size_t kestu_bitarr_num_bits_cleared(const kestu_bitarr_t *ba);
 
 /*
- * Store through `out` the bits of `a` and `b` combined by OR or by AND, or those of `a` without
- * those of `b`. The array at `out` is resized to the longer of the two, whatever the operation, and
- * created when null; it may be `a` or `b`. The shorter one counts as filled up with zeros. Errors
- * are those of kestu_bitarr_resize.
+ * Stores through `out` the bits of `a` and `b` combined by OR. The array at `out` is resized to the
+ * longer of the two and created when null; it may be `a` or `b`. The shorter one counts as filled
+ * up with zeros. Errors are those of kestu_bitarr_resize.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *
 kestu_bitarr_or(const kestu_bitarr_t *a, const kestu_bitarr_t *b, kestu_bitarr_t **out);
+
+/* As kestu_bitarr_or, combined by AND. The length is that of the longer one here too. */
 KESTU_API KESTU_MUST_USE kestu_error_t *
 kestu_bitarr_and(const kestu_bitarr_t *a, const kestu_bitarr_t *b, kestu_bitarr_t **out);
+
+/*
+ * As kestu_bitarr_or for the bits of `a` without those of `b`. The length is that of the longer one
+ * here too.
+ */
 KESTU_API KESTU_MUST_USE kestu_error_t *
 kestu_bitarr_and_not(const kestu_bitarr_t *a, const kestu_bitarr_t *b, kestu_bitarr_t **out);
 
-/*
- * Bit number `bit` of `ba`: its value, 0 beyond the end; and to set, clear or invert it, which does
- * nothing beyond the end.
- */
+/* The value of bit number `bit` of `ba`; 0 beyond the end. */
 KESTU_API int kestu_bitarr_get(const kestu_bitarr_t *ba, size_t bit);
+
+/* Sets bit number `bit` of `ba`; does nothing beyond the end. */
 KESTU_API void kestu_bitarr_set(kestu_bitarr_t *ba, size_t bit);
+
+/* Clears bit number `bit` of `ba`; does nothing beyond the end. */
 KESTU_API void kestu_bitarr_clear(kestu_bitarr_t *ba, size_t bit);
+
+/* Inverts bit number `bit` of `ba`; does nothing beyond the end. */
 KESTU_API void kestu_bitarr_toggle(kestu_bitarr_t *ba, size_t bit);
 
-/* Set, clear or invert `count` bits of `ba` from bit `from` on, as far as the array goes. */
+/* Sets `count` bits of `ba` from bit `from` on, as far as the array goes. */
 KESTU_API void kestu_bitarr_set_range(kestu_bitarr_t *ba, size_t from, size_t count);
+
+/* Clears `count` bits of `ba` from bit `from` on, as far as the array goes. */
 KESTU_API void kestu_bitarr_clear_range(kestu_bitarr_t *ba, size_t from, size_t count);
+
+/* Inverts `count` bits of `ba` from bit `from` on, as far as the array goes. */
 KESTU_API void kestu_bitarr_toggle_range(kestu_bitarr_t *ba, size_t from, size_t count);
 
-/* The number of the first bit of `ba` from `from` on that is 1, or 0; `nbits` when none is. */
+/* The number of the first bit of `ba` from `from` on that is 1; `nbits` when none is. */
 KESTU_API size_t kestu_bitarr_next_set(const kestu_bitarr_t *ba, size_t from);
+
+/* The number of the first bit of `ba` from `from` on that is 0; `nbits` when none is. */
 KESTU_API size_t kestu_bitarr_next_clear(const kestu_bitarr_t *ba, size_t from);
 
 /*
- * Move all bits of `ba` to numbers larger or smaller by `count`. Those that leave the array are
- * lost, and zeros come in at the other end; the length stays.
+ * Moves all bits of `ba` to numbers larger by `count`. Those that leave the array are lost, and
+ * zeros come in at the other end; the length stays.
  */
 KESTU_API void kestu_bitarr_shift_up(kestu_bitarr_t *ba, size_t count);
+
+/* As kestu_bitarr_shift_up, to numbers smaller by `count`. */
 KESTU_API void kestu_bitarr_shift_down(kestu_bitarr_t *ba, size_t count);
 
 /*
- * Whether `a` and `b` have the same bits set, whether `b` has all that are set in `a`, and whether
- * they have one in common: 1 or 0. The shorter one counts as filled up with zeros.
+ * 1 when `a` and `b` have the same bits set, else 0. The shorter one counts as filled up with
+ * zeros.
  */
 KESTU_API int kestu_bitarr_equal(const kestu_bitarr_t *a, const kestu_bitarr_t *b);
+
+/*
+ * 1 when `b` has all bits that are set in `a`, else 0. The shorter one counts as filled up with
+ * zeros.
+ */
 KESTU_API int kestu_bitarr_is_subset(const kestu_bitarr_t *a, const kestu_bitarr_t *b);
+
+/* 1 when a bit is set in both `a` and `b`, else 0. */
 KESTU_API int kestu_bitarr_intersects(const kestu_bitarr_t *a, const kestu_bitarr_t *b);
 
 /*

@@ -48,11 +48,11 @@ typedef kestu_error_t *(*kestu_dir_func)(const char *path, void *user_data, apr_
 
 /* The options of one traversal: filled with zeros but for what is wanted. */
 typedef struct kestu_dir_traverse_t {
-    int flags;
+    int flags;                   /* KESTU_DIR_RECURSE and so on, or 0 */
     apr_array_header_t *exclude; /* of char *: files that match one are left out */
     apr_array_header_t *include; /* of char *: only files that match one are visited; null: all */
-    kestu_dir_func callback;
-    void *user_data;
+    kestu_dir_func callback;     /* called for every file that passes */
+    void *user_data;             /* handed through to the callback */
 } kestu_dir_traverse_t;
 
 /*

@@ -29,15 +29,15 @@ KESTU_BEGIN_DECLS
 
 /* Kinds of report. Other values are stored and printed without a name. */
 enum {
-    KESTU_ERROR_ERROR = 0,
-    KESTU_ERROR_WARNING = 1,
-    KESTU_ERROR_MALFUNCTION = 2,
-    KESTU_ERROR_ASSERT = 3,
-    KESTU_ERROR_PLAIN = 4, /* a message that is printed without kind and code */
+    KESTU_ERROR_ERROR = 0,       /* a failure */
+    KESTU_ERROR_WARNING = 1,     /* no failure, but worth telling */
+    KESTU_ERROR_MALFUNCTION = 2, /* the library cannot be used any more */
+    KESTU_ERROR_ASSERT = 3,      /* a condition of the program's that does not hold */
+    KESTU_ERROR_PLAIN = 4,       /* a message that is printed without kind and code */
 };
 
 /* Codes handed out by kestu_error_register begin here. */
-enum { KESTU_ERROR_FIRST_REGISTERED = 125000 };
+enum { KESTU_ERROR_FIRST_REGISTERED = 125000 /* the lowest code that is registered */ };
 
 /* One element of a chain. Read its fields freely; change them through the functions below. */
 typedef struct kestu_error_t {
@@ -73,43 +73,49 @@ typedef kestu_error_t *(*kestu_error_malfunction_func)(kestu_error_t *err);
 KESTU_API extern kestu_error_t *KestuDLlistStopWalking;
 
 /*
- * Making errors. The macros add the caller's line, file and function; the functions behind them
- * take these as `line`, `file` and `function`, where 0 and nulls mean unknown. Making an error
- * never fails: when no memory is left for it, the malfunction handler is called, which by default
- * ends the process.
+ * Makes an error; kestu_error_create adds the caller's `line`, `file` and `function`, where 0 and
+ * nulls mean unknown. Making an error never fails: when no memory is left for it, the malfunction
+ * handler is called, which by default ends the process.
  *
  * errno stays the caller's, here and in all other functions of the library that do not say
  * otherwise.
  *
  * `type` is one of the kinds above, `code` the error code, `child` the cause or null; with a cause
  * the new error lives in the cause's pool, otherwise in a new pool of its own. `message` is copied
- * and may be null; `format` and what follows it are formatted as by kestu_str_snprintf. Of a text
- * that cannot be formatted, what was produced until then is kept. No long double may be passed: the
- * compiler accepts one under `%Lf`, but a double is fetched.
+ * and may be null.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_error_create_i(int type, int code, int line,
                                                              const char *file, const char *function,
                                                              kestu_error_t *child,
                                                              const char *message);
+
+/*
+ * As kestu_error_create_i, with a message of `format` and what follows it, formatted as by
+ * kestu_str_snprintf. Of a text that cannot be formatted, what was produced until then is kept. No
+ * long double may be passed: the compiler accepts one under `%Lf`, but a double is fetched.
+ */
 KESTU_API KESTU_MUST_USE kestu_error_t *
 kestu_error_createf_i(int type, int code, int line, const char *file, const char *function,
                       kestu_error_t *child, const char *format, ...) KESTU_PRINTF(7, 8);
 
 /*
- * Errors of kind 0 and code 0 without a cause whose message is the text that APR has for `status`;
- * the second form puts the formatted text and ": " before it, and leaves the message out when
- * `format` is null. `line`, `file` and `function` are as above. No long double may be passed: the
- * compiler accepts one under `%Lf`, but a double is fetched.
+ * As kestu_error_create_i for an error of kind 0 and code 0 without a cause, whose message is the
+ * text that APR has for `status`.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *
 kestu_error_aprwrap_i(apr_status_t status, int line, const char *file, const char *function);
+
+/*
+ * As kestu_error_aprwrap_i, with the text of `format` and ": " before that of APR; when `format` is
+ * null, without a message. The text is formatted as by kestu_error_createf_i.
+ */
 KESTU_API KESTU_MUST_USE kestu_error_t *
 kestu_error_aprwrapf_i(apr_status_t status, int line, const char *file, const char *function,
                        const char *format, ...) KESTU_PRINTF(5, 6);
 
 /*
  * Puts `message` above the cause `child`, which must not be null, and keeps the cause's kind and
- * code. `line`, `file` and `function` are as above.
+ * code. `line`, `file` and `function` are those of kestu_error_create_i.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_error_quick_wrap_i(int line, const char *file,
                                                                  const char *function,
@@ -123,14 +129,29 @@ KESTU_API KESTU_MUST_USE kestu_error_t *kestu_error_quick_wrap_i(int line, const
 #define KESTU_FILE_NAME __FILE__
 #endif
 
+/* As kestu_error_create_i, with the caller's line, file and function. */
 #define kestu_error_create(type, code, child, message)                                             \
     kestu_error_create_i((type), (code), __LINE__, KESTU_FILE_NAME, __func__, (child), (message))
+
+/*
+ * As kestu_error_createf_i, with the caller's line, file and function; the format and its arguments
+ * follow.
+ */
 #define kestu_error_createf(type, code, child, ...)                                                \
     kestu_error_createf_i((type), (code), __LINE__, KESTU_FILE_NAME, __func__, (child), __VA_ARGS__)
+
+/* As kestu_error_aprwrap_i, with the caller's line, file and function. */
 #define kestu_error_aprwrap(status)                                                                \
     kestu_error_aprwrap_i((status), __LINE__, KESTU_FILE_NAME, __func__)
+
+/*
+ * As kestu_error_aprwrapf_i, with the caller's line, file and function; the format and its
+ * arguments follow.
+ */
 #define kestu_error_aprwrapf(status, ...)                                                          \
     kestu_error_aprwrapf_i((status), __LINE__, KESTU_FILE_NAME, __func__, __VA_ARGS__)
+
+/* As kestu_error_quick_wrap_i, with the caller's line, file and function. */
 #define kestu_error_quick_wrap(child, message)                                                     \
     kestu_error_quick_wrap_i(__LINE__, KESTU_FILE_NAME, __func__, (child), (message))
 
@@ -149,9 +170,10 @@ KESTU_API KESTU_MUST_USE kestu_error_t *kestu_error_compose_create(kestu_error_t
 
 /*
  * The outermost element of the chain `err` with that `code`, or null. It stays part of the chain.
- * kestu_error_is tells whether there is one: 1 or 0.
  */
 KESTU_API kestu_error_t *kestu_error_find(kestu_error_t *err, int code);
+
+/* 1 when an element of the chain `err` has that `code`, else 0. */
 KESTU_API int kestu_error_is(const kestu_error_t *err, int code);
 
 /* The last element of the chain `err`, or null for null. It stays part of the chain. */
@@ -180,13 +202,16 @@ KESTU_API void kestu_error_set_type(kestu_error_t *err, int type);
  */
 KESTU_API void kestu_error_set_type_all(kestu_error_t *err, int type);
 
-/*
- * The user's datum of an element. Setting `data` on a null `err` does nothing; reading yields null
- * for null. The third form yields the first datum that is not null from `err` towards the root
- * cause.
- */
+/* Sets the user's datum of `err` alone to `data`; does nothing for null. */
 KESTU_API void kestu_error_set_data(kestu_error_t *err, void *data);
+
+/* The user's datum of `err`; null for null. */
 KESTU_API void *kestu_error_get_data(kestu_error_t *err);
+
+/*
+ * The first user's datum that is not null from `err` towards the root cause; null when there is
+ * none.
+ */
 KESTU_API void *kestu_error_get_data_first(kestu_error_t *err);
 
 /*
@@ -263,13 +288,19 @@ KESTU_API kestu_error_t *kestu_error_handle_json(kestu_error_t *err, kestu_error
     } while (0)
 
 /*
- * The handler of errors that leave the library unusable. Setting `handler` returns the previous
- * one; the default prints the chain to standard error and aborts. kestu_error_malfunction calls the
- * current one with `err` and returns what it returns.
+ * Sets the handler of errors that leave the library unusable to `handler`, and returns the previous
+ * one; the default prints the chain to standard error and aborts.
  */
 KESTU_API kestu_error_malfunction_func
 kestu_error_set_malfunction_handler(kestu_error_malfunction_func handler);
+
+/* The present handler of errors that leave the library unusable. */
 KESTU_API kestu_error_malfunction_func kestu_error_get_malfunction_handler(void);
+
+/*
+ * Calls the present handler of errors that leave the library unusable with `err`, and returns what
+ * it returns.
+ */
 KESTU_API kestu_error_t *kestu_error_malfunction(kestu_error_t *err);
 
 KESTU_END_DECLS

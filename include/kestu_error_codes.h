@@ -6,12 +6,15 @@
  *
  * KESTU_ERROR_CODES(X) is the list itself: X(name, code, text) once for every code, in ascending
  * order, from which a program can make tables of its own. Codes from KESTU_ERROR_FIRST_REGISTERED
- * up are handed out by kestu_error_register.
+ * up are handed out by kestu_error_register. All of this is constant.
  */
 #ifndef KESTU_ERROR_CODES_H
 #define KESTU_ERROR_CODES_H
 
-/* The texts are an interface: programs compare them, so their slips stay as they are. */
+/*
+ * The list: `X`(name, code, text) for every code. The texts are an interface: programs compare them,
+ * so their slips stay as they are.
+ */
 /* clang-format off */
 #define KESTU_ERROR_CODES(X) \
     X(KESTU_ERR_WARNING, 1, "Warning") \
@@ -83,6 +86,7 @@
 /* clang-format on */
 
 #define KESTU_ERROR_CODE_CONSTANT(name, code, text) name = code,
+/* The codes by name. */
 enum kestu_error_code { KESTU_ERROR_CODES(KESTU_ERROR_CODE_CONSTANT) };
 #undef KESTU_ERROR_CODE_CONSTANT
 

@@ -24,14 +24,14 @@ KESTU_BEGIN_DECLS
 
 /* The classes of bytes. */
 enum {
-    KESTU_CHAR_LETTER = 0x01,
-    KESTU_CHAR_DIGIT = 0x02,
-    KESTU_CHAR_HEX_LETTER = 0x04, /* together with KESTU_CHAR_LETTER */
-    KESTU_CHAR_SPECIAL = 0x08,    /* NUL, line feed, backslash and question mark */
-    KESTU_CHAR_BRACKET = 0x10,    /* brackets, quotes, marks that end a phrase */
-    KESTU_CHAR_PUNCTUATION = 0x20,
-    KESTU_CHAR_SPACE = 0x40,
-    KESTU_CHAR_LEAD = 0x80, /* begins a character of two bytes */
+    KESTU_CHAR_LETTER = 0x01,      /* those of English and of code page 437, and _ */
+    KESTU_CHAR_DIGIT = 0x02,       /* 0 to 9 */
+    KESTU_CHAR_HEX_LETTER = 0x04,  /* A to F and a to f, together with KESTU_CHAR_LETTER */
+    KESTU_CHAR_SPECIAL = 0x08,     /* NUL, line feed, backslash and question mark */
+    KESTU_CHAR_BRACKET = 0x10,     /* brackets, quotes, marks that end a phrase */
+    KESTU_CHAR_PUNCTUATION = 0x20, /* signs of operators, and other marks */
+    KESTU_CHAR_SPACE = 0x40,       /* blank, tab, vertical tab, form feed, carriage return */
+    KESTU_CHAR_LEAD = 0x80,        /* begins a character of two bytes */
 };
 
 /*
@@ -54,8 +54,9 @@ KESTU_API extern const uint16_t UniCode[256];
  * marked as a lead byte in CharSet and the byte behind it are copied as they are. An escape that
  * the input cuts short ends there, and a backslash as the last byte stands for itself.
  *
- * Errors: 120064 for \x and \u without a digit; one with code 0 and no message when there is no
- * room for UTF-8. `out` then holds what was decoded before, terminated, and `size` is untouched.
+ * Errors: KESTU_ERR_NO_HEX_DIGITS (120064) for \x and \u without a digit; one with code 0 and no
+ * message when there is no room for UTF-8. `out` then holds what was decoded before, terminated,
+ * and `size` is untouched.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *
 kestu_str_escape_parse(char *out, size_t *size, const char *in, size_t inlen, int wide, int map);
@@ -64,19 +65,24 @@ kestu_str_escape_parse(char *out, size_t *size, const char *in, size_t inlen, in
  * Writes the `inlen` bytes of `in` as printable text that kestu_str_escape_parse turns back into
  * them, and a terminator, to `out`, which has room for `size` bytes; `size` then receives the
  * number of bytes needed, terminator included. What is printable is up to the locale. With a null
- * `out` the size is only computed. Error: 120066 when the next character or escape does not fit;
- * `out` then holds what stands before it, terminated, and `size` the bytes of that.
+ * `out` the size is only computed. Error: KESTU_ERR_BUFFER_TOO_SMALL (120066) when the next
+ * character or escape does not fit; `out` then holds what stands before it, terminated, and `size`
+ * the bytes of that.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_str_escape_unparse(char *out, size_t *size,
                                                                  const char *in, size_t inlen);
 
 /*
- * The steps of the parser. Each reads from `in` on, never from `end` on, and moves `in` behind what
- * it read. esc_char decodes the escape whose backslash stands before `in`; scan_hex up to
- * `max_digits` hexadecimal digits, of which the last eight count. `value` receives the result, 0
- * when there is no digit. Error: 120064 when there is no digit.
+ * A step of the parser: decodes the escape whose backslash stands before `in`, reading never from
+ * `end` on, moves `in` behind what it read, and stores the result through `value`, 0 when a digit
+ * is missing. Error: KESTU_ERR_NO_HEX_DIGITS (120064) when there is no digit behind \x or \u.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *esc_char(const char **in, const char *end, uint32_t *value);
+
+/*
+ * As esc_char for up to `max_digits` hexadecimal digits from `in` on, of which the last eight
+ * count.
+ */
 KESTU_API KESTU_MUST_USE kestu_error_t *scan_hex(const char **in, const char *end, int max_digits,
                                                  uint32_t *value);
 
@@ -102,8 +108,8 @@ KESTU_API int kestu_str_int64_to_base62(int64_t value, int base, char *out, size
  * leading 0, else 10. The digits are those of kestu_str_int64_to_base62 in every base: lower-case
  * letters are no hexadecimal digits.
  *
- * Error: 120062 "'%s' does not fit into 64-bit signed integer."; `value` is then the nearest that
- * fits and `end` is untouched.
+ * Error: KESTU_ERR_INTEGER_TEXT (120062) "'%s' does not fit into 64-bit signed integer."; `value`
+ * is then the nearest that fits and `end` is untouched.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_str_base62_to_int64(const char *s, char **end,
                                                                   int base, int64_t *value);

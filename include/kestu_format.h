@@ -26,25 +26,27 @@
 KESTU_BEGIN_DECLS
 
 /*
- * Formats `format` with `args`, or with the arguments that follow, into `str` of `size` bytes. At
- * most `size` - 1 characters are stored and then a terminator; with a `size` of 0 nothing is
- * written and `str` may be null. Returns the length of the full output, cut or not. Returns -1 with
- * errno EOVERFLOW when a width or precision is beyond INT_MAX or a floating value has an integer
- * part of 2^64 or more, and with errno ERANGE when the output is of INT_MAX characters or more;
- * what was produced so far is stored then. No long double may be passed: the compiler accepts one
- * under `%Lf`, but a double is fetched.
+ * Formats `format` with `args` into `str` of `size` bytes. At most `size` - 1 characters are stored
+ * and then a terminator; with a `size` of 0 nothing is written and `str` may be null. Returns the
+ * length of the full output, cut or not. Returns -1 with errno EOVERFLOW when a width or precision
+ * is beyond INT_MAX or a floating value has an integer part of 2^64 or more, and with errno ERANGE
+ * when the output is of INT_MAX characters or more; what was produced so far is stored then. No
+ * long double may be passed: the compiler accepts one under `%Lf`, but a double is fetched.
  */
 KESTU_API int rpl_vsnprintf(char *str, size_t size, const char *format, va_list args)
     KESTU_PRINTF(3, 0);
+
+/* As rpl_vsnprintf with the arguments that follow. */
 KESTU_API int rpl_snprintf(char *str, size_t size, const char *format, ...) KESTU_PRINTF(3, 4);
 
 /*
- * Formats `format` with `args`, or with the arguments that follow, into a new string that is stored
- * through `ret` and released by the caller with free(). Returns its length, or -1 as above, with
- * `ret` untouched, or -1 when no memory is left, with null stored. No long double may be passed:
- * the compiler accepts one under `%Lf`, but a double is fetched.
+ * As rpl_vsnprintf, into a new string that is stored through `ret` and released by the caller with
+ * free(). Returns its length, or -1 as there, with `ret` untouched, or -1 when no memory is left,
+ * with null stored.
  */
 KESTU_API int rpl_vasprintf(char **ret, const char *format, va_list args) KESTU_PRINTF(2, 0);
+
+/* As rpl_vasprintf with the arguments that follow. */
 KESTU_API int rpl_asprintf(char **ret, const char *format, ...) KESTU_PRINTF(2, 3);
 
 KESTU_END_DECLS

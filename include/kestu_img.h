@@ -39,16 +39,15 @@ typedef struct kestu_img_t {
     int32_t compression;     /* as the file has it; the reader takes all data as uncompressed */
     int32_t planar;          /* planar configuration */
     uint32_t *strip_offsets; /* where the strips stand in the file */
-    int32_t n_strip_offsets; /* how many */
+    int32_t n_strip_offsets; /* how many strips have an offset */
     uint32_t *strip_bytes;   /* how long the strips are */
-    int32_t n_strip_bytes;   /* how many */
+    int32_t n_strip_bytes;   /* how many strips have a length */
     int32_t resunit;         /* resolution unit: 2 inch, 3 centimetre; -1 when the file is silent */
 } kestu_img_t;
 
 /*
- * Read the file at `path` into the record `img`: all that it holds, or without the pixels. The
- * record is zeroed first, so its arrays have to be released before it is read into again; a failure
- * leaves it without arrays.
+ * Reads the file at `path` into the record `img`. The record is zeroed first, so its arrays have to
+ * be released before it is read into again; a failure leaves it without arrays.
  *
  * What is read is little-endian TIFF (revision 6.0) of 8 or 16 bits in uncompressed strips, with
  * any number of directories: a later one's tags replace an earlier one's. Samples are stored one
@@ -57,40 +56,45 @@ typedef struct kestu_img_t {
  * values of StripOffsets, StripByteCounts and Software stand at the entry's offset even when they
  * would fit into the entry itself, but for a single strip.
  *
- * Everything that a file claims is compared with its size before memory is asked for. Errors:
+ * Everything that a file claims is compared with its size before memory is asked for. Errors, under
+ * "Cannot read TIFF image.", are those of kestu_mem_matrix_alloc and:
  *
- *     120030  "Cannot open file '%s'"
- *     120031  the file ends too soon, or cannot be read
- *     120033  the file cannot be positioned in, as a pipe
- *     120150  "Motorola TIFF is not supported.", "Unknown data format.", "Unknown TIFF format."
- *     120151  "Invalid TIFF tag [name=%d type=%d length=%d offset=%d]"
- *     120152  the structure of the image: its strips, resolution unit, photometric interpretation,
- *             or directories that form a loop or share bytes
- *     120153  strips that reach past the end of the file; or an image that claims more samples than
- *             the file holds by 1 MiB, or by a million rows
- *     0       "No image data were found."
- *
- * and those of kestu_mem_matrix_alloc, all under "Cannot read TIFF image." or "Cannot read TIFF
- * information from file.".
+ * - KESTU_ERR_OPEN (120030) "Cannot open file '%s'";
+ * - KESTU_ERR_READ (120031) when the file ends too soon, or cannot be read;
+ * - KESTU_ERR_SEEK (120033) when the file cannot be positioned in, as a pipe;
+ * - KESTU_ERR_NOT_TIFF (120150) "Motorola TIFF is not supported.", "Unknown data format.", "Unknown
+ *   TIFF format.";
+ * - KESTU_ERR_TIFF_TAG (120151) "Invalid TIFF tag [name=%d type=%d length=%d offset=%d]";
+ * - KESTU_ERR_IMAGE_STRUCTURE (120152) for the structure of the image: its strips, resolution unit,
+ *   photometric interpretation, or directories that form a loop or share bytes;
+ * - KESTU_ERR_INCOMPLETE_DATA (120153) for strips that reach past the end of the file; or an image
+ *   that claims more samples than the file holds by 1 MiB, or by a million rows;
+ * - code 0 "No image data were found.".
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_img_read_tiff(const char *path, kestu_img_t *img);
+
+/*
+ * As kestu_img_read_tiff without the pixels. The errors stand under "Cannot read TIFF information
+ * from file.".
+ */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_img_read_tiff_info(const char *path,
                                                                  kestu_img_t *img);
 
 /*
  * Reads the file at `path` into the record `img`, whatever its format, of which only TIFF is known
- * today. Errors are those of the TIFF readers under "Cannot read image."; 120154 for a file that is
- * not TIFF.
+ * today. Errors are those of the TIFF readers under "Cannot read image.";
+ * KESTU_ERR_UNKNOWN_IMAGE_TYPE (120154) for a file that is not TIFF.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_img_read(const char *path, kestu_img_t *img);
 
 /*
  * Writes the image `img` as little-endian TIFF to the file at `path`: ten directory entries, the
  * text "KESTU " with the library's version, and the rows as one uncompressed strip. Resolutions are
- * not written; of a depth other than 8 and 16 bits only the head is. Errors: 120030 "Cannot open
- * file '%s'"; 120032 when the file does not take all bytes, which leaves it as far as it was
- * written; 120152 for an image whose pixels need 4 GiB or more, or that has none although its
- * height and width say so; all under "Cannot write TIFF image.".
+ * not written; of a depth other than 8 and 16 bits only the head is. Errors: KESTU_ERR_OPEN
+ * (120030) "Cannot open file '%s'"; KESTU_ERR_WRITE (120032) when the file does not take all bytes,
+ * which leaves it as far as it was written; KESTU_ERR_IMAGE_STRUCTURE (120152) for an image whose
+ * pixels need 4 GiB or more, or that has none although its height and width say so; all under
+ * "Cannot write TIFF image.".
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_img_write_tiff(const char *path,
                                                              const kestu_img_t *img);

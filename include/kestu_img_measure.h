@@ -47,26 +47,29 @@ KESTU_API KESTU_MUST_USE kestu_error_t *kestu_img_entropy(const kestu_img_t *img
 KESTU_API double kestu_img_thres_IJ(int nbins, const uint64_t *hist);
 
 /*
- * Convert every pixel of `img`, whose value is q, into a double that is stored in the same row and
- * column of the caller's matrix `out`, which has the image's height and width, and rows that do not
- * overlap: what is stored there meanwhile may be something else. M is the largest value, 255 or
- * 65535. The only error is an image that is not measured, under "Cannot provide image data mask.",
- * "Can't calculate optical intensity." and "Can't calculate Fuji relative intensity.". Nothing is
- * allocated.
- *
- * The data mask is 0 at the dark end, which is M when white is zero and 0 when black is zero, and 1
- * elsewhere.
- *
- * The optical density is `saturated` for q = M; otherwise log10(M / (M - q)) when white is zero and
- * log10(M / q) when black is zero, where it is infinite for q = 0.
- *
- * The relative intensity of an imaging-plate scan is
- * 10^((v - 1/2) * `latitude`) * `resolution`^2 / 10000 * (4000 / `sensitivity`), in which v is q /
- * M when white is zero and (M - q) / M when black is zero.
+ * Stores for every pixel of `img` 0 at the dark end, which is the largest value (255 or 65535) when
+ * white is zero and 0 when black is zero, and 1 elsewhere: as a double in the same row and column
+ * of the caller's matrix `out`, which has the image's height and width, and rows that do not
+ * overlap; what is stored there meanwhile may be something else. The only error is an image that is
+ * not measured, under "Cannot provide image data mask.". Nothing is allocated.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_img_data_dmask(const kestu_img_t *img, double **out);
+
+/*
+ * As kestu_img_data_dmask for the optical density: of a pixel of value q, where M is the largest,
+ * `saturated` for q = M; otherwise log10(M / (M - q)) when white is zero and log10(M / q) when
+ * black is zero, where it is infinite for q = 0. The error stands under "Can't calculate optical
+ * intensity.".
+ */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_img_calc_density(const kestu_img_t *img, double **out,
                                                                double saturated);
+
+/*
+ * As kestu_img_data_dmask for the relative intensity of an imaging-plate scan: 10^((v - 1/2) *
+ * `latitude`) * `resolution`^2 / 10000 * (4000 / `sensitivity`), in which v is q / M when white is
+ * zero and (M - q) / M when black is zero, for a pixel of value q where M is the largest. The error
+ * stands under "Can't calculate Fuji relative intensity.".
+ */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_img_calc_fujiri(const kestu_img_t *img, double **out,
                                                               double resolution, double sensitivity,
                                                               double latitude);

@@ -36,9 +36,9 @@ KESTU_API extern int KestuInitialized;
 KESTU_API extern apr_pool_t *kestu_pool;
 
 /*
- * Starts the library on the first call and only counts on further ones. Returns one of the
- * KESTU_INIT values. The call is counted even when it fails, so a second call after a failure
- * returns KESTU_INIT_OK without trying again.
+ * Starts the library on the first call and only counts on further ones. Returns KESTU_INIT_OK or
+ * one of the values behind it. The call is counted even when it fails, so a second call after a
+ * failure returns KESTU_INIT_OK without trying again.
  */
 KESTU_API int kestu_initialize(void);
 
@@ -49,12 +49,18 @@ KESTU_API int kestu_initialize(void);
 KESTU_API void kestu_terminate(void);
 
 /*
- * The version of the library that is loaded, as three numbers and as a text like "1.0.0" in static
- * storage. kestu_version.h has that of the headers.
+ * The first number of the version of the library that is loaded. kestu_version.h has that of the
+ * headers.
  */
 KESTU_API int kestu_version_major(void);
+
+/* The second number of the version of the library that is loaded. */
 KESTU_API int kestu_version_minor(void);
+
+/* The third number of the version of the library that is loaded. */
 KESTU_API int kestu_version_patch(void);
+
+/* The version of the library that is loaded, as a text like "1.0.0" in static storage. */
 KESTU_API const char *kestu_version_string(void);
 
 KESTU_END_DECLS

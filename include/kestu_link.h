@@ -20,6 +20,7 @@
 
 KESTU_BEGIN_DECLS
 
+/* A handle of a link. Its record is the library's own. */
 typedef struct kestu_link_t kestu_link_t;
 
 /*
@@ -52,8 +53,10 @@ KESTU_API void kestu_link_release(kestu_link_t **link);
 /* Ends `link`. Its slot is not called any more, not even by an emission that is under way. */
 KESTU_API void kestu_link_disconnect(kestu_link_t *link);
 
-/* Let emissions pass over the slot of `link`, and call it again. */
+/* Lets emissions pass over the slot of `link` until kestu_link_unblock. */
 KESTU_API void kestu_link_block(kestu_link_t *link);
+
+/* Lets emissions call the slot of `link` again. */
 KESTU_API void kestu_link_unblock(kestu_link_t *link);
 
 /* Whether `link` has not ended: 1 or 0. */
@@ -66,20 +69,25 @@ KESTU_API int kestu_link_is_alive(const kestu_link_t *link);
 KESTU_API void kestu_obj_disconnect_user(kestu_obj_t *source, uint32_t code, const void *user);
 
 /*
- * Emit the signal `code` of `obj` with `argument` as kestu_obj_emit_signal does, and return what
- * the slots of links failed with: all of it as one chain, the latest outermost, or the first
- * failure, behind which no slot is called. kestu_obj_emit_signal releases such failures. Errors of
- * their own are those of kestu_obj_emit_signal.
+ * Emits the signal `code` of `obj` with `argument` as kestu_obj_emit_signal does, and returns what
+ * the slots of links failed with: all of it as one chain, the latest outermost.
+ * kestu_obj_emit_signal releases such failures. Errors of its own are those of
+ * kestu_obj_emit_signal.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_obj_emit_collect(kestu_obj_t *obj, uint32_t code,
                                                                void *argument);
+
+/*
+ * As kestu_obj_emit_collect, but returns the first failure of a slot, behind which no slot is
+ * called.
+ */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_obj_emit_until_error(kestu_obj_t *obj, uint32_t code,
                                                                    void *argument);
 
 /*
  * Stores the code of the signal type called `name` through `code`, which is registered if it is not
  * there: unlike kestu_objsig_register it leaves nothing locked. Errors are those of
- * kestu_objsig_register but for 120103.
+ * kestu_objsig_register but for KESTU_ERR_SIGNAL_TYPE_EXISTS (120103).
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_objsig_register_once(uint32_t *code,
                                                                    const char *name);

@@ -21,6 +21,7 @@
 
 KESTU_BEGIN_DECLS
 
+/* A log. Its fields are to be read. */
 typedef struct kestu_log_t {
     apr_pool_t *pool; /* its own */
     apr_file_t *file; /* null when it could not be opened */
@@ -41,23 +42,26 @@ KESTU_API void kestu_log_terminate(kestu_log_t *log);
 
 /*
  * Appends to `log` the text of `format` and what follows it, cut to 999 characters. No newline is
- * added; an empty text writes nothing. The second form puts the local date before it, as in
- * "Sun Nov 16 10:03:59 2025: ", even before an empty text. Failures are printed under "Cannot write
- * to log.".
+ * added; an empty text writes nothing. Failures are printed under "Cannot write to log.".
  *
- * The text is formatted by apr_vsnprintf, which knows d, i, u, o, x and X with h and l, and c, s,
- * f (below 1e79), e, g and %, all with width and precision. Others it prints as they stand, leaving
+ * The text is formatted by apr_vsnprintf, which knows d, i, u, o, x and X with h and l, and c, s, f
+ * (below 1e79), e, g and %, all with width and precision. Others it prints as they stand, leaving
  * their argument for the next one, or takes for something else: %zu, %lld, %hhd, %Lf, %a, %p, %n
  * and the flag ' must not be used, so the compiler, which would accept them, is not asked to check
  * the format. A newline at the end of the format comes whatever the values; a text that holds a
  * zero byte ends there.
  */
 KESTU_API void kestu_log_printf(kestu_log_t *log, const char *format, ...);
+
+/*
+ * As kestu_log_printf, with the local date before the text, as in "Sun Nov 16 10:03:59 2025: ",
+ * even before an empty one.
+ */
 KESTU_API void kestu_log_dtprintf(kestu_log_t *log, const char *format, ...);
 
 /*
  * Appends the chain `err` to `log` as one line of JSON (kestu_error_to_json) of any length. A null
- * chain appends nothing. Failures are printed as above, and so is that of memory.
+ * chain appends nothing. Failures are printed as by kestu_log_printf, and so is that of memory.
  */
 KESTU_API void kestu_log_json(kestu_log_t *log, kestu_error_t *err);
 

@@ -19,10 +19,10 @@ KESTU_BEGIN_DECLS
 
 /* Families of operating systems, as bit sets in which KESTU_OS_UNIX is common to all. */
 enum {
-    KESTU_OS_UNIX = 4,
-    KESTU_OS_LINUX = 12,
-    KESTU_OS_DARWIN = 20,
-    KESTU_OS_FREEBSD = 100,
+    KESTU_OS_UNIX = 4,      /* any Unix */
+    KESTU_OS_LINUX = 12,    /* Linux */
+    KESTU_OS_DARWIN = 20,   /* Darwin */
+    KESTU_OS_FREEBSD = 100, /* FreeBSD */
 };
 
 /* The family of the running system; KESTU_OS_UNIX when it is none of the others. */

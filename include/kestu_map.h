@@ -29,6 +29,7 @@
 
 KESTU_BEGIN_DECLS
 
+/* A map. Its record is the library's own. */
 typedef struct kestu_map_t kestu_map_t;
 
 /*
@@ -37,14 +38,14 @@ typedef struct kestu_map_t kestu_map_t;
  * key is the map's own copy, without a zero byte behind it.
  */
 typedef struct kestu_map_cursor_t {
-    const void *key;
-    size_t length;
-    void *value;
-    struct { /* the library's own */
+    const void *key; /* the map's own copy; null when the cursor stands nowhere */
+    size_t length;   /* of the key, in bytes */
+    void *value;     /* the value under the key */
+    struct {
         kestu_map_t *map;
         void *leaf, *node;
         size_t changes;
-    } internal;
+    } internal; /* the library's own */
 } kestu_map_cursor_t;
 
 /*
@@ -62,11 +63,14 @@ typedef kestu_error_t *(*kestu_map_copy_func)(void **copy, void *value, void *ba
 /*
  * Makes an empty map and stores its handle through `out`. It is destroyed with `pool`; with a null
  * pool it lives until kestu_map_destroy. Its memory comes from the system's allocator either way.
- * Fails with KESTU_ERR_NO_MEMORY.
+ * Fails with KESTU_ERR_NO_MEMORY (120012).
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_map_create(kestu_map_t **out, apr_pool_t *pool);
 
-/* Releases all entries and the map, and sets the handle to null. A null handle does nothing. */
+/*
+ * Releases all entries of the map at `map` and the map, and sets the handle to null. A null handle
+ * does nothing.
+ */
 KESTU_API void kestu_map_destroy(kestu_map_t **map);
 
 /* Releases all entries. */
@@ -83,16 +87,16 @@ KESTU_API void kestu_map_set_release(kestu_map_t *map, kestu_map_release_func re
 KESTU_API size_t kestu_map_count(const kestu_map_t *map);
 
 /*
- * Stores `value` under a copy of the key. Fails with KESTU_ERR_KEY_EXISTS, and with
- * KESTU_ERR_NO_MEMORY; the value is the caller's then.
+ * Stores `value` under a copy of the key. Fails with KESTU_ERR_KEY_EXISTS (120082), and with
+ * KESTU_ERR_NO_MEMORY (120012); the value is the caller's then.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_map_insert(kestu_map_t *map, const void *key,
                                                          size_t length, void *value);
 
 /*
- * The same, but `value` takes the place of the one that is there. That one is stored through `old`,
- * or released when `old` is null; when there was none, null is stored. Fails with
- * KESTU_ERR_NO_MEMORY.
+ * As kestu_map_insert, but `value` takes the place of the one that is there. That one is stored
+ * through `old`, or released when `old` is null; when there was none, null is stored. Fails with
+ * KESTU_ERR_NO_MEMORY (120012) alone.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_map_replace(kestu_map_t *map, const void *key,
                                                           size_t length, void *value, void **old);
@@ -100,8 +104,8 @@ KESTU_API KESTU_MUST_USE kestu_error_t *kestu_map_replace(kestu_map_t *map, cons
 /*
  * Appends `count` entries to the map, much faster than one by one in any order. The `keys`, of
  * `lengths` bytes, must ascend and come behind all that are there. Null `values` are all null.
- * Fails with KESTU_ERR_WRONG_KEY and KESTU_ERR_NO_MEMORY, with nothing appended and the values the
- * caller's.
+ * Fails with KESTU_ERR_WRONG_KEY (120086) and KESTU_ERR_NO_MEMORY (120012), with nothing appended
+ * and the values the caller's.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_map_append(kestu_map_t *map, const void *const *keys,
                                                          const size_t *lengths, void *const *values,
@@ -110,8 +114,8 @@ KESTU_API KESTU_MUST_USE kestu_error_t *kestu_map_append(kestu_map_t *map, const
 /*
  * Makes a map with the same keys, as kestu_map_create does in `pool`. The values are those of the
  * original and stay the original's, or what `copy`, which may be null, makes of each; the copy of a
- * map then releases them as the original does. Fails with KESTU_ERR_NO_MEMORY and whatever `copy`
- * fails with; `out` is null then, and the copied values are released.
+ * map then releases them as the original does. Fails with KESTU_ERR_NO_MEMORY (120012) and whatever
+ * `copy` fails with; `out` is null then, and the copied values are released.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_map_copy(kestu_map_t **out, const kestu_map_t *map,
                                                        kestu_map_copy_func copy, void *baton,
@@ -130,27 +134,37 @@ KESTU_API int kestu_map_find(const kestu_map_t *map, const void *key, size_t len
 KESTU_API int kestu_map_delete(kestu_map_t *map, const void *key, size_t length, void **value);
 
 /*
- * Let the cursor stand at the first or last entry, at that of the key, at the first one whose key
- * is not before the key (lower bound) or is behind it (upper bound), or at the one with the longest
- * key that begins the text. They return 1, or 0 when there is no such entry; the cursor then stands
- * nowhere, and its key is null.
+ * Lets the cursor stand at the first entry. Returns 1, or 0 when there is none; the cursor then
+ * stands nowhere, and its key is null.
  */
 KESTU_API int kestu_map_first(kestu_map_t *map, kestu_map_cursor_t *cursor);
+
+/* As kestu_map_first, at the last entry. */
 KESTU_API int kestu_map_last(kestu_map_t *map, kestu_map_cursor_t *cursor);
+
+/* As kestu_map_first, at the entry of the key. */
 KESTU_API int kestu_map_seek(kestu_map_t *map, const void *key, size_t length,
                              kestu_map_cursor_t *cursor);
+
+/* As kestu_map_first, at the first entry whose key is not before the key. */
 KESTU_API int kestu_map_lower_bound(kestu_map_t *map, const void *key, size_t length,
                                     kestu_map_cursor_t *cursor);
+
+/* As kestu_map_first, at the first entry whose key is behind the key. */
 KESTU_API int kestu_map_upper_bound(kestu_map_t *map, const void *key, size_t length,
                                     kestu_map_cursor_t *cursor);
+
+/* As kestu_map_first, at the entry with the longest key that begins the text. */
 KESTU_API int kestu_map_longest_prefix(kestu_map_t *map, const void *text, size_t length,
                                        kestu_map_cursor_t *cursor);
 
 /*
- * Move the cursor to the next or the previous entry. They return 1, or 0 behind the last or in
- * front of the first one, as for a cursor that stands nowhere; it stands nowhere then.
+ * Moves the cursor to the next entry. Returns 1, or 0 behind the last one, as for a cursor that
+ * stands nowhere; it stands nowhere then.
  */
 KESTU_API int kestu_map_next(kestu_map_cursor_t *cursor);
+
+/* As kestu_map_next, to the previous entry; 0 in front of the first one. */
 KESTU_API int kestu_map_previous(kestu_map_cursor_t *cursor);
 
 /*
@@ -160,10 +174,12 @@ KESTU_API int kestu_map_previous(kestu_map_cursor_t *cursor);
 KESTU_API int kestu_map_delete_at(kestu_map_cursor_t *cursor, void **value);
 
 /*
- * Calls `fn` for all entries in their order, or for those whose keys begin with the prefix, until
- * it returns something other than 0, which is returned; 0 at the end.
+ * Calls `fn` for all entries in their order, until it returns something other than 0, which is
+ * returned; 0 at the end.
  */
 KESTU_API int kestu_map_walk(const kestu_map_t *map, kestu_map_func fn, void *baton);
+
+/* As kestu_map_walk for the entries whose keys begin with the prefix. */
 KESTU_API int kestu_map_walk_prefix(const kestu_map_t *map, const void *prefix, size_t length,
                                     kestu_map_func fn, void *baton);
 

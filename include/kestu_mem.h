@@ -21,23 +21,32 @@
 KESTU_BEGIN_DECLS
 
 /*
- * Stores through `out`, the address of a pointer, a new block: `count` elements of `size` bytes
- * filled with zeros, or `bytes` bytes as they come. Errors: 120010 for a count of 0, 120011 for an
- * element size of 0, 120014 for 0 bytes, all three leaving the pointer as it was; 120012 when no
- * memory is left, with the pointer set to null.
+ * Stores through `out`, the address of a pointer, a new block of `count` elements of `size` bytes
+ * filled with zeros. Errors: KESTU_ERR_ELEMENT_COUNT (120010) for a count of 0 and
+ * KESTU_ERR_ELEMENT_SIZE (120011) for an element size of 0, both leaving the pointer as it was;
+ * KESTU_ERR_NO_MEMORY (120012) when no memory is left, with the pointer set to null.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_mem_calloc(size_t count, size_t size, void *out);
+
+/*
+ * Stores through `out`, the address of a pointer, a new block of `bytes` bytes as they come.
+ * Errors: KESTU_ERR_MEMORY_SIZE (120014) for 0 bytes, leaving the pointer as it was;
+ * KESTU_ERR_NO_MEMORY (120012) when no memory is left, with the pointer set to null.
+ */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_mem_malloc(size_t bytes, void *out);
 
 /*
- * Resizes the block whose pointer stands at `inout` to `bytes` bytes. Errors: 120014 for 0 bytes,
- * with block and pointer untouched; 120013 when no memory is left. The pointer is then set to null
- * while the old block stays allocated: keep a copy of the pointer if the block is still wanted.
+ * Resizes the block whose pointer stands at `inout` to `bytes` bytes. Errors: KESTU_ERR_MEMORY_SIZE
+ * (120014) for 0 bytes, with block and pointer untouched; KESTU_ERR_NO_MEMORY_TO_RESIZE (120013)
+ * when no memory is left. The pointer is then set to null while the old block stays allocated: keep
+ * a copy of the pointer if the block is still wanted.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_mem_realloc(size_t bytes, void *inout);
 
-/* memmove and memcpy of `bytes` bytes from `src` to `dst`; both return `dst`. */
+/* memmove of `bytes` bytes from `src` to `dst`, which may overlap. Returns `dst`. */
 KESTU_API void *kestu_mem_move(void *dst, const void *src, size_t bytes);
+
+/* memcpy of `bytes` bytes from `src` to `dst`, which must not overlap. Returns `dst`. */
 KESTU_API void *kestu_mem_copy(void *dst, const void *src, size_t bytes);
 
 /* Releases `block`. Null is allowed. */

@@ -27,9 +27,9 @@
 KESTU_BEGIN_DECLS
 
 /* The signal that every object has from its creation and emits when it is destroyed. */
-enum { KESTU_OBJ_SIGNAL_DESTROY = 1 };
+enum { KESTU_OBJ_SIGNAL_DESTROY = 1 /* emitted when the object is destroyed */ };
 
-/* Read the fields freely; change them through the functions below. */
+/* An object. Read the fields freely; change them through the functions below. */
 typedef struct kestu_obj_t {
     uint32_t type;              /* the code of its type, 0 for none */
     char *name;                 /* in the object's pool, null for an object without a name */
@@ -65,17 +65,18 @@ KESTU_API KESTU_MUST_USE kestu_error_t *kestu_obj_engine_init(apr_pool_t *pool);
 /*
  * Stops the object engine and forgets all types and signal types; codes are not handed out again.
  * Objects have to be destroyed before. It may be started again. The end of its pool, or of one
- * above it, stops it too. Errors are APR's under "Cannot
- * terminate OBJECT engine correctly.", after which the rest of the engine stays.
+ * above it, stops it too. Errors are APR's under "Cannot terminate OBJECT engine correctly.", after
+ * which the rest of the engine stays.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_obj_engine_terminate(void);
 
 /*
  * Registers a type under copies of all `names`, created by `create`, or by kestu_obj_create when
  * that is null, and stores its code through `code`, from 1 up. Errors under "Cannot register object
- * type.": APR's, 120001 while the engine is not started, and those of copying; and 120101, without
- * a message of its own, when one of the names is registered already. After this last error the
- * registration of types stays locked, as callers take it for a fault of the program that ends it.
+ * type.": APR's, KESTU_ERR_NOT_INITIALIZED (120001) while the engine is not started, and those of
+ * copying; and KESTU_ERR_TYPE_EXISTS (120101), without a message of its own, when one of the names
+ * is registered already. After this last error the registration of types stays locked, as callers
+ * take it for a fault of the program that ends it.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *
 kestu_objtype_register(uint32_t *code, kestu_strlist_t *names, kestu_objtype_create_func create);
@@ -130,22 +131,37 @@ KESTU_API void kestu_obj_destroy_callback(uint32_t tag, void *obj, void *baton);
 KESTU_API apr_status_t kestu_obj_cleanup(void *obj);
 
 /*
- * What an object carries; `obj` must not be null, and setting returns null. A name is copied into
- * the object's pool; without memory for the copy it stays as it was. A child keeps the `name` that
- * it was added under. `type` is a code, `data` the user's.
+ * Gives `obj`, which must not be null, a copy of `name` in its pool, or no name for null; without
+ * memory for the copy the name stays as it was. A child keeps the name that it was added under.
+ * Returns null.
  */
 KESTU_API kestu_error_t *kestu_obj_set_name(kestu_obj_t *obj, const char *name);
+
+/* Sets the code of the type of `obj`, which must not be null, to `type`. Returns null. */
 KESTU_API kestu_error_t *kestu_obj_set_type(kestu_obj_t *obj, uint32_t type);
+
+/* Sets the user's datum of `obj`, which must not be null, to `data`. Returns null. */
 KESTU_API kestu_error_t *kestu_obj_set_data(kestu_obj_t *obj, void *data);
+
+/*
+ * The name of `obj`, which must not be null; null when it has none. It lives as long as the object.
+ */
 KESTU_API const char *kestu_obj_get_name(kestu_obj_t *obj);
+
+/* The code of the type of `obj`, which must not be null; 0 for none. */
 KESTU_API uint32_t kestu_obj_get_type(kestu_obj_t *obj);
+
+/* The user's datum of `obj`, which must not be null. */
 KESTU_API void *kestu_obj_get_data(kestu_obj_t *obj);
+
+/* The pool of `obj`, which must not be null: it ends with the object. */
 KESTU_API apr_pool_t *kestu_obj_get_pool(kestu_obj_t *obj);
 
 /*
  * Adds `child` as the last child of `parent`, which owns it from then on. Names of children are
  * unique; any number may go without one. Errors, under "Cannot add child to object", with nothing
- * changed: 120102 "There is already a child with name '%s'", and those of allocation.
+ * changed: KESTU_ERR_CHILD_EXISTS (120102) "There is already a child with name '%s'", and those of
+ * allocation.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_obj_addc(kestu_obj_t *parent, kestu_obj_t *child);
 

@@ -38,12 +38,12 @@ typedef void (*kestu_slot_func)(kestu_obj_t *source, uint32_t code, kestu_obj_t 
                                 void *user, void *argument);
 
 /* The flag of a signal that is being emitted; the other bits are the user's. */
-enum { KESTU_OSIG_BUSY = 1 };
+enum { KESTU_OSIG_BUSY = 1 /* the signal is being emitted, or is dumb */ };
 
 /* A connection: what is called and with which pointer. A null callback is never called. */
 typedef struct kestu_oslot_t {
-    void *user;
-    kestu_slot_func callback;
+    void *user;               /* the user's, handed to the callback */
+    kestu_slot_func callback; /* what is called; null: nothing */
 } kestu_oslot_t;
 
 /* All connections of one signal for one object. */
@@ -58,28 +58,39 @@ typedef struct kestu_odest_t {
  * changed in them by other means than the functions below.
  */
 typedef struct kestu_osig_t {
-    int32_t code;
-    uint16_t flags;
+    int32_t code;                /* of its type */
+    uint16_t flags;              /* KESTU_OSIG_BUSY, and the user's */
     kestu_odest_t *destinations; /* a hash table, null when empty */
     kestu_ut_array_t *actions;   /* of kestu_osigact_t, null when nothing waits */
 } kestu_osig_t;
 
 /* What an action is about. */
-enum { KESTU_OSIGACT_CONNECT = 1, KESTU_OSIGACT_DISCONNECT = 2, KESTU_OSIGACT_REMOVE = 3 };
+enum {
+    KESTU_OSIGACT_CONNECT = 1,    /* a connection to make */
+    KESTU_OSIGACT_DISCONNECT = 2, /* connections to end */
+    KESTU_OSIGACT_REMOVE = 3,     /* a signal to take away */
+};
 
 /* Something that waits for the end of an emission. */
 typedef struct kestu_osigact_t {
-    uint32_t kind;
-    uint32_t code;
-    kestu_obj_t *source;
-    kestu_obj_t *destination;
-    void *user;
-    kestu_slot_func callback;
+    uint32_t kind;            /* KESTU_OSIGACT_CONNECT and so on */
+    uint32_t code;            /* of the signal */
+    kestu_obj_t *source;      /* the object whose signal it is */
+    kestu_obj_t *destination; /* as in the call that waits */
+    void *user;               /* as in the call that waits */
+    kestu_slot_func callback; /* as in the call that waits */
 } kestu_osigact_t;
 
-/* The descriptors of the arrays above, for code that handles them with the macros of utarray.h. */
+/*
+ * The descriptor of arrays of kestu_osig_t, for code that handles them with the macros of
+ * utarray.h.
+ */
 KESTU_API extern kestu_ut_icd_t osig_icd;
+
+/* The descriptor of arrays of kestu_oslot_t. */
 KESTU_API extern kestu_ut_icd_t oslot_icd;
+
+/* The descriptor of arrays of kestu_osigact_t. */
 KESTU_API extern kestu_ut_icd_t osigact_icd;
 
 /*
@@ -91,17 +102,18 @@ KESTU_API void osig_dtor(void *osig);
 
 /*
  * Registers a signal type under a copy of `name`, or without a name when that is null, and stores
- * its code through `code`, from 100 up. Errors under "Cannot register signal.": APR's, 120001 while
- * the engine is not started, those of allocation; and 120103 "Object signal type [%s] already
- * exists.". After this last error the registration of signal types stays locked, as callers take it
- * for a fault of the program that ends it.
+ * its code through `code`, from 100 up. Errors under "Cannot register signal.": APR's,
+ * KESTU_ERR_NOT_INITIALIZED (120001) while the engine is not started, those of allocation; and
+ * KESTU_ERR_SIGNAL_TYPE_EXISTS (120103) "Object signal type [%s] already exists.". After this last
+ * error the registration of signal types stays locked, as callers take it for a fault of the
+ * program that ends it.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_objsig_register(uint32_t *code, const char *name);
 
 /*
  * Gives a signal type back, so that its record is used again; a `code` that is not registered
- * changes nothing. Errors under "Cannot deregister signal." are APR's, and 120001 while the engine
- * is not started.
+ * changes nothing. Errors under "Cannot deregister signal." are APR's, and
+ * KESTU_ERR_NOT_INITIALIZED (120001) while the engine is not started.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_objsig_deregister(uint32_t code);
 
@@ -109,8 +121,8 @@ KESTU_API KESTU_MUST_USE kestu_error_t *kestu_objsig_deregister(uint32_t code);
 KESTU_API uint32_t kestu_objsig_query_type(const char *name);
 
 /*
- * Gives `obj` a signal with that `code`. Error: 120105 "A signal with code %d already exists."
- * under "Cannot add signal to object.".
+ * Gives `obj` a signal with that `code`. Error: KESTU_ERR_SIGNAL_EXISTS (120105) "A signal with
+ * code %d already exists." under "Cannot add signal to object.".
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_obj_add_signal(kestu_obj_t *obj, uint32_t code);
 
@@ -123,8 +135,8 @@ KESTU_API void kestu_obj_delete_signals(kestu_obj_t *obj);
 
 /*
  * Sets the low 16 bits of `flags` in the signal `code` of `obj`; none is ever cleared. With
- * KESTU_OSIG_BUSY the signal is dumb: emitting does nothing and connections wait. Error: 120104
- * "Cannot find signal with code %d." under "Cannot set signal flags.".
+ * KESTU_OSIG_BUSY the signal is dumb: emitting does nothing and connections wait. Error:
+ * KESTU_ERR_NO_SIGNAL (120104) "Cannot find signal with code %d." under "Cannot set signal flags.".
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_obj_set_signal_flags(kestu_obj_t *obj, uint32_t code,
                                                                    uint32_t flags);
@@ -132,8 +144,8 @@ KESTU_API KESTU_MUST_USE kestu_error_t *kestu_obj_set_signal_flags(kestu_obj_t *
 /*
  * Connects the signal `code` of `source`: when it is emitted, `callback` is called with
  * `destination` and `user`. One callback is connected once for a destination: a second time only
- * replaces its `user`. Errors, under "Cannot connect objects by signal.": 120104 "Cannot find
- * signal with code %d.", and those of allocation.
+ * replaces its `user`. Errors, under "Cannot connect objects by signal.": KESTU_ERR_NO_SIGNAL
+ * (120104) "Cannot find signal with code %d.", and those of allocation.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_obj_connect(kestu_obj_t *source, uint32_t code,
                                                           kestu_obj_t *destination,
@@ -150,7 +162,8 @@ KESTU_API void kestu_obj_disconnect(kestu_obj_t *source, uint32_t code, kestu_ob
 /*
  * Emits the signal `code` of `obj`: calls its slots with `argument`, destination by destination in
  * the order in which these were first connected. A signal that is being emitted already is not
- * emitted. Error: 120104 "Cannot find signal with code %d." under "Cannot emit signal.".
+ * emitted. Error: KESTU_ERR_NO_SIGNAL (120104) "Cannot find signal with code %d." under "Cannot
+ * emit signal.".
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_obj_emit_signal(kestu_obj_t *obj, uint32_t code,
                                                               void *argument);

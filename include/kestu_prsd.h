@@ -23,9 +23,9 @@ KESTU_BEGIN_DECLS
 
 /* What a parameter is. */
 enum {
-    KESTU_PRSD_INT = 1,
-    KESTU_PRSD_DOUBLE = 2,
-    KESTU_PRSD_STRING = 3,
+    KESTU_PRSD_INT = 1,    /* an integer */
+    KESTU_PRSD_DOUBLE = 2, /* a floating-point number */
+    KESTU_PRSD_STRING = 3, /* a string */
 };
 
 /* Where the parser stands between two calls. */
@@ -38,21 +38,21 @@ enum {
 
 /* One parameter. The fields of the other types are 0 and null. */
 typedef struct kestu_prsd_param_t {
-    double d;
-    int i;
-    char *s;
+    double d; /* a floating-point number */
+    int i;    /* an integer */
+    char *s;  /* a string */
     int type; /* KESTU_PRSD_INT, KESTU_PRSD_DOUBLE or KESTU_PRSD_STRING */
 } kestu_prsd_param_t;
 
 /* The parameters found so far. Clear it before the first call. */
 typedef struct kestu_prsd_t {
-    int n_double; /* floating-point parameters */
-    int n_string; /* string parameters */
-    int n_int;    /* integer parameters */
-    int n;        /* all parameters: the entries of `params` that are set */
-    int room;     /* entries that can still be set before the array is made longer */
-    kestu_prsd_param_t *params;
-    int state; /* one of the states above */
+    int n_double;               /* floating-point parameters */
+    int n_string;               /* string parameters */
+    int n_int;                  /* integer parameters */
+    int n;                      /* all parameters: the entries of `params` that are set */
+    int room;                   /* entries that can still be set before the array is made longer */
+    kestu_prsd_param_t *params; /* the parameters, in the pool of the calls */
+    int state;                  /* one of the states above */
 } kestu_prsd_t;
 
 /*
@@ -67,7 +67,8 @@ typedef struct kestu_prsd_t {
  * may be of any length and number; the array `params` moves as it grows. Entries and strings are
  * made in `pool`.
  *
- * Error: 120012 under "Can't parse string." when no memory is left; the parameters before stay.
+ * Error: KESTU_ERR_NO_MEMORY (120012) under "Can't parse string." when no memory is left; the
+ * parameters before stay.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *
 kestu_prsd_parse_p(kestu_prsd_t *prsd, const char *str, const char *separators, apr_pool_t *pool);
@@ -77,10 +78,14 @@ KESTU_API int kestu_prsd_incomplete(const kestu_prsd_t *prsd);
 
 /*
  * Parameter number `n` of `prsd`, from 0, as it stood in the text, so that 007 and a file named
- * 2024 are not lost; null when there is none. The second function tells whether it stood in quotes:
- * 1 or 0. Both are for records that kestu_prsd_parse_p alone has filled.
+ * 2024 are not lost; null when there is none. For records that kestu_prsd_parse_p alone has filled.
  */
 KESTU_API const char *kestu_prsd_text(const kestu_prsd_t *prsd, int n);
+
+/*
+ * 1 when parameter number `n` of `prsd`, from 0, stood in quotes, else 0. For records that
+ * kestu_prsd_parse_p alone has filled.
+ */
 KESTU_API int kestu_prsd_is_quoted(const kestu_prsd_t *prsd, int n);
 
 /* Fills the record `prsd` with zeros. The entries stay in their pool. */

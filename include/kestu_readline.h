@@ -29,19 +29,19 @@ KESTU_BEGIN_DECLS
 enum {
     KESTU_KEY_FAILED = -1,    /* the read failed; errno tells why */
     KESTU_KEY_UNREADABLE = 0, /* the end of the input, or bytes that are no known key */
-    KESTU_KEY_DELETE = 10001,
-    KESTU_KEY_UP = 10002,
-    KESTU_KEY_DOWN = 10003,
-    KESTU_KEY_RIGHT = 10004,
-    KESTU_KEY_LEFT = 10005,
-    KESTU_KEY_END = 10006,
-    KESTU_KEY_HOME = 10007,
+    KESTU_KEY_DELETE = 10001, /* the key Delete */
+    KESTU_KEY_UP = 10002,     /* the arrow up */
+    KESTU_KEY_DOWN = 10003,   /* the arrow down */
+    KESTU_KEY_RIGHT = 10004,  /* the arrow to the right */
+    KESTU_KEY_LEFT = 10005,   /* the arrow to the left */
+    KESTU_KEY_END = 10006,    /* the key End */
+    KESTU_KEY_HOME = 10007,   /* the key Home */
 };
 
 /* Directions in the history. */
 enum {
-    KESTU_RI_NEWER = 0,
-    KESTU_RI_OLDER = 1,
+    KESTU_RI_NEWER = 0, /* to lines that were read later */
+    KESTU_RI_OLDER = 1, /* to lines that were read before */
 };
 
 /* An editor. Read its fields freely; `echo` and `prompt` may be changed between two lines. */
@@ -52,7 +52,7 @@ typedef struct kestu_ri_t {
     size_t size;              /* the bytes that `line` has room for, terminator included */
     int echo;                 /* not 0: print the prompt and draw the line */
     int cols;                 /* the width of the terminal in columns */
-    int rows;                 /* its height in rows */
+    int rows;                 /* the height of the terminal in rows */
     char *prompt;             /* or null for none */
     kestu_strlist_t *history; /* earlier lines, the newest first */
     int hist_count;           /* lines in `history` */
@@ -60,15 +60,15 @@ typedef struct kestu_ri_t {
     char *saved_line;         /* the new line as it was when the user went to the history */
     int fresh;                /* 1 until the user goes to the history */
     struct termios saved_termios; /* the terminal's settings at the beginning of the line */
-    struct termios raw_termios;   /* those that are used while reading */
+    struct termios raw_termios;   /* the terminal's settings while reading */
 } kestu_ri_t;
 
 /*
  * Stores a new context through `ctx`, in a child pool of `pool`, with a copy of `prompt`, which may
  * be null. With an `echo` of 0 lines are read silently. Takes over the handling of SIGWINCH: the
  * first change of the window's size after this call is noticed, later ones are not. Errors, under
- * "Can't initialize readline.": that of the pool, and 120012 when it has no memory; nothing is
- * stored then.
+ * "Can't initialize readline.": that of the pool, and KESTU_ERR_NO_MEMORY (120012) when it has no
+ * memory; nothing is stored then.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_ri_readline_init(kestu_ri_t **ctx, const char *prompt,
                                                                int echo, apr_pool_t *pool);
@@ -85,13 +85,16 @@ KESTU_API KESTU_MUST_USE kestu_error_t *kestu_ri_readline_init(kestu_ri_t **ctx,
  * terminal stay on, so that Ctrl-C reaches the editor only where they are switched off. A row of
  * the terminal is redrawn after each key; a longer line is not folded.
  *
- * Errors, with nothing stored: 120130 under "Can't retrive line." when standard output is no
- * terminal; 120131 for a sequence of bytes that is no key, and at the end of the input; 120132 with
- * the system's text when reading fails; 120133 for Ctrl-D on an empty line; 120012 when no memory
- * is left; and those of kestu_ri_readline_addhist. What was typed before is still in the context's
- * line. After 120131, 120132, a failed addition to the history, and 120130 for a window that
- * changed while reading, the terminal is left in raw mode: give it saved_termios back with
- * tcsetattr before the next line, which would take the raw settings for the user's own.
+ * Errors, with nothing stored: KESTU_ERR_CONSOLE_SIZE (120130) under "Can't retrive line." when
+ * standard output is no terminal; KESTU_ERR_NO_CHARACTER (120131) for a sequence of bytes that is
+ * no key, and at the end of the input; KESTU_ERR_CHARACTER_READ (120132) with the system's text
+ * when reading fails; KESTU_ERR_HALTED_BY_USER (120133) for Ctrl-D on an empty line;
+ * KESTU_ERR_NO_MEMORY (120012) when no memory is left; and those of kestu_ri_readline_addhist. What
+ * was typed before is still in the context's line. After KESTU_ERR_NO_CHARACTER (120131),
+ * KESTU_ERR_CHARACTER_READ (120132), a failed addition to the history, and KESTU_ERR_CONSOLE_SIZE
+ * (120130) for a window that changed while reading, the terminal is left in raw mode: give it
+ * saved_termios back with tcsetattr before the next line, which would take the raw settings for the
+ * user's own.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_ri_readline(char **line, kestu_ri_t *ctx);
 
@@ -99,8 +102,8 @@ KESTU_API KESTU_MUST_USE kestu_error_t *kestu_ri_readline(char **line, kestu_ri_
 KESTU_API void kestu_ri_readline_terminate(kestu_ri_t *ctx);
 
 /*
- * Makes a copy of `str` the newest entry of the history. Error: 120012 under "Readline: can't add
- * string to history.", with the history as it was.
+ * Makes a copy of `str` the newest entry of the history. Error: KESTU_ERR_NO_MEMORY (120012) under
+ * "Readline: can't add string to history.", with the history as it was.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_ri_readline_addhist(const char *str, kestu_ri_t *ctx);
 
@@ -118,9 +121,9 @@ KESTU_API int kestu_ri_readline_hist(kestu_ri_t *ctx, int dir);
 KESTU_API void kestu_ri_readline_growbuffer(kestu_ri_t *ctx, size_t size);
 
 /*
- * Reads one key from standard input with a single read of at most 18 bytes: the byte itself, one of
- * the KESTU_KEY values for the sequence of a known key, or KESTU_KEY_UNREADABLE. `ctx` is not used
- * and may be null.
+ * Reads one key from standard input with a single read of at most 18 bytes: the byte itself, a
+ * value like KESTU_KEY_UP for the sequence of a known key, or KESTU_KEY_UNREADABLE. `ctx` is not
+ * used and may be null.
  */
 KESTU_API int dl_readchar(kestu_ri_t *ctx);
 

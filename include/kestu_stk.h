@@ -18,9 +18,10 @@
 
 KESTU_BEGIN_DECLS
 
+/* A stack. Read its fields freely; change them through the functions below. */
 typedef struct kestu_stk_t {
     kestu_sl_t *top; /* null when the stack is empty */
-    uint64_t count;
+    uint64_t count;  /* how many elements there are */
 } kestu_stk_t;
 
 /*
@@ -31,7 +32,8 @@ KESTU_API kestu_error_t *kestu_stk_create(kestu_stk_t **out, apr_pool_t *pool);
 
 /*
  * Puts an element of `tag` and `data`, made in `pool`, on top of `stack`. Errors, under "Can't push
- * object to stack.": 120012 when the pool has no memory, 120051 for a null stack.
+ * object to stack.": KESTU_ERR_NO_MEMORY (120012) when the pool has no memory,
+ * KESTU_ERR_LIST_INSERTION (120051) for a null stack.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_stk_push(kestu_stk_t *stack, uint32_t tag, void *data,
                                                        apr_pool_t *pool);
@@ -51,15 +53,22 @@ KESTU_API uint64_t kestu_stk_count(kestu_stk_t *stack);
 /* Empties `stack`. The elements go with their pool. */
 KESTU_API void kestu_stk_destroy(kestu_stk_t *stack);
 
-/* The walks of kestu_sl.h with `fn` and `baton` over `stack` from the top to the bottom. */
+/*
+ * Calls `fn` with `baton` for the elements of `stack` from the top to the bottom, as kestu_sl_walk
+ * does.
+ */
 KESTU_API void kestu_stk_walk(kestu_stk_t *stack, kestu_visit_func fn, void *baton);
+
+/* As kestu_stk_walk until `fn` returns a pointer, which is returned; null at the end. */
 KESTU_API void *kestu_stk_walk_ptr_first(kestu_stk_t *stack, kestu_ptr_func fn, void *baton);
+
+/* As kestu_stk_walk until `fn` returns an error, which is returned unchanged; null at the end. */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_stk_walk_err_first(kestu_stk_t *stack,
                                                                  kestu_err_func fn, void *baton);
 
 /*
  * Stores through `out` a new stack in `pool` with the elements of `source` in the same order.
- * Error: 120012 under "Can't copy stack.", with null stored.
+ * Error: KESTU_ERR_NO_MEMORY (120012) under "Can't copy stack.", with null stored.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_stk_copy(kestu_stk_t *source, kestu_stk_t **out,
                                                        apr_pool_t *pool);

@@ -25,33 +25,49 @@ KESTU_BEGIN_DECLS
 
 /*
  * Converts the whole of `s` to a number and stores it through `out`. White space is accepted in
- * front, nothing behind. Errors, with nothing stored: 120063 (double) or 120062 "Cannot convert
- * string '%s' to double" (integer, int64), followed by the system's text when the number is out of
- * range. kestu_str_to_integer checks the range of long and then keeps the low 32 bits.
+ * front, nothing behind. Error, with nothing stored: KESTU_ERR_DOUBLE_TEXT (120063) "Cannot convert
+ * string '%s' to double", followed by the system's text when the number is out of range.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_str_to_double(const char *s, double *out);
+
+/*
+ * As kestu_str_to_double for decimal integers: checks the range of long and then keeps the low 32
+ * bits. Error: KESTU_ERR_INTEGER_TEXT (120062) "Cannot convert string '%s' to integer".
+ */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_str_to_integer(const char *s, int *out);
+
+/*
+ * As kestu_str_to_integer, of 64 bits, which are all kept. Error: KESTU_ERR_INTEGER_TEXT (120062)
+ * "Cannot convert string '%s' to int64".
+ */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_str_to_int64(const char *s, int64_t *out);
 
 /*
- * Converts the whole of `s` as the functions above do, to a number that is stored through `out`.
- * Below 0 is out of range, "-0" apart. Errors are those of kestu_str_to_int64, for uint64.
+ * As kestu_str_to_int64 for numbers without a sign: below 0 is out of range, "-0" apart. Error:
+ * KESTU_ERR_INTEGER_TEXT (120062) "Cannot convert string '%s' to uint64".
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_str_to_uint64(const char *s, uint64_t *out);
 
 /*
- * Convert the whole of `s`, in which nothing is skipped, cut or taken from the locale: a sign or
- * none and decimal digits; for kestu_str_strict_double a '.' and an exponent as well, or "inf" or
- * "nan". Errors, with nothing stored, are those of the functions above; what the type of `out`
- * cannot hold is out of range.
+ * As kestu_str_to_integer, but nothing is skipped, cut or taken from the locale: a sign or none and
+ * decimal digits. What the type of `out` cannot hold is out of range.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_str_strict_integer(const char *s, int *out);
+
+/* As kestu_str_strict_integer, of 64 bits, with the error of kestu_str_to_int64. */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_str_strict_int64(const char *s, int64_t *out);
+
+/* As kestu_str_strict_integer, of 64 bits without a sign, with the error of kestu_str_to_uint64. */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_str_strict_uint64(const char *s, uint64_t *out);
+
+/*
+ * As kestu_str_to_double, but nothing is skipped, cut or taken from the locale: a sign or none,
+ * decimal digits, a '.' and an exponent, or "inf" or "nan".
+ */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_str_strict_double(const char *s, double *out);
 
 /* Room for any text of kestu_str_from_double. */
-enum { KESTU_STR_DOUBLE_SIZE = 25 };
+enum { KESTU_STR_DOUBLE_SIZE = 25 /* in bytes, with the terminator */ };
 
 /*
  * Writes the shortest text that reads back as just `value` to `buf`, with or without an exponent,
@@ -66,12 +82,15 @@ KESTU_API size_t kestu_str_from_double(double value, char *buf, size_t size);
 KESTU_API int kestu_str_is_integer(const char *s);
 
 /*
- * Copies at most `size` - 1 bytes of `src` to `dst`, or appends as many as fit to the text in
- * `dst`, and terminates it; with a `size` of 0 nothing is written. Returns the length of the string
- * that was tried for: a value of `size` or more means that it was cut. When kestu_str_strlcat finds
- * no terminator within `size` bytes it writes nothing.
+ * Copies at most `size` - 1 bytes of `src` to `dst` and terminates it; with a `size` of 0 nothing
+ * is written. Returns the length of `src`: a value of `size` or more means that it was cut.
  */
 KESTU_API size_t kestu_str_strlcpy(char *dst, const char *src, size_t size);
+
+/*
+ * As kestu_str_strlcpy, but appends as many bytes as fit to the text in `dst`, and returns the
+ * length of both. When there is no terminator within `size` bytes it writes nothing.
+ */
 KESTU_API size_t kestu_str_strlcat(char *dst, const char *src, size_t size);
 
 /*
@@ -95,12 +114,15 @@ KESTU_API int kestu_str_utf8_valid(const void *text, size_t size);
 KESTU_API char *kestu_str_trim(char *s);
 
 /*
- * A new string: `s` with every occurrence, or with the first one, of `from` replaced by `to`. What
- * was put in is not searched again. kestu_str_replace_all makes a copy when `from` or `to` is null
- * or `from` is empty; for kestu_str_replace an empty `from` stands at the beginning. Null when no
- * memory is left.
+ * A new string: `s` with every occurrence of `from` replaced by `to`. What was put in is not
+ * searched again. It is a copy when `from` or `to` is null or `from` is empty. Null when no memory
+ * is left.
  */
 KESTU_API char *kestu_str_replace_all(const char *s, const char *from, const char *to);
+
+/*
+ * As kestu_str_replace_all for the first occurrence alone; an empty `from` stands at the beginning.
+ */
 KESTU_API char *kestu_str_replace(const char *s, const char *from, const char *to);
 
 /*
@@ -110,21 +132,27 @@ KESTU_API char *kestu_str_replace(const char *s, const char *from, const char *t
 KESTU_API char *kestu_str_replace_char(char *s, char from, char to);
 
 /*
- * Formatting: into `buf` of `size` bytes, or into a new string stored through `ret`. Results and
- * failures are those of rpl_vsnprintf and rpl_vasprintf (kestu_format.h) for `format` and `args`.
- * No long double may be passed: the compiler accepts one under `%Lf`, but a double is fetched.
+ * Formats `format` and what follows it into `buf` of `size` bytes. Result and failures are those of
+ * rpl_vsnprintf (kestu_format.h). No long double may be passed: the compiler accepts one under
+ * `%Lf`, but a double is fetched.
  */
 KESTU_API int kestu_str_snprintf(char *buf, size_t size, const char *format, ...)
     KESTU_PRINTF(3, 4);
+
+/* As kestu_str_snprintf, into a new string stored through `ret`, as rpl_vasprintf does. */
 KESTU_API int kestu_str_asprintf(char **ret, const char *format, ...) KESTU_PRINTF(2, 3);
+
+/* As kestu_str_asprintf with the arguments `args`. */
 KESTU_API int kestu_str_vasprintf(char **ret, const char *format, va_list args) KESTU_PRINTF(2, 0);
 
 /*
- * Formats `format` with `args`, or with the arguments that follow, into a string that lives in
- * `pool`. Null when the text cannot be formatted or no memory is left. No long double may be
- * passed: the compiler accepts one under `%Lf`, but a double is fetched.
+ * Formats `format` with the arguments that follow into a string that lives in `pool`. Null when the
+ * text cannot be formatted or no memory is left. No long double may be passed: the compiler accepts
+ * one under `%Lf`, but a double is fetched.
  */
 KESTU_API char *kestu_str_psprintf(apr_pool_t *pool, const char *format, ...) KESTU_PRINTF(2, 3);
+
+/* As kestu_str_psprintf with the arguments `args`. */
 KESTU_API char *kestu_str_pvsprintf(apr_pool_t *pool, const char *format, va_list args)
     KESTU_PRINTF(2, 0);
 

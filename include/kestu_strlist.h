@@ -10,7 +10,7 @@
  *
  * Strings are copied into the pool given to the function that adds them, and live as long as it
  * does; a list owns nothing. A list belongs to one thread at a time. A null list is an empty one;
- * only adding to it fails, with 120051.
+ * only adding to it fails, with KESTU_ERR_LIST_INSERTION (120051).
  */
 #ifndef KESTU_STRLIST_H
 #define KESTU_STRLIST_H
@@ -30,24 +30,29 @@ typedef struct kestu_strlist_t {
  */
 KESTU_API kestu_error_t *kestu_strlist_create(kestu_strlist_t **list, apr_pool_t *pool);
 
-/* Empties `list`, which stays usable: both do the same. */
+/* Empties `list`, which stays usable. The strings go with their pools. */
 KESTU_API void kestu_strlist_destroy(kestu_strlist_t *list);
+
+/* Does the same as kestu_strlist_destroy to `list`. */
 KESTU_API void kestu_strlist_clear(kestu_strlist_t *list);
 
 /*
- * Adds a copy of `str`, made in `pool`, at the front or at the end of `list`; the latter walks over
- * the list. A null string is added as null. Errors are those of kestu_dl_prepend and
- * kestu_dl_append, with the list as it was.
+ * Adds a copy of `str`, made in `pool`, at the front of `list`. A null string is added as null.
+ * Errors are those of kestu_dl_prepend, with the list as it was.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_strlist_addfirst(kestu_strlist_t *list,
                                                                const char *str, apr_pool_t *pool);
+
+/*
+ * As kestu_strlist_addfirst, at the end of `list`, which takes a walk. Errors are those of
+ * kestu_dl_append.
+ */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_strlist_addlast(kestu_strlist_t *list,
                                                               const char *str, apr_pool_t *pool);
 
 /*
- * Adds a copy of `str`, made in `pool`, at the end of `list` in constant time: `last` points to a
- * variable of the caller's that is null at first and remembers the end of the list between the
- * calls.
+ * As kestu_strlist_addlast in constant time: `last` points to a variable of the caller's that is
+ * null at first and remembers the end of the list between the calls.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *
 kestu_strlist_append(kestu_strlist_t *list, kestu_dl_t **last, const char *str, apr_pool_t *pool);
@@ -69,8 +74,8 @@ KESTU_API void kestu_strlist_sort(kestu_strlist_t *list);
 
 /*
  * Stores the strings of `list` with `separator` between them, as one text made in `pool`, through
- * `text`. Null strings count as empty ones. Error: 120012 under "Cannot join strings.", with null
- * stored.
+ * `text`. Null strings count as empty ones. Error: KESTU_ERR_NO_MEMORY (120012) under "Cannot join
+ * strings.", with null stored.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *
 kestu_strlist_join(kestu_strlist_t *list, const char *separator, char **text, apr_pool_t *pool);
@@ -78,7 +83,8 @@ kestu_strlist_join(kestu_strlist_t *list, const char *separator, char **text, ap
 /*
  * Stores an array of pointers to the strings of `list`, which are not copied, with a null behind
  * the last one, through `strings`, and their number through `count`, which may be null. The array
- * is made in `pool`. Error: 120012 under "Cannot make array of strings.", with null stored.
+ * is made in `pool`. Error: KESTU_ERR_NO_MEMORY (120012) under "Cannot make array of strings.",
+ * with null stored.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_strlist_to_array(kestu_strlist_t *list,
                                                                const char ***strings, size_t *count,
@@ -109,9 +115,9 @@ KESTU_API KESTU_MUST_USE kestu_error_t *kestu_strlist_copy(kestu_strlist_t *dst,
  * text: a token may begin in one string and end in a later one. Tokens are what stands between
  * characters of `separators`, or from a double quote where a token would begin to the next one;
  * quotes are not part of a token, and empty tokens are left out. Tokens may be of any length.
- * Errors: 120060 without separators, 120061 without strings, both with `dst` as it was; and those
- * of adding and allocation under "Failed to tokenize strings.", with the tokens found before in
- * `dst`.
+ * Errors: KESTU_ERR_SEPARATOR_COUNT (120060) without separators, KESTU_ERR_NO_TOKEN_DATA (120061)
+ * without strings, both with `dst` as it was; and those of adding and allocation under "Failed to
+ * tokenize strings.", with the tokens found before in `dst`.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_strlist_tokenize(kestu_strlist_t *src,
                                                                kestu_strlist_t *dst,

@@ -37,11 +37,14 @@
 KESTU_BEGIN_DECLS
 
 /* What a node is. Each begins with one of these; other values are invalid. */
-enum { KESTU_TRIE_LEAF = 0, KESTU_TRIE_INNER = 1 };
+enum {
+    KESTU_TRIE_LEAF = 0,  /* a kestu_trie_leaf_t */
+    KESTU_TRIE_INNER = 1, /* a kestu_trie_inner_t */
+};
 
 /* A node of either kind. */
 typedef struct kestu_trie_node_t {
-    uint32_t type;
+    uint32_t type; /* KESTU_TRIE_LEAF or KESTU_TRIE_INNER */
 } kestu_trie_node_t;
 
 /* A key and its value. */
@@ -49,43 +52,52 @@ typedef struct kestu_trie_leaf_t {
     uint32_t type;   /* KESTU_TRIE_LEAF */
     uint8_t *key;    /* the trie's copy, with a zero byte behind it */
     uint64_t length; /* of the key, in bytes */
-    void *value;
+    void *value;     /* the caller's, never freed */
 } kestu_trie_leaf_t;
 
 /* A branching: at depth d by half-byte number d of the keys. */
 typedef struct kestu_trie_inner_t {
-    uint32_t type;          /* KESTU_TRIE_INNER */
-    kestu_trie_leaf_t *end; /* the leaf whose key ends here, or null */
-    uint32_t count;         /* leaves below, less the failed deletions that came by */
-    kestu_trie_node_t *children[16];
+    uint32_t type;                   /* KESTU_TRIE_INNER */
+    kestu_trie_leaf_t *end;          /* the leaf whose key ends here, or null */
+    uint32_t count;                  /* leaves below, less the failed deletions that came by */
+    kestu_trie_node_t *children[16]; /* what lies below each half-byte, or null */
 } kestu_trie_inner_t;
 
 /* The handle: a cell with the root node, null for an empty trie. */
 typedef struct kestu_trie_t {
-    kestu_trie_node_t *root;
+    kestu_trie_node_t *root; /* a leaf, a branching, or null */
 } kestu_trie_t;
 
 /* Receives one entry: the `length` of its `key`, the trie's own copy of it, and its `value`. */
 typedef void (*kestu_trie_func)(uint64_t length, const uint8_t *key, void *value, void *baton);
 
 /*
- * Makes an empty trie and stores its handle through `out`. kestu_trie_create takes it from `pool`
- * and always returns null; when the pool has no memory, the handle is null. kestu_triem_create
- * fails with 120012 under "Can't create new triem.", and the handle is null as well.
+ * Makes an empty trie in `pool` and stores its handle through `out`. Always returns null; when the
+ * pool has no memory, the handle is null.
  */
 KESTU_API kestu_error_t *kestu_trie_create(kestu_trie_t **out, apr_pool_t *pool);
+
+/*
+ * As kestu_trie_create, from the system's allocator. Error: KESTU_ERR_NO_MEMORY (120012) under
+ * "Can't create new triem.", and the handle is null as well.
+ */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_triem_create(kestu_trie_t **out);
 
 /*
- * Stores `value` under a copy of the key, with nodes from `pool` or from the system's allocator. A
- * null trie does nothing. Errors, under "Can't insert trie node." or "Can't insert triem node.",
- * with the trie unchanged in all its counts and slots: 120082 when the key is there already, 120091
- * when a node of invalid type is in its place, 120012 when no memory is left. What a failure leaves
- * unused stays in the pool; the `triem` form frees it.
+ * Stores `value` under a copy of the key, with nodes from `pool`. A null trie does nothing. Errors,
+ * under "Can't insert trie node.", with the trie unchanged in all its counts and slots:
+ * KESTU_ERR_KEY_EXISTS (120082) when the key is there already, KESTU_ERR_NODE_TYPE (120091) when a
+ * node of invalid type is in its place, KESTU_ERR_NO_MEMORY (120012) when no memory is left. What a
+ * failure leaves unused stays in the pool.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_trie_insert(kestu_trie_t *trie, const void *key,
                                                           size_t length, void *value,
                                                           apr_pool_t *pool);
+
+/*
+ * As kestu_trie_insert, with nodes from the system's allocator; what a failure leaves unused is
+ * freed. Errors stand under "Can't insert triem node.".
+ */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_triem_insert(kestu_trie_t *trie, const void *key,
                                                            size_t length, void *value);
 
@@ -111,16 +123,20 @@ KESTU_API size_t kestu_trie_count(const kestu_trie_t *trie);
  * and one whose count is not 1 in the end is not given up. A null trie does nothing.
  */
 KESTU_API void kestu_trie_delete(kestu_trie_t *trie, const void *key, size_t length);
+
+/* As kestu_trie_delete, and frees what is taken out. */
 KESTU_API void kestu_triem_delete(kestu_trie_t *trie, const void *key, size_t length);
 
 /*
- * Calls `fn` for every entry, or for every entry below `node`, which may be null. A key comes
- * before those that it begins; otherwise the order is that of the first differing half-byte, low
- * halves before high halves, and so not that of bytes. `fn` may search the trie but not change it.
- * Only where no memory is left for the way back, and keys branch off at more than 64 depths of it,
- * a walk needs the keys in the leaves as they were inserted, and may else end early.
+ * Calls `fn` for every entry. A key comes before those that it begins; otherwise the order is that
+ * of the first differing half-byte, low halves before high halves, and so not that of bytes. `fn`
+ * may search the trie but not change it. Only where no memory is left for the way back, and keys
+ * branch off at more than 64 depths of it, a walk needs the keys in the leaves as they were
+ * inserted, and may else end early.
  */
 KESTU_API void kestu_trie_walk(const kestu_trie_t *trie, kestu_trie_func fn, void *baton);
+
+/* As kestu_trie_walk for every entry below `node`, which may be null. */
 KESTU_API void traverse_node(const kestu_trie_node_t *node, kestu_trie_func fn, void *baton);
 
 /*
@@ -130,11 +146,13 @@ KESTU_API void traverse_node(const kestu_trie_node_t *node, kestu_trie_func fn, 
 KESTU_API void kestu_trie_walk_prefix(const kestu_trie_t *trie, const void *prefix, size_t length,
                                       kestu_trie_func fn, void *baton);
 
-/*
- * Sets the handle at `trie` to null; the `triem` form first frees the trie and its handle. A null
- * handle does nothing. A root of invalid type is not freed.
- */
+/* Sets the handle at `trie` to null. The nodes go with their pool. A null handle does nothing. */
 KESTU_API void kestu_trie_destroy(kestu_trie_t **trie);
+
+/*
+ * Frees the trie at `trie` and its handle, and sets the handle to null. A null handle does nothing.
+ * A root of invalid type is not freed.
+ */
 KESTU_API void kestu_triem_destroy(kestu_trie_t **trie);
 
 KESTU_END_DECLS

@@ -36,18 +36,21 @@ KESTU_API unsigned char kestu_util_bit_scan_reverse(uint32_t *index, uint64_t ma
  */
 KESTU_API uint32_t kestu_util_create_mask(uint32_t count, uint32_t *width);
 
-/* The number of bits set in `value`. */
+/* The number of bits set in `value`, of 32. */
 KESTU_API int kestu_util_nsb32(uint32_t value);
+
+/* The number of bits set in `value`, of 64. */
 KESTU_API int kestu_util_nsb64(uint64_t value);
 
 /*
- * Writes the directory part, or the last component, of `path` to `out`, which has room for `size`
- * bytes. Slashes at the end do not count; a null or empty path gives ".". Returns 0 and writes
- * nothing when `size` is below 2, else the length of the full result: a value of `size` or more
- * means that it was cut. The functions work on a copy of a path that is not empty; when there is no
- * memory for it the process aborts.
+ * Writes the directory part of `path` to `out`, which has room for `size` bytes. Slashes at the end
+ * do not count; a null or empty path gives ".". Returns 0 and writes nothing when `size` is below
+ * 2, else the length of the full result: a value of `size` or more means that it was cut. It works
+ * on a copy of a path that is not empty; when there is no memory for it the process aborts.
  */
 KESTU_API size_t kestu_util_dirname(const char *path, char *out, size_t size);
+
+/* As kestu_util_dirname, the last component of `path`. */
 KESTU_API size_t kestu_util_basename(const char *path, char *out, size_t size);
 
 KESTU_END_DECLS

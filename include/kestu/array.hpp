@@ -22,18 +22,24 @@
 namespace kestu {
 inline namespace KESTU_CPP {
 
+// A matrix of elements of a plain type, whose indices begin where one likes.
 template <typename T>
 class Matrix {
     static_assert(std::is_trivially_copyable_v<T>);
 
   public:
     Matrix() noexcept = default;
+
+    // Elements that are all 0, in rows and columns of these numbers, both ends included.
     Matrix(int first_row, int last_row, int first_column, int last_column)
         : Matrix(Bounds{first_row, last_row, first_column, last_column}) {
         detail::check(allocate());
     }
+
+    // Elements that are all 0, in rows and columns that begin with 0.
     Matrix(int rows, int columns) : Matrix(0, rows - 1, 0, columns - 1) {}
 
+    // As the constructor, but returns the error.
     static Expected<Matrix> make(std::nothrow_t, int first_row, int last_row, int first_column,
                                  int last_column) {
         Matrix matrix(Bounds{first_row, last_row, first_column, last_column});
@@ -51,7 +57,10 @@ class Matrix {
     }
     ~Matrix() { free(); }
 
+    // An element, which is not checked to be there.
     T &operator()(int row, int column) const noexcept { return rows_[row][column]; }
+
+    // An element; throws when there is none.
     T &at(int row, int column) const {
         if (!rows_ || row < bounds_.first_row || row > bounds_.last_row ||
             column < bounds_.first_column || column > bounds_.last_column) [[unlikely]]
@@ -64,17 +73,30 @@ class Matrix {
         return {rows_[row] + bounds_.first_column, static_cast<size_t>(columns())};
     }
 
+    // The number of the first row.
     int first_row() const noexcept { return bounds_.first_row; }
+
+    // The number of the last row.
     int last_row() const noexcept { return bounds_.last_row; }
+
+    // The number of the first column.
     int first_column() const noexcept { return bounds_.first_column; }
+
+    // The number of the last column.
     int last_column() const noexcept { return bounds_.last_column; }
+
+    // How many rows there are; 0 when it holds nothing.
     int rows() const noexcept { return rows_ ? bounds_.last_row - bounds_.first_row + 1 : 0; }
+
+    // How many columns there are; 0 when it holds nothing.
     int columns() const noexcept {
         return rows_ ? bounds_.last_column - bounds_.first_column + 1 : 0;
     }
 
-    // As kestu_mem_matrix_alloc gives it; for kestu_mem_matrix_free, when it is released.
+    // As kestu_mem_matrix_alloc gives it.
     T **get() const noexcept { return rows_; }
+
+    // As kestu_mem_matrix_alloc gives it, and the caller's from then on, for kestu_mem_matrix_free.
     [[nodiscard]] T **release() noexcept { return std::exchange(rows_, nullptr); }
 
   private:
@@ -109,6 +131,7 @@ class Matrix {
     Bounds bounds_;
 };
 
+// An array of N dimensions of elements of a plain type.
 template <typename T, size_t N>
 class Array {
     static_assert(std::is_trivially_copyable_v<T> && N > 0);
@@ -118,6 +141,8 @@ class Array {
 
     // Elements that are all 0, `dims` in each dimension, the outermost first.
     explicit Array(const std::array<uint32_t, N> &dims) { detail::check(allocate(dims)); }
+
+    // As the constructor, but returns the error.
     static Expected<Array> make(std::nothrow_t, const std::array<uint32_t, N> &dims) {
         Array array;
         if (kestu_error_t *err = array.allocate(dims))
@@ -132,11 +157,13 @@ class Array {
     }
     ~Array() { kestu_mem_array_free(array_); }
 
-    // The element at the positions, one a dimension.
+    // The element at the positions, one a dimension, which are not checked.
     template <std::convertible_to<uint32_t>... Positions>
     requires(sizeof...(Positions) == N) T &operator()(Positions... positions) const noexcept {
         return reach<T>(positions...);
     }
+
+    // The element at the positions, one a dimension; throws when there is none.
     template <std::convertible_to<uint32_t>... Positions>
     requires(sizeof...(Positions) == N) T &at(Positions... positions) const {
         const uint32_t all[] = {static_cast<uint32_t>(positions)...};
@@ -153,8 +180,10 @@ class Array {
         return {reach_block(array_->data, static_cast<uint32_t>(positions)...), dim(N - 1)};
     }
 
+    // How many positions dimension `d` has, of which the outermost is 0.
     uint32_t dim(size_t d) const noexcept { return array_ ? array_->dims[d] : 0; }
 
+    // The record, which stays the array's; null when it holds nothing.
     kestu_mem_array_t *get() const noexcept { return array_; }
 
   private:

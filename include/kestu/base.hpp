@@ -29,8 +29,13 @@ inline namespace KESTU_CPP {
 // A text that ends with a zero byte, as names and paths in C do. It refers to what it is made from.
 class CString {
   public:
+    // Refers to `text`.
     constexpr CString(const char *text) noexcept : text_(text) {}
+
+    // Refers to what `text` holds.
     CString(const std::string &text) noexcept : text_(text.c_str()) {}
+
+    // The text.
     constexpr operator const char *() const noexcept { return text_; }
 
   private:

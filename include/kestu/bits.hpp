@@ -17,6 +17,7 @@
 namespace kestu {
 inline namespace KESTU_CPP {
 
+// A bit array (kestu_bitarr.h).
 class BitArray {
     struct Steps {
         struct Place {
@@ -32,9 +33,11 @@ class BitArray {
     };
 
   public:
-    using one_iterator = detail::Iterator<Steps>;
+    using one_iterator = detail::Iterator<Steps>; // stands at bits that are 1
 
     BitArray() noexcept = default;
+
+    // `size` bits, all 0.
     explicit BitArray(size_t size) { resize(size); }
     BitArray(BitArray &&other) noexcept : bits_(std::exchange(other.bits_, nullptr)) {}
     BitArray &operator=(BitArray &&other) noexcept {
@@ -45,15 +48,20 @@ class BitArray {
 
     // Bits below the new size keep their values, new ones are 0.
     void resize(size_t size) { detail::check(kestu_bitarr_resize(&bits_, size)); }
+
+    // As `resize` above, but returns the error.
     Expected<void> resize(std::nothrow_t, size_t size) {
         return detail::outcome(kestu_bitarr_resize(&bits_, size));
     }
 
+    // An array of its own with the same bits.
     BitArray copy() const {
         BitArray made;
         detail::check(kestu_bitarr_clone(bits_, &made.bits_));
         return made;
     }
+
+    // As `copy` above, but returns the error.
     Expected<BitArray> copy(std::nothrow_t) const {
         BitArray made;
         if (kestu_error_t *err = kestu_bitarr_clone(bits_, &made.bits_))
@@ -61,68 +69,108 @@ class BitArray {
         return made;
     }
 
-    // Take the bits of `words`, bit 0 of the first one first.
+    // Takes the bits of `words`, bit 0 of the first one first.
     void assign(std::span<const uint64_t> words) {
         detail::check(kestu_bitarr_import_words(&bits_, words.data(), words.size() * 64));
     }
+
+    // As `assign` above, but returns the error.
     Expected<void> assign(std::nothrow_t, std::span<const uint64_t> words) {
         return detail::outcome(kestu_bitarr_import_words(&bits_, words.data(), words.size() * 64));
     }
 
+    // The number of bits.
     size_t size() const noexcept { return bits_ ? bits_->nbits : 0; }
+
+    // Whether it has no bits.
     bool empty() const noexcept { return size() == 0; }
+
+    // The number of bits that are 1.
     size_t count() const { return kestu_bitarr_num_bits_set(bits_); }
 
-    // Single bits; beyond the end they are 0 and stay so.
+    // The value of a bit; false beyond the end.
     bool operator[](size_t bit) const { return kestu_bitarr_get(bits_, bit) != 0; }
+
+    // Sets a bit; beyond the end nothing happens.
     void set(size_t bit) { kestu_bitarr_set(bits_, bit); }
+
+    // Clears a bit; beyond the end nothing happens.
     void reset(size_t bit) { kestu_bitarr_clear(bits_, bit); }
+
+    // Inverts a bit; beyond the end nothing happens.
     void flip(size_t bit) { kestu_bitarr_toggle(bits_, bit); }
 
-    // `count` bits from `from` on, and all bits.
+    // Sets `count` bits from `from` on, as far as the array goes.
     void set(size_t from, size_t count) { kestu_bitarr_set_range(bits_, from, count); }
+
+    // Clears `count` bits from `from` on, as far as the array goes.
     void reset(size_t from, size_t count) { kestu_bitarr_clear_range(bits_, from, count); }
+
+    // Inverts `count` bits from `from` on, as far as the array goes.
     void flip(size_t from, size_t count) { kestu_bitarr_toggle_range(bits_, from, count); }
+
+    // Sets all bits.
     void set() { kestu_bitarr_set_all(bits_); }
+
+    // Clears all bits.
     void reset() { kestu_bitarr_clear_all(bits_); }
+
+    // Inverts all bits.
     void flip() { kestu_bitarr_toggle_all(bits_); }
 
+    // Moves all bits to numbers larger by `count`; the length stays.
     BitArray &operator<<=(size_t count) {
         kestu_bitarr_shift_up(bits_, count);
         return *this;
     }
+
+    // Moves all bits to numbers smaller by `count`; the length stays.
     BitArray &operator>>=(size_t count) {
         kestu_bitarr_shift_down(bits_, count);
         return *this;
     }
 
-    // With another array, the shorter one of both filled up with zeros.
+    // Sets what is set in `other` too. The shorter one counts as filled up with zeros.
     BitArray &operator|=(const BitArray &other) {
         detail::check(kestu_bitarr_or(bits_, other.bits_, &bits_));
         return *this;
     }
+
+    // Clears what is not set in `other`. The shorter one counts as filled up with zeros.
     BitArray &operator&=(const BitArray &other) {
         detail::check(kestu_bitarr_and(bits_, other.bits_, &bits_));
         return *this;
     }
+
+    // As `|=`, but returns the error.
     Expected<void> unite(std::nothrow_t, const BitArray &other) {
         return detail::outcome(kestu_bitarr_or(bits_, other.bits_, &bits_));
     }
+
+    // As `&=`, but returns the error.
     Expected<void> intersect(std::nothrow_t, const BitArray &other) {
         return detail::outcome(kestu_bitarr_and(bits_, other.bits_, &bits_));
     }
+
+    // Whether both have the same bits set. The shorter one counts as filled up with zeros.
     friend bool operator==(const BitArray &a, const BitArray &b) {
         return kestu_bitarr_equal(a.bits_, b.bits_) != 0;
     }
+
+    // Whether `other` has all bits that are set here.
     bool is_subset_of(const BitArray &other) const {
         return kestu_bitarr_is_subset(bits_, other.bits_) != 0;
     }
+
+    // Whether a bit is set in both.
     bool intersects(const BitArray &other) const {
         return kestu_bitarr_intersects(bits_, other.bits_) != 0;
     }
 
-    // The first bit from `from` on that is 1, or 0; size() when none is.
+    // The first bit from `from` on that is 1; size() when none is.
     size_t next_one(size_t from) const { return kestu_bitarr_next_set(bits_, from); }
+
+    // The first bit from `from` on that is 0; size() when none is.
     size_t next_zero(size_t from) const { return kestu_bitarr_next_clear(bits_, from); }
 
     // The numbers of the bits that are 1.

@@ -23,6 +23,8 @@ class Editor {
     explicit Editor(CString prompt, bool echo = true, apr_pool_t *pool = kestu_pool) {
         detail::check(kestu_ri_readline_init(&ctx_, prompt, echo, pool));
     }
+
+    // As the constructor, but returns the error.
     static Expected<Editor> make(std::nothrow_t, CString prompt, bool echo = true,
                                  apr_pool_t *pool = kestu_pool) {
         Editor editor;
@@ -41,6 +43,8 @@ class Editor {
     // The next line with its line feed, empty after Ctrl-C; nothing at Ctrl-D. A failure leaves the
     // terminal as it was before the line.
     std::optional<std::string> read() { return take(read(std::nothrow)); }
+
+    // As `read` above, but returns the error.
     Expected<std::optional<std::string>> read(std::nothrow_t) {
         char *line = nullptr;
         kestu_error_t *err = kestu_ri_readline(&line, ctx_);
@@ -57,10 +61,13 @@ class Editor {
 
     // Makes a line the newest entry of the history.
     void remember(CString line) { detail::check(kestu_ri_readline_addhist(line, ctx_)); }
+
+    // As `remember` above, but returns the error.
     Expected<void> remember(std::nothrow_t, CString line) {
         return detail::outcome(kestu_ri_readline_addhist(line, ctx_));
     }
 
+    // The editor's context, which stays its own.
     kestu_ri_t *get() const noexcept { return ctx_; }
 
   private:

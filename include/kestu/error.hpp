@@ -35,16 +35,18 @@ inline namespace KESTU_CPP {
 
 // Where an error is made: as a default argument, the line of the caller.
 struct Place {
-    int line;
-    const char *file;
-    const char *function;
+    int line;             // the line of the call
+    const char *file;     // the source file of the call
+    const char *function; // the function of the call
 
+    // The place of the caller.
     static constexpr Place current(int line = __builtin_LINE(), const char *file = __builtin_FILE(),
                                    const char *function = __builtin_FUNCTION()) noexcept {
         return {line, file, function};
     }
 };
 
+// An error: a chain of elements, which it owns, from the outermost context to the root cause.
 class Error final : public std::exception {
     struct Steps {
         using Place = const kestu_error_t *;
@@ -54,7 +56,7 @@ class Error final : public std::exception {
     };
 
   public:
-    using iterator = detail::Iterator<Steps>;
+    using iterator = detail::Iterator<Steps>; // stands at elements of the chain
 
     // Takes over a chain of the C functions.
     explicit Error(kestu_error_t *chain) noexcept : chain_(chain) {}
@@ -90,16 +92,22 @@ class Error final : public std::exception {
         return line_ ? line_ : chain_ && chain_->message ? chain_->message : "no text";
     }
 
-    // Of the outermost element.
+    // The code of the outermost element.
     int code() const noexcept { return chain_->code; }
+
+    // The message of the outermost element; null when the text of its code stands for it.
     const char *message() const noexcept { return chain_->message; }
 
     // Whether an element of the chain has that code.
     bool has(int code) const noexcept { return kestu_error_is(chain_, code) != 0; }
+
+    // The last element.
     const kestu_error_t &root_cause() const noexcept { return *kestu_error_root_cause(chain_); }
 
-    // The elements, the outermost first.
+    // The outermost element.
     iterator begin() const noexcept { return iterator(chain_); }
+
+    // Behind the root cause.
     iterator end() const noexcept { return iterator(); }
 
     // Prints a line an element.
@@ -146,10 +154,13 @@ class Error final : public std::exception {
         line_ = nullptr;
     }
 
+    // An independent copy of the chain.
     Error copy() const noexcept { return Error(kestu_error_dup(chain_)); }
 
-    // The chain, which stays the error's, or which is the caller's from then on.
+    // The chain, which stays the error's.
     const kestu_error_t *get() const noexcept { return chain_; }
+
+    // The chain, which is the caller's from then on.
     [[nodiscard]] kestu_error_t *release() noexcept {
         line_ = nullptr;
         return std::exchange(chain_, nullptr);
@@ -178,9 +189,14 @@ template <typename T>
 using Expected = std::expected<T, Error>;
 using Unexpected = std::unexpected<Error>;
 #else
+
+// An error on its way into an Expected.
 class Unexpected {
   public:
+    // Takes over an error.
     explicit Unexpected(Error error) noexcept : chain_(error.release()) {}
+
+    // Takes over a chain of the C functions.
     explicit Unexpected(kestu_error_t *chain) noexcept : chain_(chain) {}
     Unexpected(Unexpected &&other) noexcept : chain_(other.release()) {}
     Unexpected &operator=(Unexpected &&) = delete;
@@ -188,28 +204,52 @@ class Unexpected {
         if (chain_)
             kestu_error_clear(chain_);
     }
+
+    // The chain, which is the caller's from then on.
     kestu_error_t *release() noexcept { return std::exchange(chain_, nullptr); }
 
   private:
     kestu_error_t *chain_;
 };
 
+// A value or an Error.
 template <typename T>
 class [[nodiscard]] Expected {
   public:
+    // Holds a value.
     Expected(T value) : result_(std::in_place_index<0>, std::move(value)) {}
+
+    // Holds an error.
     Expected(Unexpected &&failure) noexcept : result_(std::in_place_index<1>, failure.release()) {}
 
+    // Whether it holds a value.
     bool has_value() const noexcept { return result_.index() == 0; }
+
+    // Whether it holds a value.
     explicit operator bool() const noexcept { return has_value(); }
+
+    // The value, which must be there.
     T &operator*() &noexcept { return *std::get_if<0>(&result_); }
+
+    // The value, which must be there.
     const T &operator*() const &noexcept { return *std::get_if<0>(&result_); }
+
+    // The value, which must be there.
     T &&operator*() &&noexcept { return std::move(*std::get_if<0>(&result_)); }
+
+    // The value; null when it holds an error.
     T *operator->() noexcept { return std::get_if<0>(&result_); }
+
+    // The value; null when it holds an error.
     const T *operator->() const noexcept { return std::get_if<0>(&result_); }
+
+    // The error, which must be there.
     Error &error() noexcept { return *std::get_if<1>(&result_); }
+
+    // The error, which must be there.
     const Error &error() const noexcept { return *std::get_if<1>(&result_); }
 
+    // The value, or `other`.
     template <typename Other>
     T value_or(Other &&other) && {
         return has_value() ? *std::move(*this) : static_cast<T>(std::forward<Other>(other));
@@ -219,16 +259,29 @@ class [[nodiscard]] Expected {
     std::variant<T, Error> result_;
 };
 
+// Nothing, or an Error.
 template <>
 class [[nodiscard]] Expected<void> {
   public:
+    // Holds no error.
     Expected() noexcept = default;
+
+    // Holds an error.
     Expected(Unexpected &&failure) noexcept : error_(std::in_place, failure.release()) {}
 
+    // Whether it holds no error.
     bool has_value() const noexcept { return !error_; }
+
+    // Whether it holds no error.
     explicit operator bool() const noexcept { return has_value(); }
+
+    // Nothing: so that code for all types compiles.
     void operator*() const noexcept {}
+
+    // The error, which must be there.
     Error &error() noexcept { return *error_; }
+
+    // The error, which must be there.
     const Error &error() const noexcept { return *error_; }
 
   private:

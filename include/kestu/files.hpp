@@ -17,13 +17,13 @@ inline namespace KESTU_CPP {
 
 // What is visited: pattern lists, of which null is none, and the flags of kestu_dir.h.
 struct FileFilter {
-    const char *include = nullptr;
-    const char *exclude = nullptr;
-    int flags = KESTU_DIR_RECURSE;
+    const char *include = nullptr; // what is visited; null: all
+    const char *exclude = nullptr; // what is left out
+    int flags = KESTU_DIR_RECURSE; // KESTU_DIR_RECURSE and so on
 };
 
 // Calls `fn` with the path of each file, until it returns true; the path lives during the call.
-// What `fn` throws ends the walk and comes out here.
+// What `fn` throws ends the walk and comes out here; other failures are returned.
 template <typename Function>
 Expected<void> each_file(std::nothrow_t, CString folder, const FileFilter &filter, Function fn) {
     const auto visit = [&fn](const char *path, apr_pool_t *) -> kestu_error_t * {
@@ -48,6 +48,8 @@ Expected<void> each_file(std::nothrow_t, CString folder, const FileFilter &filte
     }
     return detail::outcome(err);
 }
+
+// As `each_file` above, but throws its failures.
 template <typename Function>
 void each_file(CString folder, const FileFilter &filter, Function fn) {
     take(each_file(std::nothrow, folder, filter, std::move(fn)));
@@ -56,10 +58,13 @@ void each_file(CString folder, const FileFilter &filter, Function fn) {
 // The paths of a folder's files, found all at once and kept: a range of std::string_view.
 class Files {
   public:
+    // The files of `folder` that pass the pattern lists, of which null is none.
     explicit Files(CString folder, const char *include = nullptr, const char *exclude = nullptr,
                    int flags = KESTU_DIR_RECURSE) {
         take(find(folder, {include, exclude, flags}));
     }
+
+    // As the constructor, but returns the error.
     static Expected<Files> make(std::nothrow_t, CString folder, const FileFilter &filter = {}) {
         auto pool = Pool::make(std::nothrow);
         if (!pool)
@@ -70,10 +75,19 @@ class Files {
         return files;
     }
 
+    // The first path.
     auto begin() const noexcept { return paths_.begin(); }
+
+    // Behind the last path.
     auto end() const noexcept { return paths_.end(); }
+
+    // How many files there are.
     size_t size() const noexcept { return paths_.size(); }
+
+    // Whether there is none.
     bool empty() const noexcept { return paths_.empty(); }
+
+    // Path number `n`, from 0.
     std::string_view operator[](size_t n) const noexcept { return paths_[n]; }
 
   private:

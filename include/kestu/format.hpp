@@ -289,12 +289,15 @@ auto engine_arguments(const T &argument) noexcept {
 template <typename... Arguments>
 class Format {
   public:
+    // Checks `text` while the program is compiled: what does not fit its arguments does not
+    // compile.
     template <typename Text>
     requires std::convertible_to<const Text &, const char *>
     consteval Format(const Text &text) : text_(text) {
         detail::refuse(detail::fault_of<Arguments...>(text_));
     }
 
+    // The format.
     constexpr const char *text() const noexcept { return text_; }
 
   private:
@@ -350,6 +353,8 @@ std::string format(Format<std::type_identity_t<Arguments>...> format,
     detail::check(detail::format_string(text, format.text(), arguments...));
     return text;
 }
+
+// As `format` above, but returns the error.
 template <typename... Arguments>
 Expected<std::string> format(std::nothrow_t, Format<std::type_identity_t<Arguments>...> format,
                              const Arguments &...arguments) {
@@ -369,6 +374,8 @@ size_t format_to(std::span<char> out, Format<std::type_identity_t<Arguments>...>
         detail::raise(detail::format_error());
     return static_cast<size_t>(length);
 }
+
+// As `format_to` above, but returns the error.
 template <typename... Arguments>
 Expected<size_t> format_to(std::nothrow_t, std::span<char> out,
                            Format<std::type_identity_t<Arguments>...> format,

@@ -33,12 +33,21 @@ class Histogram {
     }
     ~Histogram() { kestu_mem_free(counts_); }
 
+    // The counts, of which the first is that of level 0.
     std::span<const uint64_t> counts() const noexcept {
         return {counts_, static_cast<size_t>(size_)};
     }
+
+    // How many pixels have that level.
     uint64_t operator[](size_t level) const noexcept { return counts_[level]; }
+
+    // How many levels there are: 256 or 65536.
     size_t size() const noexcept { return static_cast<size_t>(size_); }
+
+    // The count of level 0.
     const uint64_t *begin() const noexcept { return counts_; }
+
+    // Behind the last count.
     const uint64_t *end() const noexcept { return counts_ + size_; }
 
     // Between the dark and the bright pixels (kestu_img_thres_IJ).
@@ -64,6 +73,8 @@ class Image {
 
     // One of `bits`, 8 or 16, whose pixels are 0; black is zero.
     Image(int height, int width, int bits) { detail::check(allocate(height, width, bits)); }
+
+    // As the constructor, but returns the error.
     static Expected<Image> make(std::nothrow_t, int height, int width, int bits) {
         Image image;
         if (kestu_error_t *err = image.allocate(height, width, bits))
@@ -71,11 +82,14 @@ class Image {
         return image;
     }
 
+    // Reads a file (kestu_img_read).
     static Image read(CString path) {
         Image image;
         detail::check(kestu_img_read(path, &image.img_));
         return image;
     }
+
+    // As `read` above, but returns the error.
     static Expected<Image> read(std::nothrow_t, CString path) {
         Image image;
         if (kestu_error_t *err = kestu_img_read(path, &image.img_))
@@ -83,7 +97,10 @@ class Image {
         return image;
     }
 
+    // Writes a TIFF file (kestu_img_write_tiff).
     void write(CString path) const { detail::check(kestu_img_write_tiff(path, &img_)); }
+
+    // As `write` above, but returns the error.
     Expected<void> write(std::nothrow_t, CString path) const {
         return detail::outcome(kestu_img_write_tiff(path, &img_));
     }
@@ -95,8 +112,13 @@ class Image {
     }
     ~Image() { kestu_img_free(&img_); }
 
+    // Rows.
     int height() const noexcept { return img_.height; }
+
+    // Columns.
     int width() const noexcept { return img_.width; }
+
+    // Bits of a sample.
     int bits() const noexcept { return img_.bits[0]; }
 
     // Whether its pixels are of that type: only then may its rows be asked for.
@@ -110,47 +132,71 @@ class Image {
     std::span<Pixel> row(int y) noexcept {
         return {rows<Pixel>()[y], row_size()};
     }
+
+    // The pixels of a row, all samples of each.
     template <IsPixel Pixel>
     std::span<const Pixel> row(int y) const noexcept {
         return {rows<Pixel>()[y], row_size()};
     }
 
-    // Measures. All fail for an image that is not measured (kestu_img_measure.h).
+    // The counts of its gray levels. Fails, as all measures do, for an image that is not measured
+    // (kestu_img_measure.h).
     Histogram histogram() const { return take(histogram(std::nothrow)); }
+
+    // As `histogram` above, but returns the error.
     Expected<Histogram> histogram(std::nothrow_t) const {
         Histogram made;
         if (kestu_error_t *err = kestu_img_histogram(&img_, &made.size_, &made.counts_))
             return detail::failed(err);
         return made;
     }
+
+    // The entropy of its gray levels in bits (kestu_img_entropy).
     double entropy() const { return take(entropy(std::nothrow)); }
+
+    // As `entropy` above, but returns the error.
     Expected<double> entropy(std::nothrow_t) const {
         double bits = 0;
         if (kestu_error_t *err = kestu_img_entropy(&img_, &bits))
             return detail::failed(err);
         return bits;
     }
+
+    // The optical density of each pixel (kestu_img_calc_density).
     Matrix<double> density(double saturated) const {
         return take(density(std::nothrow, saturated));
     }
+
+    // As `density` above, but returns the error.
     Expected<Matrix<double>> density(std::nothrow_t, double saturated) const {
         return measure([&](double **out) { return kestu_img_calc_density(&img_, out, saturated); });
     }
+
+    // The relative intensity of each pixel of an imaging-plate scan (kestu_img_calc_fujiri).
     Matrix<double> intensity(double resolution, double sensitivity, double latitude) const {
         return take(intensity(std::nothrow, resolution, sensitivity, latitude));
     }
+
+    // As `intensity` above, but returns the error.
     Expected<Matrix<double>> intensity(std::nothrow_t, double resolution, double sensitivity,
                                        double latitude) const {
         return measure([&](double **out) {
             return kestu_img_calc_fujiri(&img_, out, resolution, sensitivity, latitude);
         });
     }
+
+    // 0 at the dark end and 1 elsewhere (kestu_img_data_dmask).
     Matrix<double> mask() const { return take(mask(std::nothrow)); }
+
+    // As `mask` above, but returns the error.
     Expected<Matrix<double>> mask(std::nothrow_t) const {
         return measure([&](double **out) { return kestu_img_data_dmask(&img_, out); });
     }
 
+    // The record, which stays the image's.
     kestu_img_t *get() noexcept { return &img_; }
+
+    // The record, which stays the image's.
     const kestu_img_t *get() const noexcept { return &img_; }
 
   private:
@@ -220,21 +266,28 @@ void draw(Shape shape, Plot &plot) {
 
 } // namespace detail
 
-// Draw circles, and ellipses by their centre and half-axes, with whole pixels; the smooth ones
-// cover pixels in part, along a line of that width. What `plot` throws ends the drawing.
+// Draws a circle of radius `r` around (`x`, `y`) with whole pixels, each handed to `plot`. What
+// that throws ends the drawing.
 template <typename Plot>
 void draw_circle(int x, int y, int r, Plot plot) {
     detail::draw([=](auto fn, void *data) { return kestu_img_circle(x, y, r, fn, data); }, plot);
 }
+
+// As `draw_circle`, with a line of width 1 that covers pixels in part.
 template <typename Plot>
 void draw_smooth_circle(int x, int y, int r, Plot plot) {
     detail::draw([=](auto fn, void *data) { return kestu_img_circle_aa(x, y, r, fn, data); }, plot);
 }
+
+// Draws an ellipse around (`x`, `y`) with half-axes `a` and `b` with whole pixels, each handed to
+// `plot`. What that throws ends the drawing.
 template <typename Plot>
 void draw_ellipse(int x, int y, int a, int b, Plot plot) {
     detail::draw([=](auto fn, void *data) { return kestu_img_ellipse(x, y, a, b, fn, data); },
                  plot);
 }
+
+// As `draw_ellipse`, with a line of that width that covers pixels in part.
 template <typename Plot>
 void draw_smooth_ellipse(double x, double y, double a, double b, double width, Plot plot) {
     detail::draw(

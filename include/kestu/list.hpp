@@ -40,11 +40,11 @@ class List {
     };
 
   public:
-    using value_type = typename Held::Value;
-    using Given = typename Held::Given; // T &, or std::unique_ptr for a list that owns
-    using Taken = typename Held::Taken; // T *, or std::unique_ptr for a list that owns
-    using iterator = detail::Iterator<Steps>;
-    using const_iterator = iterator;
+    using value_type = typename Held::Value; // what the elements are
+    using Given = typename Held::Given;      // what goes in: T &, or std::unique_ptr where it owns
+    using Taken = typename Held::Taken; // what comes out: T *, or std::unique_ptr where it owns
+    using iterator = detail::Iterator<Steps>; // stands at elements
+    using const_iterator = iterator; // the same: the elements are not the list's to protect
 
     List() noexcept = default;
     List(List &&other) noexcept
@@ -57,45 +57,70 @@ class List {
     }
     ~List() { clear(); }
 
+    // The first element.
     iterator begin() const noexcept { return at(first_); }
+
+    // Behind the last element.
     iterator end() const noexcept { return at(nullptr); }
+
+    // Whether there is no element.
     bool empty() const noexcept { return !first_; }
-    size_t size() const { return kestu_dl_count(first_); } // by a walk
+
+    // How many elements there are, found by a walk.
+    size_t size() const { return kestu_dl_count(first_); }
+
+    // The first element, which must be there.
     value_type &front() const noexcept { return Held::value(first_->data); }
+
+    // The last element, which must be there.
     value_type &back() const noexcept { return Held::value(last_->data); }
 
-    // Add an element at the end, at the beginning or before `place`.
+    // Adds an element at the end.
     iterator push_back(Given value, uint32_t tag = 0) {
         detail::check(append(value, tag));
         return at(last_);
     }
+
+    // As `push_back` above, but returns the error.
     Expected<iterator> push_back(std::nothrow_t, Given value, uint32_t tag = 0) {
         if (kestu_error_t *err = append(value, tag))
             return detail::failed(err);
         return at(last_);
     }
+
+    // Adds an element at the beginning.
     iterator push_front(Given value, uint32_t tag = 0) {
         detail::check(prepend(value, tag));
         return at(first_);
     }
+
+    // As `push_front` above, but returns the error.
     Expected<iterator> push_front(std::nothrow_t, Given value, uint32_t tag = 0) {
         if (kestu_error_t *err = prepend(value, tag))
             return detail::failed(err);
         return at(first_);
     }
+
+    // Adds an element before `place`.
     iterator insert(iterator place, Given value, uint32_t tag = 0) {
         detail::check(add(place, value, tag));
         return place;
     }
+
+    // As `insert` above, but returns the error.
     Expected<iterator> insert(std::nothrow_t, iterator place, Given value, uint32_t tag = 0) {
         if (kestu_error_t *err = add(place, value, tag))
             return detail::failed(err);
         return place;
     }
 
-    // Remove the element and return it, or the place of the next one.
+    // Removes the first element and returns it; null when there is none.
     Taken pop_front() { return take(begin()); }
+
+    // Removes the last element and returns it; null when there is none.
     Taken pop_back() { return take(at(last_)); }
+
+    // Removes the element at `place` and returns it; null at the end.
     Taken take(iterator place) {
         kestu_dl_t *node = place.record();
         if (!node)
@@ -106,11 +131,15 @@ class List {
         kestu_dlm_delete(node);
         return taken;
     }
+
+    // Removes the element at `place` and returns the place of the next one.
     iterator erase(iterator place) {
         iterator next = std::next(place);
         take(place);
         return next;
     }
+
+    // Removes all elements.
     void clear() {
         if constexpr (Held::is_owned)
             for (value_type &element : *this)
@@ -132,6 +161,7 @@ class List {
         carried.rethrow();
     }
 
+    // Reverses the order.
     void reverse() {
         last_ = first_;
         kestu_dl_reverse(&first_);

@@ -15,8 +15,8 @@
 namespace kestu {
 inline namespace KESTU_CPP {
 
-// What the processor is (kestu_cpu_detect); the record is large. `measure` asks for the clock rate
-// of the first processor.
+// What the processor is (kestu_cpu_detect), or the error; the record is large. `measure` asks for
+// the clock rate of the first processor.
 inline Expected<std::unique_ptr<kestu_cpu_t>> processor(std::nothrow_t, bool measure = false) {
     auto record = std::make_unique<kestu_cpu_t>();
     record->measure = measure;
@@ -29,6 +29,8 @@ inline Expected<std::unique_ptr<kestu_cpu_t>> processor(std::nothrow_t, bool mea
         return detail::failed(err);
     return record;
 }
+
+// As `processor` above, but throws the error.
 inline std::unique_ptr<kestu_cpu_t> processor(bool measure = false) {
     return take(processor(std::nothrow, measure));
 }
@@ -39,19 +41,22 @@ inline std::string os_name() {
     return kestu_mach_os_name(name, sizeof name);
 }
 
+// The number of processors configured, at least 1.
 inline int processor_count() {
     return kestu_mach_os_cpu_num();
 }
 
-// Mebibytes; 0 when unknown.
+// Physical memory in mebibytes; 0 when unknown.
 inline double physical_memory() {
     return kestu_mach_physmem();
 }
 
-// Seconds: since the epoch, and of the processor's time.
+// Seconds since the epoch.
 inline double wall_clock() {
     return kestu_time_real();
 }
+
+// Seconds of the processor's time that the process has taken.
 inline double processor_clock() {
     return kestu_time_cpu();
 }

@@ -26,7 +26,7 @@ class Map {
     using Held = detail::Held<T>;
 
   public:
-    using Entry = detail::Entry<typename Held::Value>;
+    using Entry = detail::Entry<typename Held::Value>; // a key and the value under it
 
   private:
     struct Steps {
@@ -48,15 +48,17 @@ class Map {
     };
 
   public:
-    using value_type = Entry;
-    using Given = typename Held::Given;
-    using Taken = typename Held::Taken;
-    using iterator = detail::Iterator<Steps>;
-    using const_iterator = iterator;
+    using value_type = Entry;           // what the elements are
+    using Given = typename Held::Given; // what goes in: T &, or std::unique_ptr where it owns
+    using Taken = typename Held::Taken; // what comes out: T *, or std::unique_ptr where it owns
+    using iterator = detail::Iterator<Steps>; // stands at entries
+    using const_iterator = iterator;          // the same: the values are not the map's to protect
 
     // Where the keys that begin with a prefix end.
     struct PrefixEnd {
-        std::string_view prefix;
+        std::string_view prefix; // how the keys begin
+
+        // Whether the key at `at` does not begin so.
         friend bool operator==(const iterator &at, const PrefixEnd &end) {
             return !at.record()->key || !(*at).key.starts_with(end.prefix);
         }
@@ -70,9 +72,16 @@ class Map {
     }
     ~Map() { kestu_map_destroy(&map_); }
 
+    // The first entry.
     iterator begin() const { return at(kestu_map_first); }
+
+    // Behind the last entry.
     iterator end() const noexcept { return iterator({{}, map_}); }
+
+    // Whether there is no entry.
     bool empty() const { return size() == 0; }
+
+    // How many entries there are, in constant time.
     size_t size() const { return kestu_map_count(map_); }
 
     // The value under the key, null when there is none.
@@ -81,15 +90,22 @@ class Map {
         kestu_map_find(map_, key.data(), key.size(), &value);
         return static_cast<typename Held::Value *>(value);
     }
+
+    // Whether the key is there.
     bool contains(std::string_view key) const {
         return kestu_map_find(map_, key.data(), key.size(), nullptr) != 0;
     }
 
-    // The entry of the key, the first one whose key is not before it (lower bound) or is behind it
-    // (upper bound), or the one with the longest key that begins the text.
+    // The entry of the key; the end when there is none.
     iterator seek(std::string_view key) const { return at(kestu_map_seek, key); }
+
+    // The first entry whose key is not before the key.
     iterator lower_bound(std::string_view key) const { return at(kestu_map_lower_bound, key); }
+
+    // The first entry whose key is behind the key.
     iterator upper_bound(std::string_view key) const { return at(kestu_map_upper_bound, key); }
+
+    // The entry with the longest key that begins the text.
     iterator longest_prefix(std::string_view text) const {
         return at(kestu_map_longest_prefix, text);
     }
@@ -99,14 +115,16 @@ class Map {
         return {lower_bound(prefix), {prefix}};
     }
 
-    // Calls `fn` with key and value of all entries, or of those whose keys begin with the prefix,
-    // until it returns true; the fastest way. Whether it did.
+    // Calls `fn` with key and value of all entries, until it returns true; the fastest way. Whether
+    // it did.
     template <typename Function>
     bool each(Function fn) const {
         return walk(fn, [this](auto callback, void *baton) {
             return kestu_map_walk(map_, callback, baton);
         });
     }
+
+    // As `each` above, for the entries whose keys begin with the prefix.
     template <typename Function>
     bool each(std::string_view prefix, Function fn) const {
         return walk(fn, [this, prefix](auto callback, void *baton) {
@@ -114,19 +132,23 @@ class Map {
         });
     }
 
-    // Add a value under a key, which must not be there yet.
+    // Adds a value under a key, which must not be there yet.
     void insert(std::string_view key, Given value) { detail::check(put(key, value)); }
+
+    // As `insert` above, but returns the error.
     Expected<void> insert(std::nothrow_t, std::string_view key, Given value) {
         return detail::outcome(put(key, value));
     }
 
-    // Add a value in the place of the one under the key, which they return; null when there was
+    // Adds a value in the place of the one under the key, which it returns; null when there was
     // none.
     Taken replace(std::string_view key, Given value) {
         void *old = nullptr;
         detail::check(put_over(key, value, &old));
         return Held::take(old);
     }
+
+    // As `replace` above, but returns the error.
     Expected<Taken> replace(std::nothrow_t, std::string_view key, Given value) {
         void *old = nullptr;
         if (kestu_error_t *err = put_over(key, value, &old))
@@ -134,22 +156,28 @@ class Map {
         return Held::take(old);
     }
 
-    // Remove an entry: whether it was there, its value, or the place of the next one.
+    // Removes an entry. Whether it was there.
     bool erase(std::string_view key) {
         return kestu_map_delete(map_, key.data(), key.size(), nullptr) != 0;
     }
+
+    // Removes an entry and returns its value; null when there was none.
     Taken take(std::string_view key) {
         void *value = nullptr;
         kestu_map_delete(map_, key.data(), key.size(), &value);
         return Held::take(value);
     }
+
+    // Removes the entry at `place` and returns the place of the next one.
     iterator erase(iterator place) {
         kestu_map_delete_at(&place.place().cursor, nullptr);
         return place;
     }
+
+    // Removes all entries.
     void clear() { kestu_map_clear(map_); }
 
-    // Null before the first insertion.
+    // The map, which stays this one's; null before the first insertion.
     kestu_map_t *get() const noexcept { return map_; }
 
   private:

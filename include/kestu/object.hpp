@@ -17,9 +17,12 @@ inline namespace KESTU_CPP {
 // The object engine while it lives: signals need it.
 class ObjectEngine {
   public:
+    // Starts the engine in a child of `pool`.
     explicit ObjectEngine(apr_pool_t *pool = kestu_pool) : is_running_(true) {
         detail::check(kestu_obj_engine_init(pool));
     }
+
+    // As the constructor, but returns the error.
     static Expected<ObjectEngine> make(std::nothrow_t, apr_pool_t *pool = kestu_pool) {
         if (kestu_error_t *err = kestu_obj_engine_init(pool))
             return detail::failed(err);
@@ -49,14 +52,28 @@ class UniqueObject;
 // An object that others own: its parent, its pool or a UniqueObject.
 class Object {
   public:
+    // Refers to `obj`; null is no object.
     Object(kestu_obj_t *obj) noexcept : obj_(obj) {}
 
-    const char *name() const { return kestu_obj_get_name(obj_); } // null for none
+    // Its name; null for none.
+    const char *name() const { return kestu_obj_get_name(obj_); }
+
+    // Gives it a copy of `name`.
     void set_name(CString name) const { kestu_obj_set_name(obj_, name); }
+
+    // The code of its type; 0 for none.
     uint32_t type() const { return kestu_obj_get_type(obj_); }
+
+    // Sets the code of its type.
     void set_type(uint32_t type) const { kestu_obj_set_type(obj_, type); }
+
+    // The user's datum.
     void *data() const { return kestu_obj_get_data(obj_); }
+
+    // Sets the user's datum, which it does not own.
     void set_data(void *data) const { kestu_obj_set_data(obj_, data); }
+
+    // Its pool, which ends with it.
     apr_pool_t *pool() const { return kestu_obj_get_pool(obj_); }
 
     // Makes a child, which this object owns. A null name is none.
@@ -65,23 +82,34 @@ class Object {
         detail::check(make_child(name, &child));
         return child;
     }
+
+    // As `add_child` above, but returns the error.
     Expected<Object> add_child(std::nothrow_t, CString name) const {
         kestu_obj_t *child = nullptr;
         if (kestu_error_t *err = make_child(name, &child))
             return detail::failed(err);
         return Object(child);
     }
+
+    // Makes `child` the last child of this object, which owns it from then on.
     inline void adopt(UniqueObject &&child) const;
+
+    // As `adopt` above, but returns the error.
     inline Expected<void> adopt(std::nothrow_t, UniqueObject &&child) const;
 
     // The child that was added under `name`; false when there is none.
     Object child(CString name) const { return kestu_obj_getc(obj_, name); }
+
+    // Whether it refers to an object.
     explicit operator bool() const noexcept { return obj_ != nullptr; }
 
     // Destroys it with its children; whoever owns it learns of it only when that is its parent.
     void destroy() const { kestu_obj_destroy(obj_); }
 
+    // Whether both refer to the same object.
     friend bool operator==(Object a, Object b) noexcept { return a.obj_ == b.obj_; }
+
+    // The object of the C functions.
     kestu_obj_t *get() const noexcept { return obj_; }
 
   private:
@@ -96,16 +124,18 @@ class Object {
     }
 
   protected:
-    kestu_obj_t *obj_;
+    kestu_obj_t *obj_; // null for none
 };
 
 // An object that it owns, and destroys at the end of the scope. Its pool lives longer.
 class UniqueObject : public Object {
   public:
-    // A null name is none.
+    // Makes an object in a child of `pool`. A null name is none.
     explicit UniqueObject(CString name, apr_pool_t *pool = kestu_pool) : Object(nullptr) {
         detail::check(create(name, pool));
     }
+
+    // As the constructor, but returns the error.
     static Expected<UniqueObject> make(std::nothrow_t, CString name,
                                        apr_pool_t *pool = kestu_pool) {
         UniqueObject made;
@@ -124,6 +154,7 @@ class UniqueObject : public Object {
             kestu_obj_destroy(obj_);
     }
 
+    // The object, which is the caller's from then on.
     [[nodiscard]] kestu_obj_t *release() noexcept { return std::exchange(obj_, nullptr); }
 
   private:
@@ -137,7 +168,6 @@ class UniqueObject : public Object {
     }
 };
 
-// Makes `child` the last child of this object, which owns it from then on.
 inline Expected<void> Object::adopt(std::nothrow_t, UniqueObject &&child) const {
     if (kestu_error_t *err = kestu_obj_addc(obj_, child.get()))
         return detail::failed(err);

@@ -23,6 +23,8 @@ class Pool {
     // A child of `parent`, with which it goes at the latest: then it must not be used any more, nor
     // destroyed.
     explicit Pool(apr_pool_t *parent = root()) { detail::check(open(parent)); }
+
+    // As the constructor, but returns the error.
     static Expected<Pool> make(std::nothrow_t, apr_pool_t *parent = root()) {
         Pool pool(nullptr, nullptr);
         if (kestu_error_t *err = pool.open(parent))
@@ -49,7 +51,10 @@ class Pool {
     // The library's own pool.
     static apr_pool_t *root() noexcept { return kestu_pool; }
 
+    // A child of this pool.
     Pool child() const { return Pool(pool_); }
+
+    // As `child` above, but returns the error.
     Expected<Pool> child(std::nothrow_t) const { return make(std::nothrow, pool_); }
 
     // Gives all memory back for new use and destroys all children.
@@ -92,7 +97,10 @@ class Pool {
         return resource_;
     }
 
+    // The pool of the C functions, which stays this one's.
     operator apr_pool_t *() const noexcept { return pool_; }
+
+    // The pool of the C functions, which stays this one's.
     apr_pool_t *get() const noexcept { return pool_; }
 
   private:

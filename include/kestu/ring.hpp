@@ -46,12 +46,13 @@ class Ring {
     };
 
   public:
-    using value_type = typename Held::Value;
-    using Given = typename Held::Given;
-    using Taken = typename Held::Taken;
-    using iterator = detail::Iterator<Steps>;
-    using const_iterator = iterator;
+    using value_type = typename Held::Value; // what the elements are
+    using Given = typename Held::Given;      // what goes in: T &, or std::unique_ptr where it owns
+    using Taken = typename Held::Taken; // what comes out: T *, or std::unique_ptr where it owns
+    using iterator = detail::Iterator<Steps>; // stands at elements
+    using const_iterator = iterator; // the same: the elements are not the ring's to protect
 
+    // Nothing yet; nodes will be made in `pool`.
     explicit Ring(apr_pool_t *pool) noexcept : pool_(pool) {}
     Ring(Ring &&other) noexcept
         : pool_(other.pool_), first_(std::exchange(other.first_, nullptr)),
@@ -64,10 +65,17 @@ class Ring {
     }
     ~Ring() { clear(); }
 
+    // The first element.
     iterator begin() const noexcept { return at(Steps::occupied(first_)); }
+
+    // Behind the last element.
     iterator end() const noexcept { return at(nullptr); }
+
+    // Whether there is no element.
     bool empty() const noexcept { return !Steps::occupied(first_); }
-    size_t size() const { return kestu_cdl_count(first_); } // by a walk
+
+    // How many elements there are, found by a walk.
+    size_t size() const { return kestu_cdl_count(first_); }
 
     // Puts an element into the first free node, or into a new one behind the last.
     iterator add(Given value, uint32_t tag = 0) {
@@ -75,6 +83,8 @@ class Ring {
         detail::check(put(value, tag, &node));
         return at(node);
     }
+
+    // As `add` above, but returns the error.
     Expected<iterator> add(std::nothrow_t, Given value, uint32_t tag = 0) {
         kestu_cdl_t *node = nullptr;
         if (kestu_error_t *err = put(value, tag, &node))
@@ -82,7 +92,7 @@ class Ring {
         return at(node);
     }
 
-    // Frees the node of an element and returns the element, or the place of the next one.
+    // Frees the node of an element and returns the element; null at the end.
     Taken take(iterator place) {
         kestu_cdl_t *node = place.record();
         if (!node)
@@ -90,10 +100,14 @@ class Ring {
         kestu_cdl_set_free(node);
         return Held::take(node->data);
     }
+
+    // Frees the node of an element and returns the place of the next one.
     iterator erase(iterator place) {
         take(place++);
         return place;
     }
+
+    // Frees the nodes of all elements.
     void clear() {
         if constexpr (Held::is_owned)
             for (value_type &element : *this)

@@ -122,6 +122,8 @@ class TypedSlot final : public Slot {
 class Connection {
   public:
     Connection() noexcept = default;
+
+    // Made by Signal.
     Connection(detail::Slot *slot, kestu_link_t *link) noexcept : slot_(slot), link_(link) {
         slot_->hold();
     }
@@ -145,12 +147,16 @@ class Connection {
             slot_->leave_objects();
     }
 
+    // Whether the connection has not ended.
     bool is_connected() const { return kestu_link_is_alive(link_) != 0; }
 
-    // Let emissions pass over the slot, and call it again.
+    // Lets emissions pass over the slot.
     void block() { kestu_link_block(link_); }
+
+    // Lets emissions call the slot again.
     void unblock() { kestu_link_unblock(link_); }
 
+    // The link of the C functions, which stays this one's.
     kestu_link_t *get() const noexcept { return link_; }
 
   private:
@@ -162,6 +168,8 @@ class Connection {
 class ScopedConnection {
   public:
     ScopedConnection() noexcept = default;
+
+    // Takes over a connection.
     ScopedConnection(Connection connection) noexcept : connection_(std::move(connection)) {}
     ScopedConnection(ScopedConnection &&) noexcept = default;
     ScopedConnection &operator=(ScopedConnection &&other) noexcept {
@@ -170,6 +178,7 @@ class ScopedConnection {
     }
     ~ScopedConnection() { connection_.disconnect(); }
 
+    // The connection.
     Connection *operator->() noexcept { return &connection_; }
 
     // The connection, which then goes on behind the scope.
@@ -191,6 +200,8 @@ class Signal<void(Arguments...)> {
   public:
     // Gives the object the signal unless it has it.
     Signal(Object object, CString name) : object_(object) { detail::check(add(name)); }
+
+    // As the constructor, but returns the error.
     static Expected<Signal> make(std::nothrow_t, Object object, CString name) {
         Signal signal(object);
         if (kestu_error_t *err = signal.add(name))
@@ -198,16 +209,20 @@ class Signal<void(Arguments...)> {
         return signal;
     }
 
-    // Connect a callable, for as long as both the signal's object and `destination` live. Flags are
-    // KESTU_LINK_ONCE, KESTU_LINK_FIRST and KESTU_LINK_LAST.
+    // Connects a callable, for as long as the signal's object lives. Flags are KESTU_LINK_ONCE,
+    // KESTU_LINK_FIRST and KESTU_LINK_LAST.
     template <typename Function>
     Connection connect(Function fn, uint32_t flags = 0) const {
         return connect(object_, std::move(fn), flags);
     }
+
+    // As `connect` above, for as long as `destination` lives too.
     template <typename Function>
     Connection connect(Object destination, Function fn, uint32_t flags = 0) const {
         return take(connect(std::nothrow, destination, std::move(fn), flags));
     }
+
+    // As `connect` above, but returns the error.
     template <typename Function>
     Expected<Connection> connect(std::nothrow_t, Object destination, Function fn,
                                  uint32_t flags = 0) const {
@@ -240,7 +255,8 @@ class Signal<void(Arguments...)> {
         if (err) [[unlikely]]
             raise(emission, err);
     }
-    // The same, with an Error that a slot throws returned; what else it throws is thrown here too.
+    // Calls the slots with the arguments. An Error that one throws ends the emission and is
+    // returned; what else it throws is thrown here too.
     Expected<void> emit(std::nothrow_t, Arguments... arguments) const {
         try {
             (*this)(static_cast<Arguments>(arguments)...);
@@ -250,7 +266,10 @@ class Signal<void(Arguments...)> {
         }
     }
 
+    // The signal's object.
     Object object() const noexcept { return object_; }
+
+    // The code of its type.
     uint32_t code() const noexcept { return code_; }
 
   private:

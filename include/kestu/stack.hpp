@@ -26,12 +26,13 @@ class Stack {
     };
 
   public:
-    using value_type = typename Held::Value;
-    using Given = typename Held::Given;
-    using Taken = typename Held::Taken;
-    using iterator = detail::Iterator<Steps>;
-    using const_iterator = iterator;
+    using value_type = typename Held::Value; // what the elements are
+    using Given = typename Held::Given;      // what goes in: T &, or std::unique_ptr where it owns
+    using Taken = typename Held::Taken; // what comes out: T *, or std::unique_ptr where it owns
+    using iterator = detail::Iterator<Steps>; // stands at elements
+    using const_iterator = iterator; // the same: the elements are not the stack's to protect
 
+    // Nothing yet; elements will be made in `pool`.
     explicit Stack(apr_pool_t *pool) noexcept : pool_(pool) {}
     Stack(Stack &&other) noexcept
         : pool_(other.pool_), stack_(std::exchange(other.stack_, kestu_stk_t{})) {}
@@ -42,20 +43,33 @@ class Stack {
     }
     ~Stack() { clear(); }
 
+    // The top.
     iterator begin() const noexcept { return iterator(stack_.top); }
+
+    // Below the last element.
     iterator end() const noexcept { return iterator(); }
+
+    // Whether there is no element.
     bool empty() const noexcept { return !stack_.top; }
+
+    // How many elements there are.
     uint64_t size() const noexcept { return stack_.count; }
+
+    // The element on top, which must be there.
     value_type &top() const noexcept { return *begin(); }
 
+    // Puts an element on top.
     void push(Given value, uint32_t tag = 0) { detail::check(put(value, tag)); }
+
+    // As `push` above, but returns the error.
     Expected<void> push(std::nothrow_t, Given value, uint32_t tag = 0) {
         return detail::outcome(put(value, tag));
     }
 
-    // Null when the stack is empty.
+    // Takes the top element and returns it; null when the stack is empty.
     Taken pop() { return Held::take(kestu_stk_pop(&stack_)); }
 
+    // Removes all elements.
     void clear() {
         if constexpr (Held::is_owned)
             while (!empty())
@@ -63,6 +77,7 @@ class Stack {
         kestu_stk_destroy(&stack_);
     }
 
+    // The stack of the C functions, which stays this one's.
     kestu_stk_t *get() noexcept { return &stack_; }
 
   private:

@@ -70,6 +70,8 @@ T to_number(const detail::Terminated &text) {
     detail::check(detail::convert(text, number));
     return number;
 }
+
+// As `to_number` above, but returns the error.
 template <typename T>
 Expected<T> to_number(std::nothrow_t, const detail::Terminated &text) {
     T number{};
@@ -81,10 +83,17 @@ Expected<T> to_number(std::nothrow_t, const detail::Terminated &text) {
 // The digits of a number.
 class Digits {
   public:
+    // Those of `value` in that base; none when it is not from 2 to 62.
     Digits(int64_t value, int base) noexcept
         : size_(kestu_str_int64_to_base62(value, base, text_, sizeof text_)) {}
+
+    // The digits.
     operator std::string_view() const noexcept { return {text_, static_cast<size_t>(size_)}; }
+
+    // The digits with a zero byte behind them.
     const char *c_str() const noexcept { return size_ ? text_ : ""; }
+
+    // Whether the digits are `b`.
     friend bool operator==(const Digits &a, std::string_view b) noexcept {
         return std::string_view(a) == b;
     }
@@ -120,6 +129,8 @@ inline int64_t from_base(const detail::Terminated &text, int base) {
     detail::check(detail::from_base(text, base, value));
     return value;
 }
+
+// As `from_base` above, but returns the error.
 inline Expected<int64_t> from_base(std::nothrow_t, const detail::Terminated &text, int base) {
     int64_t value = 0;
     if (kestu_error_t *err = detail::from_base(text, base, value))
@@ -154,6 +165,8 @@ inline std::string unescape(std::string_view text) {
     detail::check(detail::unescape(text, out));
     return out;
 }
+
+// As `unescape` above, but returns the error.
 inline Expected<std::string> unescape(std::nothrow_t, std::string_view text) {
     std::string out;
     if (kestu_error_t *err = detail::unescape(text, out))
@@ -167,6 +180,8 @@ inline std::string escape(std::string_view text) {
     detail::check(detail::escape(text, out));
     return out;
 }
+
+// As `escape` above, but returns the error.
 inline Expected<std::string> escape(std::nothrow_t, std::string_view text) {
     std::string out;
     if (kestu_error_t *err = detail::escape(text, out))

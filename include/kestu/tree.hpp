@@ -49,12 +49,12 @@ class Tree {
     };
 
   public:
-    using value_type = typename Held::Value;
-    using Given = typename Held::Given;
-    using Taken = typename Held::Taken;
-    using iterator = detail::Iterator<Steps>;
-    using const_iterator = iterator;
-    using sibling_iterator = detail::Iterator<Siblings>;
+    using value_type = typename Held::Value; // what the elements are
+    using Given = typename Held::Given;      // what goes in: T &, or std::unique_ptr where it owns
+    using Taken = typename Held::Taken; // what comes out: T *, or std::unique_ptr where it owns
+    using iterator = detail::Iterator<Steps>; // stands at nodes, parents before their children
+    using const_iterator = iterator; // the same: the elements are not the tree's to protect
+    using sibling_iterator = detail::Iterator<Siblings>; // stands at nodes of one level
 
     Tree() noexcept = default;
     Tree(Tree &&other) noexcept
@@ -67,39 +67,53 @@ class Tree {
     }
     ~Tree() { clear(); }
 
-    // All nodes, parents before their children.
+    // The first node; all follow, parents before their children.
     iterator begin() const noexcept { return iterator(first_); }
-    iterator end() const noexcept { return iterator(); }
-    bool empty() const noexcept { return !first_; }
-    uint64_t size() const { return kestu_tree_count(first_); } // by a walk
 
-    // The nodes of the top level, or just below `parent`.
+    // Behind the last node.
+    iterator end() const noexcept { return iterator(); }
+
+    // Whether there is no node.
+    bool empty() const noexcept { return !first_; }
+
+    // How many nodes there are, found by a walk.
+    uint64_t size() const { return kestu_tree_count(first_); }
+
+    // The nodes of the top level.
     detail::Range<sibling_iterator> top() const noexcept { return {sibling_iterator(first_), {}}; }
+
+    // The nodes just below `parent`.
     detail::Range<sibling_iterator> children(iterator parent) const {
         return {sibling_iterator(kestu_tree_get_first(parent.record()->child)), {}};
     }
 
-    // The end for a node of the top level.
+    // The node above `node`; the end for a node of the top level.
     iterator parent(iterator node) const noexcept { return iterator(node.record()->parent); }
 
     // The node at which an iterator over siblings stands.
     static iterator node(sibling_iterator sibling) noexcept { return iterator(sibling.record()); }
 
-    // Add a node at the end of the top level, or as the last child of `parent`.
+    // Adds a node at the end of the top level.
     iterator append(Given value, uint32_t tag = 0) {
         detail::check(put(value, tag));
         return iterator(last_);
     }
+
+    // As `append` above, but returns the error.
     Expected<iterator> append(std::nothrow_t, Given value, uint32_t tag = 0) {
         if (kestu_error_t *err = put(value, tag))
             return detail::failed(err);
         return iterator(last_);
     }
+
+    // Adds a node as the last child of `parent`.
     iterator append(iterator parent, Given value, uint32_t tag = 0) {
         kestu_tree_t *node = nullptr;
         detail::check(put_below(parent.record(), value, tag, &node));
         return iterator(node);
     }
+
+    // As `append` above, but returns the error.
     Expected<iterator> append(std::nothrow_t, iterator parent, Given value, uint32_t tag = 0) {
         kestu_tree_t *node = nullptr;
         if (kestu_error_t *err = put_below(parent.record(), value, tag, &node))
@@ -114,6 +128,8 @@ class Tree {
         last_ = node == last_ ? node->prev : last_;
         kestu_treem_delete_func(kestu_tree_extract(node), release, nullptr);
     }
+
+    // Removes all nodes.
     void clear() {
         kestu_treem_delete_func(first_, release, nullptr);
         first_ = last_ = nullptr;

@@ -25,7 +25,7 @@ class Trie {
     using Held = detail::Held<T>;
 
   public:
-    using Entry = detail::Entry<typename Held::Value>;
+    using Entry = detail::Entry<typename Held::Value>; // a key and the value under it
 
   private:
     // A branching with those of its children that are still to be visited, a bit for each.
@@ -78,11 +78,11 @@ class Trie {
     };
 
   public:
-    using value_type = Entry;
-    using Given = typename Held::Given;
-    using Taken = typename Held::Taken;
-    using iterator = detail::Iterator<Steps>;
-    using const_iterator = iterator;
+    using value_type = Entry;           // what the elements are
+    using Given = typename Held::Given; // what goes in: T &, or std::unique_ptr where it owns
+    using Taken = typename Held::Taken; // what comes out: T *, or std::unique_ptr where it owns
+    using iterator = detail::Iterator<Steps>; // stands at entries
+    using const_iterator = iterator;          // the same: the values are not the trie's to protect
 
     Trie() noexcept = default;
     Trie(Trie &&other) noexcept : trie_(std::exchange(other.trie_, nullptr)) {}
@@ -92,30 +92,41 @@ class Trie {
     }
     ~Trie() { clear(); }
 
+    // The first entry.
     iterator begin() const {
         typename Steps::Place place;
         if (!empty())
             Steps::descend(place, trie_->root);
         return iterator(std::move(place));
     }
+
+    // Behind the last entry.
     iterator end() const noexcept { return iterator(); }
+
+    // Whether there is no entry.
     bool empty() const noexcept { return !trie_ || !trie_->root; }
-    size_t size() const { return kestu_trie_count(trie_); } // by a walk
+
+    // How many entries there are, found by a walk.
+    size_t size() const { return kestu_trie_count(trie_); }
 
     // The value under the key, null when there is none.
     typename Held::Value *find(std::string_view key) const {
         return static_cast<typename Held::Value *>(
             kestu_trie_search(trie_, key.data(), key.size()));
     }
+
+    // Whether the key is there.
     bool contains(std::string_view key) const {
         return kestu_trie_find(trie_, key.data(), key.size(), nullptr) != 0;
     }
 
-    // Call `fn` with key and value of all entries, or of those whose keys begin with the prefix.
+    // Calls `fn` with key and value of all entries.
     template <typename Function>
     void each(Function fn) const {
         walk(fn, [this](auto callback, void *baton) { kestu_trie_walk(trie_, callback, baton); });
     }
+
+    // As `each` above, for the entries whose keys begin with the prefix.
     template <typename Function>
     void each(std::string_view prefix, Function fn) const {
         walk(fn, [this, prefix](auto callback, void *baton) {
@@ -123,13 +134,15 @@ class Trie {
         });
     }
 
-    // Add a value under a key, which must not be there yet.
+    // Adds a value under a key, which must not be there yet.
     void insert(std::string_view key, Given value) { detail::check(put(key, value)); }
+
+    // As `insert` above, but returns the error.
     Expected<void> insert(std::nothrow_t, std::string_view key, Given value) {
         return detail::outcome(put(key, value));
     }
 
-    // Remove an entry: whether it was there, or its value.
+    // Removes an entry. Whether it was there.
     bool erase(std::string_view key) {
         void *value = nullptr;
         if (!kestu_trie_find(trie_, key.data(), key.size(), &value))
@@ -138,12 +151,16 @@ class Trie {
         Held::take(value);
         return true;
     }
+
+    // Removes an entry and returns its value; null when there was none.
     Taken take(std::string_view key) {
         void *value = nullptr;
         if (kestu_trie_find(trie_, key.data(), key.size(), &value))
             kestu_triem_delete(trie_, key.data(), key.size());
         return Held::take(value);
     }
+
+    // Removes all entries.
     void clear() {
         if constexpr (Held::is_owned)
             each(
@@ -151,7 +168,7 @@ class Trie {
         kestu_triem_destroy(&trie_);
     }
 
-    // Null before the first insertion.
+    // The trie, which stays this one's; null before the first insertion.
     kestu_trie_t *get() const noexcept { return trie_; }
 
   private:

@@ -42,6 +42,7 @@
 
 KESTU_BEGIN_DECLS
 
+/* An editor. Its record is the library's own. */
 typedef struct kestu_edit_t kestu_edit_t;
 
 /* What has become of a line. */
@@ -61,56 +62,56 @@ enum {
 
 /* What keys do. */
 enum {
-    KESTU_EDIT_NOTHING = 0,
-    KESTU_EDIT_ACCEPT = 1, /* ends the line, or begins a row when it is not whole */
-    KESTU_EDIT_NEW_ROW = 2,
-    KESTU_EDIT_INTERRUPT = 3,
-    KESTU_EDIT_SUSPEND = 4,
-    KESTU_EDIT_DELETE_OR_END = 5, /* ends the input on an empty line */
-    KESTU_EDIT_LEFT = 6,
-    KESTU_EDIT_RIGHT = 7,
-    KESTU_EDIT_WORD_LEFT = 8,
-    KESTU_EDIT_WORD_RIGHT = 9,
-    KESTU_EDIT_HOME = 10, /* of the row in the text */
-    KESTU_EDIT_LAST = 11, /* the end of it */
-    KESTU_EDIT_UP = 12,   /* a row up, or back in the history to a line that begins as this one */
-    KESTU_EDIT_DOWN = 13,
-    KESTU_EDIT_OLDER = 14,
-    KESTU_EDIT_NEWER = 15,
-    KESTU_EDIT_OLDEST = 16,
-    KESTU_EDIT_NEWEST = 17,
-    KESTU_EDIT_SEARCH = 18, /* backwards through the history */
-    KESTU_EDIT_DELETE_LEFT = 19,
-    KESTU_EDIT_DELETE_RIGHT = 20,
-    KESTU_EDIT_KILL_LEFT = 21, /* to the beginning of the row in the text */
-    KESTU_EDIT_KILL_RIGHT = 22,
-    KESTU_EDIT_KILL_WORD_LEFT = 23,
-    KESTU_EDIT_KILL_WORD_RIGHT = 24,
-    KESTU_EDIT_KILL_BLANK_LEFT = 25, /* back to the last blank */
-    KESTU_EDIT_YANK = 26,
-    KESTU_EDIT_YANK_OLDER = 27, /* in place of what was just yanked */
-    KESTU_EDIT_TRANSPOSE = 28,
-    KESTU_EDIT_UNDO = 29,
-    KESTU_EDIT_CLEAR = 30, /* the screen */
-    KESTU_EDIT_COMPLETE = 31,
-    KESTU_EDIT_CANCEL = 32, /* a search, a list of completions */
-    KESTU_EDIT_QUOTE = 33,  /* takes the next byte as text */
-    KESTU_EDIT_PREFIX = 34, /* the first of two keys */
+    KESTU_EDIT_NOTHING = 0,       /* nothing */
+    KESTU_EDIT_ACCEPT = 1,        /* ends the line, or begins a row when it is not whole */
+    KESTU_EDIT_NEW_ROW = 2,       /* begins a row */
+    KESTU_EDIT_INTERRUPT = 3,     /* gives up the line */
+    KESTU_EDIT_SUSPEND = 4,       /* asks the program to stop the process */
+    KESTU_EDIT_DELETE_OR_END = 5, /* ends the input on an empty line, else deletes to the right */
+    KESTU_EDIT_LEFT = 6,          /* moves a character to the left */
+    KESTU_EDIT_RIGHT = 7,         /* moves a character to the right */
+    KESTU_EDIT_WORD_LEFT = 8,     /* moves to the beginning of a word */
+    KESTU_EDIT_WORD_RIGHT = 9,    /* moves to the end of a word */
+    KESTU_EDIT_HOME = 10,         /* moves to the beginning of the row in the text */
+    KESTU_EDIT_LAST = 11,         /* moves to the end of the row in the text */
+    KESTU_EDIT_UP = 12,     /* a row up, or back in the history to a line that begins as this one */
+    KESTU_EDIT_DOWN = 13,   /* a row down, or on in the history to a line that begins as this one */
+    KESTU_EDIT_OLDER = 14,  /* shows the line before in the history */
+    KESTU_EDIT_NEWER = 15,  /* shows the line behind in the history */
+    KESTU_EDIT_OLDEST = 16, /* shows the first line of the history */
+    KESTU_EDIT_NEWEST = 17, /* shows the line that is being written */
+    KESTU_EDIT_SEARCH = 18, /* searches backwards through the history */
+    KESTU_EDIT_DELETE_LEFT = 19,  /* deletes the character to the left */
+    KESTU_EDIT_DELETE_RIGHT = 20, /* deletes the character at the cursor */
+    KESTU_EDIT_KILL_LEFT = 21, /* kills to the beginning of the row: what is killed can be yanked */
+    KESTU_EDIT_KILL_RIGHT = 22,      /* kills to the end of the row; there, joins the next one */
+    KESTU_EDIT_KILL_WORD_LEFT = 23,  /* kills to the beginning of a word */
+    KESTU_EDIT_KILL_WORD_RIGHT = 24, /* kills to the end of a word */
+    KESTU_EDIT_KILL_BLANK_LEFT = 25, /* kills back to the last blank */
+    KESTU_EDIT_YANK = 26,            /* puts in what was killed last */
+    KESTU_EDIT_YANK_OLDER = 27, /* puts what was killed before in place of what was just yanked */
+    KESTU_EDIT_TRANSPOSE = 28,  /* exchanges the two characters at the cursor */
+    KESTU_EDIT_UNDO = 29,       /* takes back the last change */
+    KESTU_EDIT_CLEAR = 30,      /* clears the screen */
+    KESTU_EDIT_COMPLETE = 31,   /* asks for completions */
+    KESTU_EDIT_CANCEL = 32,     /* ends a search, or a list of completions */
+    KESTU_EDIT_QUOTE = 33,      /* takes the next byte as text */
+    KESTU_EDIT_PREFIX = 34,     /* the first of two keys */
 };
 
 /* Styles of bytes: a colour, and others added to it. */
 enum {
-    KESTU_EDIT_PLAIN = 0,
-    KESTU_EDIT_RED = 1,
-    KESTU_EDIT_GREEN = 2,
-    KESTU_EDIT_YELLOW = 3,
-    KESTU_EDIT_BLUE = 4,
-    KESTU_EDIT_MAGENTA = 5,
-    KESTU_EDIT_CYAN = 6,
-    KESTU_EDIT_BOLD = 16,
-    KESTU_EDIT_DIM = 32,
-    KESTU_EDIT_UNDERLINED = 64,
-    KESTU_EDIT_INVERSE = 128,
+    KESTU_EDIT_PLAIN = 0,       /* as the terminal writes */
+    KESTU_EDIT_RED = 1,         /* red */
+    KESTU_EDIT_GREEN = 2,       /* green */
+    KESTU_EDIT_YELLOW = 3,      /* yellow */
+    KESTU_EDIT_BLUE = 4,        /* blue */
+    KESTU_EDIT_MAGENTA = 5,     /* magenta */
+    KESTU_EDIT_CYAN = 6,        /* cyan */
+    KESTU_EDIT_BOLD = 16,       /* added: bold */
+    KESTU_EDIT_DIM = 32,        /* added: dim */
+    KESTU_EDIT_UNDERLINED = 64, /* added: underlined */
+    KESTU_EDIT_INVERSE = 128,   /* added: colours exchanged */
 };
 
 /*
@@ -125,8 +126,10 @@ typedef int (*kestu_edit_whole_func)(const char *line, size_t length, void *bato
  */
 typedef const char *(*kestu_edit_hint_func)(const char *line, size_t length, void *baton);
 
-/* Fills `styles`, a byte for each of the `length` bytes of `line`; they come as zeros.
- * `baton` is the program's. */
+/*
+ * Fills `styles`, a byte for each of the `length` bytes of `line`; they come as zeros. `baton` is
+ * the program's.
+ */
 typedef void (*kestu_edit_style_func)(const char *line, size_t length, uint8_t *styles,
                                       void *baton);
 
@@ -144,7 +147,7 @@ typedef void (*kestu_edit_complete_func)(kestu_edit_proposals_t *proposals, cons
 /*
  * Makes an editor that reads from the descriptor `in` and shows on `out`, and stores it through
  * `made`; -1 for both makes one without. It goes with `pool` unless that is null. Fails with
- * KESTU_ERR_NO_MEMORY.
+ * KESTU_ERR_NO_MEMORY (120012).
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_edit_create(kestu_edit_t **made, int in, int out,
                                                           apr_pool_t *pool);
@@ -154,17 +157,17 @@ KESTU_API void kestu_edit_destroy(kestu_edit_t **edit);
 
 /*
  * Begins a line with `edit` behind `prompt` (colours in escape sequences are kept, other sequences
- * left out), in the way that `flags` tells. Fails with KESTU_ERR_NO_MEMORY and KESTU_ERR_WRITE; no
- * line is then begun.
+ * left out), in the way that `flags` tells. Fails with KESTU_ERR_NO_MEMORY (120012) and
+ * KESTU_ERR_WRITE (120032); no line is then begun.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_edit_begin(kestu_edit_t *edit, const char *prompt,
                                                          int flags);
 
 /*
  * Gives `size` bytes at `bytes` to `edit` as typed, stores through `taken` how many it took (null:
- * nobody asks) and through `state` what has become of the line. It takes all but what stands
- * behind the end of a line. Fails with KESTU_ERR_NO_MEMORY, and the line goes on without what
- * found no room; with KESTU_ERR_WRITE the line is given up.
+ * nobody asks) and through `state` what has become of the line. It takes all but what stands behind
+ * the end of a line. Fails with KESTU_ERR_NO_MEMORY (120012), and the line goes on without what
+ * found no room; with KESTU_ERR_WRITE (120032) the line is given up.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_edit_feed(kestu_edit_t *edit, const void *bytes,
                                                         size_t size, size_t *taken, int *state);
@@ -172,14 +175,15 @@ KESTU_API KESTU_MUST_USE kestu_error_t *kestu_edit_feed(kestu_edit_t *edit, cons
 /*
  * As kestu_edit_feed with what the input of `edit` holds now, up to the end of the line; what
  * follows stays in the input. Waits when there is nothing. An input that ends amid a line gives
- * what is there, and `state` then is KESTU_EDIT_LINE. KESTU_ERR_READ ends the line.
+ * what is there, and `state` then is KESTU_EDIT_LINE. KESTU_ERR_READ (120031) ends the line.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_edit_read(kestu_edit_t *edit, int *state);
 
 /*
  * Reads a line: begins it on `edit` with `prompt` and `flags`, reads until its end, and stops the
- * process for Ctrl-Z. `state` is as above, never KESTU_EDIT_MORE or KESTU_EDIT_SUSPENDED. Follows
- * the size of the window.
+ * process for Ctrl-Z. `state` is that of kestu_edit_read, never KESTU_EDIT_MORE or
+ * KESTU_EDIT_SUSPENDED. Follows the size of the window. Errors are those of kestu_edit_begin and
+ * kestu_edit_read.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_edit_readline(kestu_edit_t *edit, const char *prompt,
                                                             int flags, int *state);
@@ -190,7 +194,10 @@ KESTU_API KESTU_MUST_USE kestu_error_t *kestu_edit_readline(kestu_edit_t *edit, 
  */
 KESTU_API const char *kestu_edit_line(const kestu_edit_t *edit, size_t *length);
 
-/* Puts `text` of `length` bytes in place of the line of `edit`, which undo takes back. */
+/*
+ * Puts `text` of `length` bytes in place of the line of `edit`, which undo takes back. Fails with
+ * KESTU_ERR_NO_MEMORY (120012) and KESTU_ERR_WRITE (120032).
+ */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_edit_set_line(kestu_edit_t *edit, const char *text,
                                                             size_t length);
 
@@ -204,11 +211,15 @@ KESTU_API void kestu_edit_end(kestu_edit_t *edit);
 KESTU_API void kestu_edit_restore(const kestu_edit_t *edit);
 
 /*
- * kestu_edit_hide takes the line of `edit` off the screen and puts the terminal back, so that the
- * program may print or stop; kestu_edit_show takes it up again below. They fail with
- * KESTU_ERR_WRITE and, the second, KESTU_ERR_NO_MEMORY.
+ * Takes the line of `edit` off the screen and puts the terminal back, so that the program may print
+ * or stop. Fails with KESTU_ERR_WRITE (120032).
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_edit_hide(kestu_edit_t *edit);
+
+/*
+ * Takes the line of `edit` up again below what was printed. Fails with KESTU_ERR_WRITE (120032) and
+ * KESTU_ERR_NO_MEMORY (120012).
+ */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_edit_show(kestu_edit_t *edit);
 
 /*
@@ -228,16 +239,22 @@ KESTU_API const char *kestu_edit_output(kestu_edit_t *edit, size_t *length);
  * Lets the keys called `keys` do `action` in `edit` from now on. One key, or Ctrl-X and another
  * one, with blanks between: "Ctrl-A", "Alt-Backspace", "Ctrl-Left", "F5", "Ctrl-X Ctrl-U". Names:
  * Up Down Left Right Home End PageUp PageDown Insert Delete Backspace Tab Enter Escape Space F1 to
- * F12; before them, in this order, Shift-, Ctrl-, Alt-. Fails with KESTU_ERR_WRONG_KEY and
- * KESTU_ERR_NO_MEMORY.
+ * F12; before them, in this order, Shift-, Ctrl-, Alt-. Fails with KESTU_ERR_WRONG_KEY (120086) and
+ * KESTU_ERR_NO_MEMORY (120012).
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_edit_bind(kestu_edit_t *edit, const char *keys,
                                                         int action);
 
-/* Let `edit` ask `func` with `baton`; null: nobody. */
+/* Lets `edit` ask `func` with `baton` whether a line is whole; null: nobody. */
 KESTU_API void kestu_edit_on_whole(kestu_edit_t *edit, kestu_edit_whole_func func, void *baton);
+
+/* Lets `edit` ask `func` with `baton` for hints; null: nobody. */
 KESTU_API void kestu_edit_on_hint(kestu_edit_t *edit, kestu_edit_hint_func func, void *baton);
+
+/* Lets `edit` ask `func` with `baton` for styles; null: nobody. */
 KESTU_API void kestu_edit_on_style(kestu_edit_t *edit, kestu_edit_style_func func, void *baton);
+
+/* Lets `edit` ask `func` with `baton` for completions; null: nobody. */
 KESTU_API void kestu_edit_on_complete(kestu_edit_t *edit, kestu_edit_complete_func func,
                                       void *baton);
 
@@ -246,37 +263,48 @@ KESTU_API void kestu_edit_propose_from(kestu_edit_proposals_t *proposals, size_t
 
 /*
  * Adds `text` to `proposals`. In a list it stands as `shown`, or as itself when that is null. When
- * it is the only one, `behind` (null: nothing) is written after it. Fails with KESTU_ERR_NO_MEMORY.
+ * it is the only one, `behind` (null: nothing) is written after it. Fails with KESTU_ERR_NO_MEMORY
+ * (120012).
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_edit_propose(kestu_edit_proposals_t *proposals,
                                                            const char *text, const char *shown,
                                                            const char *behind);
 
 /*
- * Adds `line` of `length` bytes to the history of `edit`, in place of an equal one that is not
- * the last; lines that are read are not added by themselves. The oldest goes when there are more
- * than the limit, 1000 unless kestu_edit_history_limit says otherwise by `lines`. Fails with
- * KESTU_ERR_NO_MEMORY.
+ * Adds `line` of `length` bytes to the history of `edit`, in place of an equal one that is not the
+ * last; lines that are read are not added by themselves. The oldest goes when there are more than
+ * the limit. Fails with KESTU_ERR_NO_MEMORY (120012).
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_edit_history_add(kestu_edit_t *edit, const char *line,
                                                                size_t length);
+
+/* Lets the history of `edit` hold at most `lines`, 1000 until this is called. */
 KESTU_API void kestu_edit_history_limit(kestu_edit_t *edit, size_t lines);
 
-/* How many lines the history of `edit` holds; the one at `index`, 0 for the oldest, or
- * null, its bytes counted through `length` unless that is null. */
+/* How many lines the history of `edit` holds. */
 KESTU_API size_t kestu_edit_history_count(const kestu_edit_t *edit);
+
+/*
+ * The line of the history of `edit` at `index`, 0 for the oldest, or null; its bytes are counted
+ * through `length` unless that is null.
+ */
 KESTU_API const char *kestu_edit_history_line(const kestu_edit_t *edit, size_t index,
                                               size_t *length);
 
 /*
  * Adds the lines of the file at `path` to the history of `edit`; a file that is not there has none.
- * kestu_edit_history_save adds the lines that were added since the last of these calls to the file,
- * which nobody else may read, and shortens one that has grown beyond the limit; so the lines of
- * several programs are kept. Files are locked meanwhile. Failures: KESTU_ERR_OPEN, KESTU_ERR_READ,
- * KESTU_ERR_WRITE, each with the system's text, and KESTU_ERR_NO_MEMORY.
+ * It is locked meanwhile. Failures: KESTU_ERR_OPEN (120030) and KESTU_ERR_READ (120031), each with
+ * the system's text, and KESTU_ERR_NO_MEMORY (120012).
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_edit_history_load(kestu_edit_t *edit,
                                                                 const char *path);
+
+/*
+ * Adds the lines that were added to the history of `edit` since it was last loaded or saved to the
+ * file at `path`, which nobody else may read, and shortens one that has grown beyond the limit; so
+ * the lines of several programs are kept. The file is locked meanwhile. Failures are those of
+ * kestu_edit_history_load, and KESTU_ERR_WRITE (120032) with the system's text.
+ */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_edit_history_save(kestu_edit_t *edit,
                                                                 const char *path);
 

@@ -38,36 +38,41 @@ KESTU_BEGIN_DECLS
 
 /* How to read. A record of zeros, or none, is what most want. */
 typedef struct kestu_tiff_options_t {
-    uint32_t page;       /* 1 is the first; 0 stands for 1 */
-    int32_t lenient;     /* 0: damage is a failure; else what is lost is 0, and counted */
-    uint64_t max_pixels; /* of a page; 0 stands for 2^30 */
-    uint64_t max_memory; /* for one page, and for any one block, in bytes; 0 stands for 2^32 */
-    uint64_t reserved[4];
+    uint32_t page;        /* 1 is the first; 0 stands for 1 */
+    int32_t lenient;      /* 0: damage is a failure; else what is lost is 0, and counted */
+    uint64_t max_pixels;  /* of a page; 0 stands for 2^30 */
+    uint64_t max_memory;  /* for one page, and for any one block, in bytes; 0 stands for 2^32 */
+    uint64_t reserved[4]; /* zeros; room for later fields */
 } kestu_tiff_options_t;
 
 /* What a page is in its file, and what became of it. */
 typedef struct kestu_tiff_info_t {
-    uint32_t page, pages;   /* which one, of how many */
-    uint32_t width, height; /* of the image, in pixels; after the orientation was applied */
-    int32_t levels;         /* bits of a level in the image: 8 or 16 */
-    int32_t bits, samples;  /* bits of a sample and samples of a pixel in the file */
-    int32_t format;         /* of samples: 1 unsigned, 2 signed, 3 float */
-    int32_t photometric;    /* as the file has it; -1 when it is silent */
-    int32_t gray;           /* of the image: 0 white is zero, 1 black is zero */
-    int32_t compression;    /* as the file has it */
-    int32_t planar;         /* 1 samples of a pixel together, 2 apart */
-    int32_t orientation;    /* as the file has it, 1 to 8 */
-    int32_t ignored;        /* samples of a pixel that were left out */
-    int32_t big_endian;     /* 1 or 0: the byte order */
-    int32_t big_tiff;       /* 1 or 0: offsets of 64 bits */
-    int32_t tiled;          /* 1 or 0: tiles, not strips */
-    int32_t plain;          /* 1 or 0: kestu_img_read makes the same image of this file */
-    int32_t resunit;        /* 1 none, 2 inch, 3 centimetre */
-    double xres, yres;      /* pixels per unit; 0 when the file is silent */
-    double factor, offset;  /* a level stands for the value offset + factor * level of the file */
-    uint64_t lost;          /* pixels in damaged parts, so far; with `lenient` only */
-    char warning[128];      /* the first of libtiff, or empty */
-    uint64_t reserved[4];
+    uint32_t page;        /* which one it is, 1 the first */
+    uint32_t pages;       /* how many the file has */
+    uint32_t width;       /* of the image, in pixels, after the orientation was applied */
+    uint32_t height;      /* of the image, in pixels, after the orientation was applied */
+    int32_t levels;       /* bits of a level in the image: 8 or 16 */
+    int32_t bits;         /* bits of a sample in the file */
+    int32_t samples;      /* samples of a pixel in the file */
+    int32_t format;       /* of samples: 1 unsigned, 2 signed, 3 float */
+    int32_t photometric;  /* as the file has it; -1 when it is silent */
+    int32_t gray;         /* of the image: 0 white is zero, 1 black is zero */
+    int32_t compression;  /* as the file has it */
+    int32_t planar;       /* 1 samples of a pixel together, 2 apart */
+    int32_t orientation;  /* as the file has it, 1 to 8 */
+    int32_t ignored;      /* samples of a pixel that were left out */
+    int32_t big_endian;   /* 1 or 0: the byte order */
+    int32_t big_tiff;     /* 1 or 0: offsets of 64 bits */
+    int32_t tiled;        /* 1 or 0: tiles, not strips */
+    int32_t plain;        /* 1 or 0: kestu_img_read makes the same image of this file */
+    int32_t resunit;      /* 1 none, 2 inch, 3 centimetre */
+    double xres;          /* pixels per unit; 0 when the file is silent */
+    double yres;          /* pixels per unit; 0 when the file is silent */
+    double factor;        /* a level stands for the value offset + factor * level of the file */
+    double offset;        /* the value of the file that level 0 stands for */
+    uint64_t lost;        /* pixels in damaged parts, so far; with `lenient` only */
+    char warning[128];    /* the first of libtiff, or empty */
+    uint64_t reserved[4]; /* room for later fields */
 } kestu_tiff_info_t;
 
 /*
@@ -78,16 +83,17 @@ typedef struct kestu_tiff_info_t {
  * Software tag, and no strips.
  *
  * Memory is taken as the pixels come, so that a small file that claims to be large costs little
- * before it is found out. Errors, all under "Cannot read TIFF page.":
+ * before it is found out. Errors, all under "Cannot read TIFF page." and with what libtiff said as
+ * their cause, behind "libtiff: ":
  *
- *     120012  no memory
- *     120030  "Cannot open file '%s'"
- *     120031  the file cannot be read
- *     120150  it is not TIFF
- *     120152  the page: it does not exist, is larger than the limits, or has no meaning in gray
- *     120153  strips or tiles that are missing, cut off or damaged, or not decoded by this libtiff
- *
- * with what libtiff said as their cause, behind "libtiff: ".
+ * - KESTU_ERR_NO_MEMORY (120012) when no memory is left;
+ * - KESTU_ERR_OPEN (120030) "Cannot open file '%s'";
+ * - KESTU_ERR_READ (120031) when the file cannot be read;
+ * - KESTU_ERR_NOT_TIFF (120150) when it is not TIFF;
+ * - KESTU_ERR_IMAGE_STRUCTURE (120152) for the page: it does not exist, is larger than the limits,
+ *   or has no meaning in gray;
+ * - KESTU_ERR_INCOMPLETE_DATA (120153) for strips or tiles that are missing, cut off or damaged, or
+ *   not decoded by this libtiff.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_tiff_read(const char *path,
                                                         const kestu_tiff_options_t *options,
@@ -133,19 +139,20 @@ KESTU_API void kestu_tiff_close(kestu_tiff_reader_t **reader);
 
 /* How to write. */
 typedef struct kestu_tiff_write_options_t {
-    int32_t deflate; /* 0: not compressed */
-    int32_t reserved_flags;
+    int32_t deflate;         /* 0: not compressed, else by deflate */
+    int32_t reserved_flags;  /* 0 */
     const char *description; /* the ImageDescription tag, or null */
     const char *software;    /* the Software tag; null stands for "KESTU " and the version */
-    uint64_t reserved[4];
+    uint64_t reserved[4];    /* zeros; room for later fields */
 } kestu_tiff_write_options_t;
 
 /*
  * Writes the image `img` to the file at `path`, with its resolution and its unit: little-endian
  * strips of about 64 KiB, BigTIFF when it could grow beyond 4 GiB. `options` may be null. Errors,
- * under "Cannot write TIFF image.": 120012; 120030 "Cannot open file '%s'"; 120032 with what
- * libtiff said when the file does not take all bytes; 120152 for an image that is not grayscale of
- * 8 or 16 bits, or has no pixels.
+ * under "Cannot write TIFF image.": KESTU_ERR_NO_MEMORY (120012); KESTU_ERR_OPEN (120030) "Cannot
+ * open file '%s'"; KESTU_ERR_WRITE (120032) with what libtiff said when the file does not take all
+ * bytes; KESTU_ERR_IMAGE_STRUCTURE (120152) for an image that is not grayscale of 8 or 16 bits, or
+ * has no pixels.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_tiff_write(const char *path, const kestu_img_t *img,
                                                          const kestu_tiff_write_options_t *options);
@@ -162,13 +169,16 @@ KESTU_API KESTU_MUST_USE kestu_error_t *kestu_tiff_create(const char *path, cons
                                                           const kestu_tiff_write_options_t *options,
                                                           kestu_tiff_writer_t **out);
 
-/* Appends a `row` of bytes, or of uint16_t, to the image of `writer`. Errors as above. */
+/*
+ * Appends a `row` of bytes, or of uint16_t, to the image of `writer`. Errors are those of
+ * kestu_tiff_write.
+ */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_tiff_put_row(kestu_tiff_writer_t *writer,
                                                            const void *row);
 
 /*
- * Closes `writer` and sets it to null, which a null writer is already. Errors as above: only a file
- * whose writer was finished with success is whole.
+ * Closes `writer` and sets it to null, which a null writer is already. Errors are those of
+ * kestu_tiff_write: only a file whose writer was finished with success is whole.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_tiff_finish(kestu_tiff_writer_t **writer);
 
