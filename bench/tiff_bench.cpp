@@ -145,8 +145,8 @@ void libtiff(benchmark::State &state, const Layout &layout) {
 }
 
 const bool registered = [] {
-    // Freed memory stays with the process. Else the order of both sides' calls decides which of them
-    // has it cleared anew by the system in each iteration.
+    // Freed memory stays with the process. Else the order of its calls decides which side gets it
+    // cleared anew by the system in each iteration.
     mallopt(M_TRIM_THRESHOLD, 1 << 30);
     mallopt(M_MMAP_THRESHOLD, 32 << 20);
     for (const Layout &layout : layouts) {
