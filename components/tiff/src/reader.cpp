@@ -99,9 +99,7 @@ void Reader::turned_row(uint32_t row, void *out) const {
 }
 
 bool Reader::reads_in_place() const {
-    const bool swapped = page_.info.levels == 16 && TIFFIsByteSwapped(handle_.tiff()) != 0;
-    return page_.direct && levels_.copies() && !swapped && page_.info.orientation == 1 &&
-           !page_.lenient;
+    return page_.direct && levels_.copies() && page_.info.orientation == 1 && !page_.lenient;
 }
 
 kestu_error_t *Reader::row(void *out) {

@@ -12,7 +12,8 @@ class Reader {
     // The next row of levels; the first after the last.
     [[nodiscard]] kestu_error_t *row(void *out);
 
-    // Whether rows of the file are rows of levels, which are read straight to their places.
+    // Whether rows of the file are rows of levels, in either byte order, which are read straight to
+    // their places.
     bool reads_in_place() const;
     [[nodiscard]] kestu_error_t *read_into(uint32_t first, void *const *rows, uint32_t &count) {
         return bands_.read_into(first, rows, count);
