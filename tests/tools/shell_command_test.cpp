@@ -60,6 +60,31 @@ TEST_F(ShellSession, EditsLinesAndRunsThem) {
                "\x15"
                "ba\t16 25",
            "kestu> base 16 25|");
+    // What Tab completes, words in quotes and behind backslashes too.
+    mkdir((state / "a folder").c_str(), 0700);
+    state.write("a 'file'", "");
+    expect("\x15" "cd " + state.path + enter, "kestu> |");
+    constexpr std::pair<const char *, const char *> completed[] = {
+        {"--ver", "--ver|\n--version  --verbose"},
+        {"kestu --version --verb", "kestu --version --verbose |"},
+        {"image in", "image info |"},
+        {"image draw cir", "image draw circle |"},
+        {"help image in", "help image info |"},
+        {"image info --tag", "image info --tags |"},
+        {"sum --col", "sum --color |"},
+        {"find --color a", "find --color a|\nauto    always"},
+        {"find --color=ne", "find --color=never |"},
+        {"cd a", "cd a\\ folder/|"},
+        {"sum a\\ ", "sum a\\ |\na 'file'   a folder/"},
+        {"sum a\\ \\'", "sum a\\ \\'file\\' |"},
+        {"sum \"a '", "sum \"a 'file'\" |"},
+        {"sum 'a f", "sum 'a folder/|"},
+        {"base 2 5 > a", "base 2 5 > a\\ |"},
+        {"she", "she|"},
+    };
+    for (const auto &[typed, line] : completed)
+        expect(std::string(typed) + "\t", std::string("kestu> ") + line), terminal.type("\x15");
+    expect("base 16 25", "kestu> base 16 25|");
     expect("3\x1b[D" + enter, "kestu> base 16 253\nFD\nkestu> |");
     expect("image info /missing" + enter,
            "/missing: cannot open: No such file or directory\nkestu> |");
@@ -186,6 +211,13 @@ class Job {
 
     static void give_terminal(pid_t group) { tcsetpgrp(STDIN_FILENO, group); }
 
+    // In the foreground and with the settings that the terminal had, as another shell does it.
+    void take_up() const {
+        tcsetattr(STDIN_FILENO, TCSANOW, &before_);
+        give_terminal(pid);
+        kill(pid, SIGCONT);
+    }
+
     // Tells the signal that stopped or ended the shell, and whether it left the terminal as it was.
     void report_change() const {
         int status = 0;
@@ -235,9 +267,11 @@ TEST_F(ShellSession, SignalsAtThePromptFindTheTerminalRestored) {
 TEST_F(ShellSession, CanBeStoppedAndTakenUpAgain) {
     terminal.run([&] {
         const Job job(state.path);
-        job.report_change();
-        Job::give_terminal(job.pid);
-        kill(job.pid, SIGCONT);
+        Terminal::report(std::to_string(job.pid));
+        for (int i = 0; i < 3; ++i) {
+            job.report_change();
+            job.take_up();
+        }
         job.report_change();
         // Ended in the background it leaves the terminal alone.
         Job::give_terminal(getpid());
@@ -246,12 +280,21 @@ TEST_F(ShellSession, CanBeStoppedAndTakenUpAgain) {
         job.report_change();
     });
     const std::string control_z = "\x1a", stopped = std::to_string(SIGTSTP);
+    const pid_t shell = std::stoi(terminal.wait_for_report());
     terminal.wait_for_text("kestu> |");
     expect("half", "kestu> half|");
     terminal.type(control_z); // a key that takes with it what is not yet read
     EXPECT_EQ(terminal.wait_for_report(), stopped);
     terminal.wait_for_text("\nkestu> half|");
     EXPECT_FALSE(terminal.settings().c_lflag & ICANON);
+    for (const int signal : {SIGTSTP, SIGSTOP}) {
+        kill(shell, signal);
+        EXPECT_EQ(terminal.wait_for_report(),
+                  signal == SIGTSTP ? stopped : std::to_string(signal) + ", not restored");
+        expect("\x7f", "kestu> hal|");
+        EXPECT_FALSE(terminal.settings().c_lflag & ICANON);
+        expect("f", "kestu> half|");
+    }
     terminal.type("\x7f\x7f\x7f\x7f"
                   "base 2 5" +
                   enter);
