@@ -61,8 +61,11 @@ void Terminal::leave() const {
         return;
     entered_ = 0;
     const int kept = errno;
-    static_cast<void>(::write(out_, pastes_off.data(), pastes_off.size()) > 0);
-    tcsetattr(in_, TCSADRAIN, &before_);
+    const pid_t front = tcgetpgrp(in_); // a terminal that others have now is theirs to set
+    if (front < 0 || front == getpgrp()) {
+        static_cast<void>(::write(out_, pastes_off.data(), pastes_off.size()) > 0);
+        tcsetattr(in_, TCSADRAIN, &before_);
+    }
     errno = kept;
 }
 

@@ -144,6 +144,8 @@ void Shell::run_words(std::vector<std::string> command, const std::string &rest)
     const std::string &name = command[0];
     if (!is_own(name) && !name.starts_with('-') && !table_.find(name))
         return refuse(name);
+    if (!rest.empty() && rest.find_first_not_of(" \t\r|>") == rest.npos)
+        return fail("nothing stands behind '" + rest + "'", exit_usage);
     Redirection redirection(rest);
     const int status = run_command(command);
     const int taken = redirection.finish();
@@ -176,7 +178,7 @@ void Shell::run_own(const std::vector<std::string> &command) {
     if (name == "history")
         print_history();
     else if (name == "pwd")
-        std::printf("%s\n", std::filesystem::current_path().c_str());
+        print_folder();
     else
         leaving_ = true;
 }
@@ -195,12 +197,26 @@ void Shell::leave(const std::vector<std::string> &command) {
 }
 
 void Shell::change_folder(const std::vector<std::string> &command) {
-    const char *home = std::getenv("HOME");
-    const std::string folder = command.size() > 1 ? command[1] : home ? home : "/";
     if (command.size() > 2)
-        fail("cd takes one folder", exit_usage);
-    else if (chdir(folder.c_str()) != 0)
-        fail(printable(folder.c_str()) + ": " + std::strerror(errno), exit_failure);
+        return fail("cd takes one folder", exit_usage);
+    const char *home = std::getenv("HOME");
+    std::string folder = command.size() > 1 ? command[1] : home ? home : "/";
+    if (folder == "-" && !folder_before_.empty())
+        folder = folder_before_;
+    std::error_code gone;
+    const std::string here = std::filesystem::current_path(gone);
+    if (chdir(folder.c_str()) != 0)
+        return fail(printable(folder.c_str()) + ": " + std::strerror(errno), exit_failure);
+    folder_before_ = here;
+}
+
+void Shell::print_folder() {
+    std::error_code gone;
+    const std::string here = std::filesystem::current_path(gone);
+    if (gone)
+        fail("the folder: " + gone.message(), exit_failure);
+    else
+        std::printf("%s\n", here.c_str());
 }
 
 void Shell::print_history() const {

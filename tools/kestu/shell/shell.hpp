@@ -50,12 +50,14 @@ class Shell {
     void list() const;
     void leave(const std::vector<std::string> &command);
     void change_folder(const std::vector<std::string> &command);
+    void print_folder();
     void print_history() const;
 
     CommandTable table_;
     Words words_;
     bool keeps_input_;
     const kestu_edit_t *history_ = nullptr;
+    std::string folder_before_; // which "cd -" goes back to
     bool leaving_ = false;
     int status_ = 0;
     int asked_ = 0;
