@@ -64,7 +64,7 @@ TEST_F(ShellSession, EditsLinesAndRunsThem) {
     // What Tab completes, words in quotes and behind backslashes too.
     mkdir((state / "a folder").c_str(), 0700);
     state.write("a 'file'", "");
-    expect("\x15" "cd " + state.path + enter, "kestu> |");
+    terminal.type("\x15" + ("cd " + state.path) + enter);
     constexpr std::pair<const char *, const char *> completed[] = {
         {"--ver", "--ver|\n--version  --verbose"},
         {"kestu --version --verb", "kestu --version --verbose |"},
@@ -83,8 +83,10 @@ TEST_F(ShellSession, EditsLinesAndRunsThem) {
         {"base 2 5 > a", "base 2 5 > a\\ |"},
         {"she", "she|"},
     };
-    for (const auto &[typed, line] : completed)
-        expect(std::string(typed) + "\t", std::string("kestu> ") + line), terminal.type("\x15");
+    for (const auto &[typed, line] : completed) {
+        expect(std::string(typed) + "\t", std::string("kestu> ") + line);
+        terminal.type("\x15");
+    }
     expect("base 16 25", "kestu> base 16 25|");
     expect("3\x1b[D" + enter, "kestu> base 16 253\nFD\nkestu> |");
     expect("image info /missing" + enter,

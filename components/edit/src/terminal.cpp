@@ -116,8 +116,7 @@ bool Terminal::wait() const {
     pthread_sigmask(SIG_SETMASK, &all, &before);
     pollfd polled = {.fd = in_, .events = POLLIN, .revents = 0};
     const bool is_put_back = interactive_ && !entered_;
-    const bool ready =
-        !is_put_back && (ppoll(&polled, 1, nullptr, &before) >= 0 || errno != EINTR);
+    const bool ready = !is_put_back && (ppoll(&polled, 1, nullptr, &before) >= 0 || errno != EINTR);
     pthread_sigmask(SIG_SETMASK, &before, nullptr);
     return ready;
 }

@@ -91,11 +91,10 @@ class Completion {
 
     // `front` stays before `text`, whose part `shown` stands in a list.
     void propose(const std::string &front, const std::string &text, const std::string &shown) {
-        std::string end(typed_.quote ? 1 : 0, typed_.quote);
-        end = text.ends_with('/') ? "" : end + " ";
-        kestu_error_clear(kestu_edit_propose(proposals_,
-                                             written(front + text, typed_.quote).c_str(),
-                                             shown.c_str(), end.c_str()));
+        const std::string word = written(front + text, typed_.quote);
+        const std::string quote(typed_.quote ? 1 : 0, typed_.quote);
+        const std::string end = text.ends_with('/') ? "" : quote + " ";
+        kestu_error_clear(kestu_edit_propose(proposals_, word.c_str(), shown.c_str(), end.c_str()));
     }
 
     void propose_if(const std::string &front, const std::string &typed, const std::string &text) {

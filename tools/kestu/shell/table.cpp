@@ -20,7 +20,8 @@ CommandTable::CommandTable(CompletedCommand root) : root_(std::move(root)) {
 }
 
 const CompletedCommand *CommandTable::find(const std::string &name) const {
-    return static_cast<const CompletedCommand *>(kestu_trie_search(trie_, name.data(), name.size()));
+    return static_cast<const CompletedCommand *>(
+        kestu_trie_search(trie_, name.data(), name.size()));
 }
 
 const CompletedCommand *CommandTable::nearest(const std::string &name) const {
