@@ -80,6 +80,7 @@ TEST_F(ShellSession, EditsLinesAndRunsThem) {
         {"sum a\\ \\'", "sum a\\ \\'file\\' |"},
         {"sum \"a '", "sum \"a 'file'\" |"},
         {"sum 'a f", "sum 'a folder/|"},
+        {"image compare x 'a f", "image compare x 'a folder/|"},
         {"base 2 5 > a", "base 2 5 > a\\ |"},
         {"she", "she|"},
     };

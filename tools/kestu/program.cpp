@@ -30,7 +30,7 @@ using Words = std::vector<std::string>;
 
 const Words colour_choices = {"auto", "always", "never"};
 
-std::string place;
+std::string place; // in a script
 
 // What every command takes, before or after its name.
 void add_common_options(CLI::App &command, Outcome &outcome) {

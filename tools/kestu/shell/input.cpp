@@ -103,12 +103,12 @@ kestu_edit_t *new_editor() {
 
 } // namespace
 
-Typed::Typed(const Shell &shell) : editor_(new_editor()), history_(editor_) {
+Typed::Typed(Shell &shell) : editor_(new_editor()), history_(editor_) {
     const auto propose = [](kestu_edit_proposals_t *proposals, const char *line, size_t,
                             size_t cursor, void *baton) {
         complete(proposals, {line, cursor}, *static_cast<const Shell *>(baton));
     };
-    kestu_edit_on_complete(editor_, propose, const_cast<Shell *>(&shell));
+    kestu_edit_on_complete(editor_, propose, &shell);
 }
 
 Typed::~Typed() {

@@ -23,7 +23,7 @@ enum class Read {
 class Typed {
   public:
     // Completes what `shell` takes, which outlives it.
-    explicit Typed(const Shell &shell);
+    explicit Typed(Shell &shell);
     ~Typed();
     Typed(const Typed &) = delete;
     Typed &operator=(const Typed &) = delete;
