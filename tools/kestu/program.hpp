@@ -18,8 +18,8 @@ enum ExitStatus { exit_ok = 0, exit_failure = 1, exit_usage = 2 };
 // Says something on standard error, in one line behind the program's name and the place.
 void say(const std::string &message);
 
-// The place in a script ("FILE:LINE: ") of what runs from now on, in child processes too; empty when
-// there is no script.
+// The place in a script ("FILE:LINE: ") of what runs from now on, in child processes too; empty
+// when there is none.
 void set_place(const std::string &place);
 
 // What one run of the program has come to. Commands lower it; it never improves.
