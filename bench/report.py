@@ -31,6 +31,7 @@ CHARTS = [
     ("Checksums", r"crc|sha1"),
     ("Images", r"read |write |histogram|entropy|density|intensity|circle|smooth"),
     ("Files", r"walk"),
+    ("Line editor", r"key and"),
     ("Start", r"start"),
     ("C++", r""),
 ]

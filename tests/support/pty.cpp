@@ -64,9 +64,9 @@ Terminal::~Terminal() {
         kill(child_, SIGKILL);
         waitpid(child_, nullptr, 0);
     }
-    close(master_);
-    if (slave_ >= 0)
-        close(slave_);
+    for (const int end : {master_, slave_})
+        if (end >= 0)
+            close(end);
 }
 
 void Terminal::start(const std::function<void()> &body) {
@@ -131,6 +131,11 @@ void Terminal::resize(int columns, int rows) {
 void Terminal::signal(int number) const {
     wait_for_sleep();
     kill(child_, number);
+}
+
+void Terminal::hang_up() {
+    close(master_);
+    master_ = -1;
 }
 
 void Terminal::take(char c) {

@@ -40,6 +40,9 @@ class Terminal {
     void resize(int columns, int rows);
     void signal(int number) const;
 
+    // Closes the window.
+    void hang_up();
+
     // Follow the output: to the next mark, to the next result, to the moment when what the screen
     // shows ends with `text`, to the end of a command. The last returns its exit status, or 128 and
     // the signal.

@@ -9,6 +9,7 @@ namespace kestu::test {
 
 // A plain terminal: it wraps lines and scrolls, and knows the control characters and sequences of
 // the line editor and the shell. Others stand in the text, so that a test sees them.
+// Apart from the Paper of kestu_edit: bytes come split here, and no Unicode library is linked.
 class Screen {
   public:
     Screen(int columns, int rows);

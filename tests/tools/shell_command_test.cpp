@@ -5,6 +5,7 @@
 
 #include <csignal>
 
+#include <sched.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -60,6 +61,34 @@ TEST_F(ShellSession, EditsLinesAndRunsThem) {
                "\x15"
                "ba\t16 25",
            "kestu> base 16 25|");
+    // What Tab completes, words in quotes and behind backslashes too.
+    mkdir((state / "a folder").c_str(), 0700);
+    state.write("a 'file'", "");
+    terminal.type("\x15" + ("cd " + state.path) + enter);
+    constexpr std::pair<const char *, const char *> completed[] = {
+        {"--ver", "--ver|\n--version  --verbose"},
+        {"kestu --version --verb", "kestu --version --verbose |"},
+        {"image in", "image info |"},
+        {"image draw cir", "image draw circle |"},
+        {"help image in", "help image info |"},
+        {"image info --tag", "image info --tags |"},
+        {"sum --col", "sum --color |"},
+        {"find --color a", "find --color a|\nauto    always"},
+        {"find --color=ne", "find --color=never |"},
+        {"cd a", "cd a\\ folder/|"},
+        {"sum a\\ ", "sum a\\ |\na 'file'   a folder/"},
+        {"sum a\\ \\'", "sum a\\ \\'file\\' |"},
+        {"sum \"a '", "sum \"a 'file'\" |"},
+        {"sum 'a f", "sum 'a folder/|"},
+        {"image compare x 'a f", "image compare x 'a folder/|"},
+        {"base 2 5 > a", "base 2 5 > a\\ |"},
+        {"she", "she|"},
+    };
+    for (const auto &[typed, line] : completed) {
+        expect(std::string(typed) + "\t", std::string("kestu> ") + line);
+        terminal.type("\x15");
+    }
+    expect("base 16 25", "kestu> base 16 25|");
     expect("3\x1b[D" + enter, "kestu> base 16 253\nFD\nkestu> |");
     expect("image info /missing" + enter,
            "/missing: cannot open: No such file or directory\nkestu> |");
@@ -186,12 +215,16 @@ class Job {
 
     static void give_terminal(pid_t group) { tcsetpgrp(STDIN_FILENO, group); }
 
-    // Tells the signal that stopped or ended the shell, and whether it left the terminal as it was.
+    // Tells the signal that stopped or ended the shell, and whether it left the terminal as it was,
+    // which then is the other shell's, with the settings from before.
     void report_change() const {
         int status = 0;
         waitpid(pid, &status, WUNTRACED);
         const int signal = WIFSTOPPED(status) ? WSTOPSIG(status) : WTERMSIG(status);
-        Terminal::report(std::to_string(signal) + (is_restored() ? "" : ", not restored"));
+        const bool restored = is_restored();
+        give_terminal(getpid());
+        tcsetattr(STDIN_FILENO, TCSANOW, &before_);
+        Terminal::report(std::to_string(signal) + (restored ? "" : ", not restored"));
     }
 
     pid_t pid = -1;
@@ -235,28 +268,39 @@ TEST_F(ShellSession, SignalsAtThePromptFindTheTerminalRestored) {
 TEST_F(ShellSession, CanBeStoppedAndTakenUpAgain) {
     terminal.run([&] {
         const Job job(state.path);
-        job.report_change();
-        Job::give_terminal(job.pid);
-        kill(job.pid, SIGCONT);
+        Terminal::report(std::to_string(job.pid));
+        for (int i = 0; i < 3; ++i) {
+            job.report_change();
+            Job::give_terminal(job.pid);
+            kill(job.pid, SIGCONT);
+        }
         job.report_change();
         // Ended in the background it leaves the terminal alone.
-        Job::give_terminal(getpid());
         kill(job.pid, SIGTERM);
         kill(job.pid, SIGCONT);
         job.report_change();
     });
     const std::string control_z = "\x1a", stopped = std::to_string(SIGTSTP);
+    const pid_t shell = std::stoi(terminal.wait_for_report());
     terminal.wait_for_text("kestu> |");
     expect("half", "kestu> half|");
     terminal.type(control_z); // a key that takes with it what is not yet read
     EXPECT_EQ(terminal.wait_for_report(), stopped);
     terminal.wait_for_text("\nkestu> half|");
-    EXPECT_FALSE(terminal.settings().c_lflag & ICANON);
+    for (const int signal : {SIGTSTP, SIGSTOP}) {
+        kill(shell, signal);
+        EXPECT_EQ(terminal.wait_for_report(),
+                  signal == SIGTSTP ? stopped : std::to_string(signal) + ", not restored");
+        while (terminal.settings().c_lflag & ICANON) // before, keys would not be the editor's
+            sched_yield();
+        expect("\x7f", "kestu> hal|");
+        expect("f", "kestu> half|");
+    }
     terminal.type("\x7f\x7f\x7f\x7f"
                   "base 2 5" +
                   enter);
     terminal.wait_for_text("101\nkestu> |");
-    terminal.type(control_z);
-    EXPECT_EQ(terminal.wait_for_report(), stopped);
+    kill(shell, SIGSTOP);
+    EXPECT_EQ(terminal.wait_for_report(), std::to_string(SIGSTOP) + ", not restored");
     EXPECT_EQ(terminal.wait_for_report(), std::to_string(SIGTERM));
 }

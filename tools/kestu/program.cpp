@@ -30,6 +30,8 @@ using Words = std::vector<std::string>;
 
 const Words colour_choices = {"auto", "always", "never"};
 
+std::string place; // in a script
+
 // What every command takes, before or after its name.
 void add_common_options(CLI::App &command, Outcome &outcome) {
     command.set_help_flag("-h,--help", "Print this help and exit");
@@ -111,12 +113,15 @@ void parse(CLI::App &app, const Words &arguments, Outcome &outcome) {
         Words words = marked(arguments);
         std::reverse(words.begin(), words.end()); // the parser takes them from the back
         app.parse(std::move(words));
-    } catch (const CLI::CallForHelp &) {
-        print(help_page(chosen(app), look_of_output()));
+    } catch (const CLI::CallForHelp &help) {
+        if (!names_no_command(app))
+            return print(help_page(chosen(app), look_of_output()));
+        say(fault_in_usage(app, help));
+        outcome.fail_with(exit_usage);
     } catch (const CLI::CallForVersion &version) {
         print(std::string(version.what()) + "\n");
     } catch (const CLI::ParseError &error) {
-        if (lacks_command(app))
+        if (lacks_command(app) && place.empty())
             std::fputs(short_help(chosen(app), look_of(STDERR_FILENO)).c_str(), stderr);
         else
             say(fault_in_usage(app, error));
@@ -157,7 +162,11 @@ std::string cause_of(kestu_error_t *err) {
 void say(const std::string &message) {
     std::fflush(stdout);
     const std::string name = alarming("kestu:", look_of(STDERR_FILENO));
-    std::fprintf(stderr, "%s %s\n", name.c_str(), printable(message.c_str()).c_str());
+    std::fprintf(stderr, "%s %s\n", name.c_str(), printable((place + message).c_str()).c_str());
+}
+
+void set_place(const std::string &where) {
+    place = where;
 }
 
 bool Outcome::ok(kestu_error_t *err, const std::string &subject) {
@@ -178,14 +187,11 @@ void Outcome::fail(const std::string &message) {
     fail();
 }
 
-std::vector<Command> commands() {
+CompletedCommand commands() {
     Outcome unused;
     CLI::App app;
     set_up(app, unused);
-    std::vector<Command> all;
-    for (const CLI::App *command : app.get_subcommands({}))
-        all.push_back({command->get_name(), command->get_description()});
-    return all;
+    return completed(app);
 }
 
 int run(const std::vector<std::string> &arguments) {

@@ -1,6 +1,8 @@
 // The frame of the program: parsing, exit status, and how commands report failures.
 #pragma once
 
+#include "completion/model.hpp"
+
 #include "kestu_error.h"
 
 #include <CLI/CLI.hpp>
@@ -13,8 +15,12 @@ namespace program {
 
 enum ExitStatus { exit_ok = 0, exit_failure = 1, exit_usage = 2 };
 
-// Says something on standard error, in one line behind the program's name.
+// Says something on standard error, in one line behind the program's name and the place.
 void say(const std::string &message);
+
+// The place in a script ("FILE:LINE: ") of what runs from now on, in child processes too; empty
+// when there is none.
+void set_place(const std::string &place);
 
 // What one run of the program has come to. Commands lower it; it never improves.
 class Outcome {
@@ -42,14 +48,8 @@ class Outcome {
 // status.
 int run(const std::vector<std::string> &arguments);
 
-// A command as lists show it.
-struct Command {
-    std::string name;
-    std::string description; // a line
-};
-
-// All commands, in the order of the program's help.
-std::vector<Command> commands();
+// The program with all its commands, in the order of its help.
+CompletedCommand commands();
 
 // Each adds a group of commands. The callbacks report to `outcome`, which outlives `app`.
 void add_image_commands(CLI::App &app, Outcome &outcome);

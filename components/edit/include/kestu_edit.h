@@ -174,16 +174,17 @@ KESTU_API KESTU_MUST_USE kestu_error_t *kestu_edit_feed(kestu_edit_t *edit, cons
 
 /*
  * As kestu_edit_feed with what the input of `edit` holds now, up to the end of the line; what
- * follows stays in the input. Waits when there is nothing. An input that ends amid a line gives
- * what is there, and `state` then is KESTU_EDIT_LINE. KESTU_ERR_READ (120031) ends the line.
+ * follows stays in the input. Waits when there is nothing. A file or pipe that ends amid a line
+ * gives what is there, and `state` then is KESTU_EDIT_LINE; what was typed at a terminal that hangs
+ * up is no line. KESTU_ERR_READ (120031) ends the line.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_edit_read(kestu_edit_t *edit, int *state);
 
 /*
  * Reads a line: begins it on `edit` with `prompt` and `flags`, reads until its end, and stops the
  * process for Ctrl-Z. `state` is that of kestu_edit_read, never KESTU_EDIT_MORE or
- * KESTU_EDIT_SUSPENDED. Follows the size of the window. Errors are those of kestu_edit_begin and
- * kestu_edit_read.
+ * KESTU_EDIT_SUSPENDED. Follows the size of the window: at the next key, or at once where SIGWINCH
+ * has a handler. Errors are those of kestu_edit_begin and kestu_edit_read.
  */
 KESTU_API KESTU_MUST_USE kestu_error_t *kestu_edit_readline(kestu_edit_t *edit, const char *prompt,
                                                             int flags, int *state);
@@ -205,8 +206,8 @@ KESTU_API KESTU_MUST_USE kestu_error_t *kestu_edit_set_line(kestu_edit_t *edit, 
 KESTU_API void kestu_edit_end(kestu_edit_t *edit);
 
 /*
- * Puts the terminal of `edit` back, from a signal handler too: for programs that are about to end.
- * Null does nothing.
+ * Puts the terminal of `edit` back, from a signal handler too: for programs that are about to end,
+ * or to stop. kestu_edit_readline takes it up again when the handler returns. Null does nothing.
  */
 KESTU_API void kestu_edit_restore(const kestu_edit_t *edit);
 

@@ -29,8 +29,9 @@ kestu_error_t *wrapped(kestu_error_t *err, const char *message = "Cannot edit th
 }
 
 // Stops the process, as the terminal would have done at Ctrl-Z.
-kestu_error_t *suspend(Editor &editor) {
+kestu_error_t *suspend(Editor &editor, int &state) {
     raise(SIGTSTP);
+    state = KESTU_EDIT_MORE;
     return editor.show();
 }
 
@@ -86,13 +87,13 @@ kestu_error_t *kestu_edit_readline(kestu_edit_t *edit, const char *prompt, int f
     Editor &editor = edit->editor;
     kestu_error_t *err = editor.begin(prompt, flags);
     *state = KESTU_EDIT_MORE;
-    while (!err && (*state == KESTU_EDIT_MORE || *state == KESTU_EDIT_SUSPENDED)) {
-        editor.terminal.wait();
-        err = editor.follow_size();
-        if (!err)
+    while (!err && *state == KESTU_EDIT_MORE) {
+        const bool ready = editor.terminal.wait();
+        err = editor.follow_terminal();
+        if (!err && ready)
             err = editor.read(*state);
         if (!err && *state == KESTU_EDIT_SUSPENDED)
-            err = suspend(editor);
+            err = suspend(editor, *state);
     }
     if (err)
         editor.end();

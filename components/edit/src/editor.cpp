@@ -147,8 +147,13 @@ kestu_error_t *Editor::read(int &state) {
             end();
             return err;
         }
+        if (at_end && !is_plain()) { // nobody is there to draw for
+            end();
+            state = KESTU_EDIT_END;
+            return nullptr;
+        }
         if (at_end)
-            state = line.text().empty() && pasted_.empty() ? KESTU_EDIT_END : KESTU_EDIT_LINE;
+            state = pasted_.empty() ? KESTU_EDIT_END : KESTU_EDIT_LINE;
         else if (got)
             state = take(static_cast<unsigned char>(byte));
         if (!got || (state == KESTU_EDIT_MORE && !terminal.has_more()))
@@ -229,7 +234,13 @@ kestu_error_t *Editor::resize(size_t columns, size_t rows) {
     return active_ ? paint() : nullptr;
 }
 
-kestu_error_t *Editor::follow_size() {
+// A handler that stops the process has put the terminal back, and others have written to it since.
+kestu_error_t *Editor::follow_terminal() {
+    if (terminal.is_interactive() && !terminal.is_entered()) {
+        if (!out_.append("\r\x1b[J"))
+            no_memory_ = true;
+        return show();
+    }
     size_t columns;
     size_t rows;
     if (is_plain() || !terminal.measure(columns, rows) ||

@@ -43,7 +43,7 @@ class Editor {
     kestu_error_t *hide();
     kestu_error_t *show();
     kestu_error_t *resize(size_t columns, size_t rows);
-    kestu_error_t *follow_size(); // of the terminal, when it has changed
+    kestu_error_t *follow_terminal(); // when its size or its settings have changed
     kestu_error_t *set_line(std::string_view text);
     const char *take_output(size_t &length);
     void end();

@@ -61,8 +61,11 @@ void Terminal::leave() const {
         return;
     entered_ = 0;
     const int kept = errno;
-    static_cast<void>(::write(out_, pastes_off.data(), pastes_off.size()) > 0);
-    tcsetattr(in_, TCSADRAIN, &before_);
+    const pid_t front = tcgetpgrp(in_); // a terminal that others have now is theirs to set
+    if (front < 0 || front == getpgrp()) {
+        static_cast<void>(::write(out_, pastes_off.data(), pastes_off.size()) > 0);
+        tcsetattr(in_, TCSADRAIN, &before_);
+    }
     errno = kept;
 }
 
@@ -105,8 +108,17 @@ bool Terminal::has_more() const {
     return poll_for(in_, POLLIN, 0);
 }
 
-void Terminal::wait() const {
-    poll_for(in_, POLLIN, -1);
+// Signals wait until the sleep begins, so that it sees what they do.
+bool Terminal::wait() const {
+    sigset_t all;
+    sigset_t before;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &before);
+    pollfd polled = {.fd = in_, .events = POLLIN, .revents = 0};
+    const bool is_put_back = interactive_ && !entered_;
+    const bool ready = !is_put_back && (ppoll(&polled, 1, nullptr, &before) >= 0 || errno != EINTR);
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    return ready;
 }
 
 } // namespace kestu::edit

@@ -35,8 +35,11 @@ class Terminal {
     [[nodiscard]] kestu_error_t *read(char &byte, bool &got, bool &at_end);
     bool has_more() const;
 
-    // Sleeps until there is input or a signal came.
-    void wait() const;
+    // Whether it is ours: until leave(), which a handler may have called.
+    bool is_entered() const { return entered_ != 0; }
+
+    // Sleeps until there is input; false when a signal came first, or has put the terminal back.
+    bool wait() const;
 
   private:
     int in_ = -1;

@@ -7,6 +7,7 @@
 
 namespace kestu::test {
 
+// Apart from support/screen.hpp: the core is tested without widths, styles and utf8proc.
 class Paper {
   public:
     Paper(size_t columns, size_t rows) : columns_(columns), rows_(rows, Row(columns)) {}

@@ -80,15 +80,47 @@ TEST_F(EditTerminal, TheWindowMayChangeItsSizeAmidALine) {
 // The shell that would take the process up again is the test.
 TEST_F(EditTerminal, StopsAndGoesOn) {
     start([] {
-        signal(SIGTSTP, [](int) { Terminal::report("stopped"); });
+        signal(SIGTSTP, [](int) {
+            kestu_edit_restore(edit);
+            Terminal::report("stopped");
+        });
         read_lines();
     });
     expect("half", "> half|");
     terminal.type("\x1a");
     EXPECT_EQ(terminal.wait_for_report(), "stopped");
     terminal.wait_for_text("> half|");
-    terminal.type("!\r");
+    // From outside, amid the line.
+    terminal.signal(SIGTSTP);
+    EXPECT_EQ(terminal.wait_for_report(), "stopped");
+    expect("!", "> half!|");
+    EXPECT_NE(described(terminal.settings()), before);
+    terminal.type("\x04\r");
     EXPECT_EQ(terminal.wait_for_report(), "1 half!");
+}
+
+// Half a line must not be run because somebody has closed a window.
+TEST_F(EditTerminal, AHangUpIsTheEndAndNoLine) {
+    static int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    start([] {
+        signal(SIGHUP, SIG_IGN);
+        kestu_error_clear(kestu_edit_create(&edit, 0, 1, nullptr));
+        for (int i = 0; i < 2; ++i) {
+            int state = -1;
+            kestu_error_t *err = kestu_edit_readline(edit, "> ", 0, &state);
+            dprintf(ends[1], "%c", err ? '0' + err->code % 10 : 'a' + state);
+            kestu_error_clear(err);
+        }
+    });
+    expect("half", "> half|");
+    terminal.hang_up();
+    char told[2] = {};
+    for (char &one : told)
+        ASSERT_EQ(read(ends[0], &one, 1), 1);
+    EXPECT_EQ(std::string(told, 2), "c1");
+    close(ends[0]);
+    close(ends[1]);
 }
 
 TEST_F(EditTerminal, AHandlerPutsTheTerminalBack) {

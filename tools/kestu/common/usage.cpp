@@ -59,6 +59,8 @@ std::string reworded(const CLI::App &command, const CLI::ParseError &error) {
         return replaced(message, " excludes ", " cannot be used with ");
     if (dynamic_cast<const CLI::RequiresError *>(&error))
         return replaced(message, " requires ", " needs ");
+    if (dynamic_cast<const CLI::RequiredError *>(&error) && !command.get_subcommands({}).empty())
+        return quoted(path_of(command)) + " needs a command";
     if (!dynamic_cast<const CLI::ArgumentMismatch *>(&error))
         return message;
     const CLI::Option *option = command.get_option_no_throw(message.substr(0, message.find(':')));
@@ -75,8 +77,11 @@ const CLI::App &chosen(const CLI::App &app) {
 }
 
 bool lacks_command(const CLI::App &app) {
-    const CLI::App &command = chosen(app);
-    return !command.get_subcommands({}).empty() && app.remaining(true).empty();
+    return !chosen(app).get_subcommands({}).empty() && app.remaining(true).empty();
+}
+
+bool names_no_command(const CLI::App &app) {
+    return !chosen(app).get_subcommands({}).empty() && !app.remaining(true).empty();
 }
 
 std::string fault_in_usage(const CLI::App &app, const CLI::ParseError &error) {

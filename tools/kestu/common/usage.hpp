@@ -13,6 +13,9 @@ const CLI::App &chosen(const CLI::App &app);
 // Whether the words end where a command is expected.
 bool lacks_command(const CLI::App &app);
 
+// Whether a word stands there that is none.
+bool names_no_command(const CLI::App &app);
+
 // What is wrong, in one line that tells where help is to be found.
 std::string fault_in_usage(const CLI::App &app, const CLI::ParseError &error);
 

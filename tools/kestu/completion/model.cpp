@@ -34,10 +34,11 @@ CompletedOption option_of(const CLI::Option &option) {
 CompletedValue argument_of(const CLI::App &command) {
     CompletedValue value;
     for (const CLI::Option *option : command.get_options())
-        if (option->get_positional())
-            value =
-                value_named(words_of(option->get_type_name()).empty() ? option->get_name(true)
-                                                                      : option->get_type_name());
+        if (option->get_positional()) {
+            value = value_named(option->get_type_name());
+            if (value.kind == CompletedValue::other)
+                value = value_named(option->get_name(true));
+        }
     return value;
 }
 

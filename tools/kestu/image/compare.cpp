@@ -189,8 +189,12 @@ void compare(const CompareOptions &options, Outcome &outcome) {
 void add_compare(CLI::App &image, Outcome &outcome) {
     CLI::App *command = image.add_subcommand("compare", "Tell how far two pictures differ");
     auto options = std::make_shared<CompareOptions>();
-    command->add_option("A", options->first, "A picture; - is standard input")->required();
-    command->add_option("B", options->second, "Another one of the same size")->required();
+    command->add_option("A", options->first, "A picture; - is standard input")
+        ->required()
+        ->type_name("FILE");
+    command->add_option("B", options->second, "Another one of the same size")
+        ->required()
+        ->type_name("FILE");
     command->add_option("--out", options->out, "Write the differences to this picture")
         ->type_name("FILE");
     add_picture_options(*command, options->picture);

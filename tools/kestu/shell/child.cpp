@@ -57,7 +57,7 @@ int wait_for(pid_t child) {
     if (signal == SIGINT)
         std::fputc('\n', stderr);
     else if (signal != SIGPIPE) // which is how "| head" ends it
-        std::fprintf(stderr, "kestu: the command was ended: %s\n", strsignal(signal));
+        say(std::string("the command was ended: ") + strsignal(signal));
     return died_of_signal + signal;
 }
 
@@ -85,7 +85,7 @@ int run_in_child(const std::vector<std::string> &arguments, bool keeps_input) {
         run_here(arguments, keeps_input);
     if (child > 0)
         return wait_for(child);
-    std::fprintf(stderr, "kestu: the command cannot be started: %s\n", std::strerror(errno));
+    say(std::string("the command cannot be started: ") + std::strerror(errno));
     return exit_failure;
 }
 

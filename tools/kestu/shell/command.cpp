@@ -13,13 +13,14 @@ other shells, # begins a comment, and *, ? and [ stand for files. > FILE, >> FIL
 take a command's output elsewhere. cd, pwd, history, help and exit are the shell's own.
 
 At the prompt the keys of other shells edit the line: Ctrl-A, Ctrl-E, Ctrl-W, Ctrl-Y, Ctrl-R
-and so on; Tab completes commands and files, Up and Down recall earlier lines that begin as
-this one, Ctrl-C gives the line up, Ctrl-D leaves. While a command runs Ctrl-C ends it, and
-the shell goes on. Earlier lines are kept in $XDG_STATE_HOME/kestu/history, or
+and so on; Tab completes commands, options, values and files, Up and Down recall earlier lines
+that begin as this one, Ctrl-C gives the line up, Ctrl-D leaves. While a command runs Ctrl-C
+ends it, and the shell goes on. Earlier lines are kept in $XDG_STATE_HOME/kestu/history, or
 ~/.local/state/kestu/history.
 
 A script (kestu shell FILE, or #!/usr/bin/env -S kestu shell) is run without prompt and history,
-and so is what comes in through a pipe, of which commands read nothing. The exit status is that
+and so is what comes in through a pipe, of which commands read nothing. Messages name the script
+and the line on which their command begins. The exit status is that
 of the last command that failed, 0 if none did; --stop ends at the first.)";
 
 // Commands of a shell run in copies of its process, which remember it.

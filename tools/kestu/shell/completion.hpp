@@ -4,12 +4,13 @@
 #include "kestu_edit.h"
 
 #include <string>
-#include <vector>
 
 namespace program {
 
-// Proposes commands for the first word, and files for the others.
-void complete(kestu_edit_proposals_t *proposals, const std::string &front,
-              const std::vector<std::string> &commands);
+class Shell;
+
+// Proposes what may stand at the end of `front`: commands, options and values as the parser knows
+// them, and files.
+void complete(kestu_edit_proposals_t *proposals, const std::string &front, const Shell &shell);
 
 } // namespace program

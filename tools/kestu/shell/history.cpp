@@ -1,8 +1,7 @@
 #include "shell/history.hpp"
 
-#include "common/text.hpp"
+#include "program.hpp"
 
-#include <cstdio>
 #include <cstdlib>
 
 #include <sys/stat.h>
@@ -50,12 +49,12 @@ void History::check(kestu_error_t *err) {
     if (!err)
         return;
     const char *message = kestu_error_root_cause(err)->message;
-    give_up(message ? printable(message) : "no memory");
+    give_up(message ? message : "no memory");
     kestu_error_clear(err);
 }
 
 void History::give_up(const std::string &reason) {
-    std::fprintf(stderr, "kestu: %s; the history is not kept\n", reason.c_str());
+    say(reason + "; the history is not kept");
     path_.clear();
 }
 

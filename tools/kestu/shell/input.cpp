@@ -3,6 +3,7 @@
 #include "common/text.hpp"
 #include "program.hpp"
 #include "shell/completion.hpp"
+#include "shell/shell.hpp"
 #include "shell/signals.hpp"
 
 #include <cerrno>
@@ -36,37 +37,59 @@ void begin_row() {
     std::fflush(stdout);
 }
 
-constexpr int endings[] = {SIGTERM, SIGHUP, SIGINT, SIGQUIT};
 const kestu_edit_t *at_prompt = nullptr;
 
-// The terminal is put back before the signal does what it does without a handler.
-void end_by(int signal) {
+// The terminal is put back before the signal does what it does without a handler. One that stops
+// comes back here, and the editor takes the terminal up again.
+void end_or_stop_by(int signal) {
+    const int kept = errno;
     kestu_edit_restore(at_prompt);
-    struct sigaction usual = {};
+    struct sigaction usual = {}, ours = {};
     usual.sa_handler = SIG_DFL;
-    sigaction(signal, &usual, nullptr);
+    sigaction(signal, &usual, &ours);
     raise(signal);
+    sigaction(signal, &ours, nullptr);
+    errno = kept;
 }
 
-// While it lives, the terminal is put back before a signal ends the program.
+// What stopped without a word may find the terminal in other hands.
+void take_up(int) {
+    kestu_edit_restore(at_prompt);
+}
+
+constexpr struct {
+    int signal;
+    void (*handler)(int);
+} at_the_prompt[] = {
+    {SIGTERM, end_or_stop_by}, {SIGHUP, end_or_stop_by},  {SIGINT, end_or_stop_by},
+    {SIGQUIT, end_or_stop_by}, {SIGTSTP, end_or_stop_by}, {SIGCONT, take_up},
+    {SIGWINCH, [](int) {}}, // wakes the editor
+};
+
+// While it lives, signals that end or stop the program find the terminal as it was. What is ignored
+// stays so.
 class Guarded {
   public:
     explicit Guarded(const kestu_edit_t *editor) {
         at_prompt = editor;
-        struct sigaction ending = {};
-        ending.sa_handler = end_by;
-        for (size_t i = 0; i < std::size(endings); ++i)
-            sigaction(endings[i], &ending, &before_[i]);
+        for (size_t i = 0; i < std::size(at_the_prompt); ++i) {
+            struct sigaction action = {};
+            action.sa_handler = at_the_prompt[i].handler;
+            action.sa_flags = SA_NODEFER;
+            sigaction(at_the_prompt[i].signal, nullptr, &before_[i]);
+            if (before_[i].sa_handler != SIG_IGN)
+                sigaction(at_the_prompt[i].signal, &action, nullptr);
+        }
     }
     ~Guarded() {
-        for (size_t i = 0; i < std::size(endings); ++i)
-            sigaction(endings[i], &before_[i], nullptr);
+        for (size_t i = 0; i < std::size(at_the_prompt); ++i)
+            sigaction(at_the_prompt[i].signal, &before_[i], nullptr);
     }
     Guarded(const Guarded &) = delete;
     Guarded &operator=(const Guarded &) = delete;
 
   private:
-    struct sigaction before_[std::size(endings)];
+    struct sigaction before_[std::size(at_the_prompt)];
 };
 
 kestu_edit_t *new_editor() {
@@ -80,13 +103,12 @@ kestu_edit_t *new_editor() {
 
 } // namespace
 
-Typed::Typed(std::vector<std::string> commands)
-    : editor_(new_editor()), history_(editor_), commands_(std::move(commands)) {
+Typed::Typed(Shell &shell) : editor_(new_editor()), history_(editor_) {
     const auto propose = [](kestu_edit_proposals_t *proposals, const char *line, size_t,
                             size_t cursor, void *baton) {
-        complete(proposals, {line, cursor}, *static_cast<std::vector<std::string> *>(baton));
+        complete(proposals, {line, cursor}, *static_cast<const Shell *>(baton));
     };
-    kestu_edit_on_complete(editor_, propose, &commands_);
+    kestu_edit_on_complete(editor_, propose, &shell);
 }
 
 Typed::~Typed() {

@@ -7,9 +7,10 @@
 #include <memory>
 #include <string>
 #include <utility>
-#include <vector>
 
 namespace program {
+
+class Shell;
 
 enum class Read {
     line,
@@ -21,8 +22,8 @@ enum class Read {
 // A person, with the library's line editor, on standard input and output.
 class Typed {
   public:
-    // Completes the first words of commands from `commands`, and all others to files.
-    explicit Typed(std::vector<std::string> commands);
+    // Completes what `shell` takes, which outlives it.
+    explicit Typed(Shell &shell);
     ~Typed();
     Typed(const Typed &) = delete;
     Typed &operator=(const Typed &) = delete;
@@ -36,7 +37,6 @@ class Typed {
   private:
     kestu_edit_t *editor_;
     History history_;
-    std::vector<std::string> commands_;
 };
 
 // A script, line by line: a file, a text, or standard input, of which commands take nothing then.

@@ -1,6 +1,7 @@
 #include "shell/shell.hpp"
 
 #include "common/text.hpp"
+#include "program.hpp"
 #include "shell/child.hpp"
 #include "shell/input.hpp"
 #include "shell/redirection.hpp"
@@ -27,8 +28,9 @@ constexpr const char *program_name = "kestu";
 
 constexpr struct {
     const char *name, *description;
+    CompletedValue::Kind argument = CompletedValue::none;
 } own_commands[] = {
-    {"cd", "Go to a folder, or home"},
+    {"cd", "Go to a folder, or home", CompletedValue::folders},
     {"pwd", "Print the folder"},
     {"history", "Print earlier lines"},
     {"help", "List the commands, or describe one: help image info"},
@@ -41,12 +43,19 @@ bool is_own(const std::string &name) {
                        [&](const auto &command) { return command.name == name; });
 }
 
-std::vector<Command> all_commands() {
-    std::vector<Command> all = commands();
-    std::erase_if(all, [](const Command &command) { return is_own(command.name); });
-    for (const auto &[name, description] : own_commands)
-        all.push_back({name, description});
-    return all;
+// The shell's own stand last. What may follow "help" is the program's.
+CompletedCommand all_commands() {
+    CompletedCommand root = commands();
+    std::vector<CompletedCommand> &all = root.commands;
+    for (const auto &[name, description, argument] : own_commands) {
+        CompletedCommand own{name, name, description, {}, {}, {argument, "", {}}};
+        for (CompletedCommand &command : all)
+            if (command.name == name)
+                own.commands.swap(command.commands);
+        std::erase_if(all, [&](const CompletedCommand &command) { return command.name == name; });
+        all.push_back(std::move(own));
+    }
+    return root;
 }
 
 // A paste may hold several commands.
@@ -62,7 +71,7 @@ int talk() {
     std::printf("kestu %s. Type help for the commands, Ctrl-D to leave.\n", kestu_version_string());
     const KeysForCommands keys;
     Shell shell(true);
-    Typed typed(shell.names());
+    Typed typed(shell);
     shell.set_history(typed.editor());
     std::string text;
     while (!shell.left()) {
@@ -89,9 +98,10 @@ int follow(Script &script, bool commands_read, bool stop) {
         const Read read = script.read(line);
         if (read == Read::failed)
             return exit_failure;
-        shell.set_place(script.place());
         if (read == Read::end)
             break;
+        if (!shell.incomplete()) // a command stands where it begins
+            set_place(script.place());
         shell.take(line);
     }
     if (!shell.left() && shell.incomplete())
@@ -120,15 +130,8 @@ void Shell::take(const std::string &line) {
     run_words(std::move(command), words_.take_rest());
 }
 
-std::vector<std::string> Shell::names() const {
-    std::vector<std::string> names;
-    for (const Command &command : table_.all())
-        names.push_back(command.name);
-    return names;
-}
-
 void Shell::fail(const std::string &message, int status) {
-    Outcome().fail(place_ + message);
+    Outcome().fail(message);
     status_ = status;
 }
 
@@ -141,6 +144,8 @@ void Shell::run_words(std::vector<std::string> command, const std::string &rest)
     const std::string &name = command[0];
     if (!is_own(name) && !name.starts_with('-') && !table_.find(name))
         return refuse(name);
+    if (!rest.empty() && rest.find_first_not_of(" \t\r|>") == rest.npos)
+        return fail("nothing stands behind '" + rest + "'", exit_usage);
     Redirection redirection(rest);
     const int status = run_command(command);
     const int taken = redirection.finish();
@@ -173,7 +178,7 @@ void Shell::run_own(const std::vector<std::string> &command) {
     if (name == "history")
         print_history();
     else if (name == "pwd")
-        std::printf("%s\n", std::filesystem::current_path().c_str());
+        print_folder();
     else
         leaving_ = true;
 }
@@ -192,12 +197,26 @@ void Shell::leave(const std::vector<std::string> &command) {
 }
 
 void Shell::change_folder(const std::vector<std::string> &command) {
-    const char *home = std::getenv("HOME");
-    const std::string folder = command.size() > 1 ? command[1] : home ? home : "/";
     if (command.size() > 2)
-        fail("cd takes one folder", exit_usage);
-    else if (chdir(folder.c_str()) != 0)
-        fail(printable(folder.c_str()) + ": " + std::strerror(errno), exit_failure);
+        return fail("cd takes one folder", exit_usage);
+    const char *home = std::getenv("HOME");
+    std::string folder = command.size() > 1 ? command[1] : home ? home : "/";
+    if (folder == "-" && !folder_before_.empty())
+        folder = folder_before_;
+    std::error_code gone;
+    const std::string here = std::filesystem::current_path(gone);
+    if (chdir(folder.c_str()) != 0)
+        return fail(printable(folder.c_str()) + ": " + std::strerror(errno), exit_failure);
+    folder_before_ = here;
+}
+
+void Shell::print_folder() {
+    std::error_code gone;
+    const std::string here = std::filesystem::current_path(gone);
+    if (gone)
+        fail("the folder: " + gone.message(), exit_failure);
+    else
+        std::printf("%s\n", here.c_str());
 }
 
 void Shell::print_history() const {
@@ -207,7 +226,7 @@ void Shell::print_history() const {
 }
 
 void Shell::refuse(const std::string &name) {
-    const Command *nearest = table_.nearest(name);
+    const CompletedCommand *nearest = table_.nearest(name);
     fail("no command '" + printable(name.c_str()) + "'; " +
              (nearest ? "did you mean '" + nearest->name + "'?" : "help lists the commands"),
          exit_usage);
@@ -216,14 +235,14 @@ void Shell::refuse(const std::string &name) {
 void Shell::help(std::vector<std::string> names) {
     if (names.empty())
         return list();
-    const Command *command = table_.find(names[0]);
+    const CompletedCommand *command = table_.find(names[0]);
     if (!command)
         return refuse(names[0]);
     if (is_own(command->name)) {
         std::printf("%s\n", command->description.c_str());
         return;
     }
-    names.emplace_back("--help");
+    names.insert(names.begin(), "help");
     if (const int status = run_in_child(names, keeps_input_); status != exit_ok)
         status_ = status;
 }
@@ -231,9 +250,9 @@ void Shell::help(std::vector<std::string> names) {
 // A shell in a shell is refused, and so not offered.
 void Shell::list() const {
     size_t width = 0;
-    for (const Command &command : table_.all())
+    for (const CompletedCommand &command : table_.all())
         width = std::max(width, command.name.size());
-    for (const Command &command : table_.all())
+    for (const CompletedCommand &command : table_.all())
         if (command.name != "shell")
             std::printf("  %-*s  %s\n", static_cast<int>(width), command.name.c_str(),
                         command.description.c_str());

@@ -24,14 +24,12 @@ class Shell {
     bool incomplete() const { return words_.incomplete(); }
     void forget();
 
-    // The names of all commands.
-    std::vector<std::string> names() const;
+    // What may be typed: the program with the shell's own commands, and the words that are there.
+    const CompletedCommand &root() const { return table_.root(); }
+    const Words &words() const { return words_; }
 
     // Where the lines of `history` come from; none without it.
     void set_history(const kestu_edit_t *editor) { history_ = editor; }
-
-    // What stands in front of messages: the script and its line.
-    void set_place(const std::string &place) { place_ = place; }
 
     // Whether a command has asked to leave.
     bool left() const { return leaving_; }
@@ -52,13 +50,14 @@ class Shell {
     void list() const;
     void leave(const std::vector<std::string> &command);
     void change_folder(const std::vector<std::string> &command);
+    void print_folder();
     void print_history() const;
 
     CommandTable table_;
     Words words_;
     bool keeps_input_;
     const kestu_edit_t *history_ = nullptr;
-    std::string place_;
+    std::string folder_before_; // which "cd -" goes back to
     bool leaving_ = false;
     int status_ = 0;
     int asked_ = 0;

@@ -7,9 +7,9 @@
 
 namespace program {
 
-CommandTable::CommandTable(std::vector<Command> all) : commands_(std::move(all)) {
+CommandTable::CommandTable(CompletedCommand root) : root_(std::move(root)) {
     kestu_error_t *err = kestu_triem_create(&trie_);
-    for (Command &command : commands_)
+    for (CompletedCommand &command : root_.commands)
         if (!err)
             err = kestu_triem_insert(trie_, command.name.data(), command.name.size(), &command);
     if (!err)
@@ -19,13 +19,14 @@ CommandTable::CommandTable(std::vector<Command> all) : commands_(std::move(all))
     throw std::bad_alloc();
 }
 
-const Command *CommandTable::find(const std::string &name) const {
-    return static_cast<const Command *>(kestu_trie_search(trie_, name.data(), name.size()));
+const CompletedCommand *CommandTable::find(const std::string &name) const {
+    return static_cast<const CompletedCommand *>(
+        kestu_trie_search(trie_, name.data(), name.size()));
 }
 
-const Command *CommandTable::nearest(const std::string &name) const {
+const CompletedCommand *CommandTable::nearest(const std::string &name) const {
     std::vector<std::string> names;
-    for (const Command &command : commands_)
+    for (const CompletedCommand &command : all())
         names.push_back(command.name);
     const std::string *found = program::nearest(name, names);
     return found ? find(*found) : nullptr;

@@ -1,7 +1,7 @@
 // The commands of the shell by name.
 #pragma once
 
-#include "program.hpp"
+#include "completion/model.hpp"
 
 #include "kestu_trie.h"
 
@@ -12,22 +12,24 @@ namespace program {
 
 class CommandTable {
   public:
-    explicit CommandTable(std::vector<Command> commands);
+    // The table of those below `root`.
+    explicit CommandTable(CompletedCommand root);
     ~CommandTable() { kestu_triem_destroy(&trie_); }
     CommandTable(const CommandTable &) = delete;
     CommandTable &operator=(const CommandTable &) = delete;
 
-    const std::vector<Command> &all() const { return commands_; }
+    const CompletedCommand &root() const { return root_; }
+    const std::vector<CompletedCommand> &all() const { return root_.commands; }
 
     // The command with this name, or null.
-    const Command *find(const std::string &name) const;
+    const CompletedCommand *find(const std::string &name) const;
 
     // The command whose name is most like `name`, or null when none is like it.
-    const Command *nearest(const std::string &name) const;
+    const CompletedCommand *nearest(const std::string &name) const;
 
   private:
-    std::vector<Command> commands_;
-    kestu_trie_t *trie_ = nullptr; // to the entries of `commands`
+    CompletedCommand root_;
+    kestu_trie_t *trie_ = nullptr; // to its commands
 };
 
 } // namespace program

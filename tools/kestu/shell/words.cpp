@@ -26,9 +26,11 @@ std::vector<std::string> files_like(const std::string &pattern) {
 
 } // namespace
 
-void Words::begin_word() {
-    if (state_ == State::between)
+void Words::begin_word(size_t at) {
+    if (state_ == State::between) {
         words_.emplace_back();
+        begin_ = at;
+    }
     state_ = State::inside;
 }
 
@@ -62,7 +64,7 @@ size_t Words::take_plain(const std::string &row, size_t at) {
         goes_on_ = true;
         return at + 1;
     }
-    begin_word();
+    begin_word(at);
     if (c == '\\')
         put(row[++at], false);
     else if (c == '\'')
@@ -74,8 +76,9 @@ size_t Words::take_plain(const std::string &row, size_t at) {
     return at + 1;
 }
 
-void Words::add(const std::string &row) {
+void Words::scan(const std::string &row) {
     goes_on_ = false;
+    begin_ = row.npos;
     for (size_t at = 0; at < row.size();) {
         const char c = row[at];
         if (state_ == State::between || state_ == State::inside) {
@@ -91,10 +94,44 @@ void Words::add(const std::string &row) {
             put(escapes ? row[++at] : c, false);
         ++at;
     }
+}
+
+void Words::add(const std::string &row) {
+    scan(row);
     if (state_ == State::inside && !goes_on_)
         end_word();
     else if (state_ == State::single || state_ == State::quoted)
         put('\n', false);
+}
+
+TypedWords Words::typed(const std::string &text) const {
+    Words words = *this;
+    size_t begin = 0;
+    for (size_t end; (end = text.find('\n', begin)) != text.npos; begin = end + 1) {
+        words.add(text.substr(begin, end - begin));
+        if (!words.incomplete())
+            words = Words();
+    }
+    const std::string row = text.substr(begin);
+    words.scan(row);
+    TypedWords typed;
+    typed.begin = text.size() - (words.goes_on_ ? 1 : 0);
+    typed.behind_command = !words.rest_.empty();
+    if (typed.behind_command) {
+        typed.last = words.rest_.substr(words.rest_.find_last_of(" \t|>") + 1);
+        typed.begin -= typed.last.size();
+    } else if (words.state_ != State::between) {
+        typed.last = std::move(words.words_.back().text);
+        words.words_.pop_back();
+        // A word that began in another row is left alone.
+        typed.begin = words.begin_ == row.npos ? text.npos : begin + words.begin_;
+        typed.quote = words.state_ == State::quoted   ? '"'
+                      : words.state_ == State::single ? '\''
+                                                      : '\0';
+    }
+    for (Word &word : words.words_)
+        typed.before.push_back(std::move(word.text));
+    return typed;
 }
 
 std::vector<std::string> Words::take() {
