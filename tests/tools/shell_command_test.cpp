@@ -64,7 +64,7 @@ TEST_F(ShellSession, EditsLinesAndRunsThem) {
     // What Tab completes, words in quotes and behind backslashes too.
     mkdir((state / "a folder").c_str(), 0700);
     state.write("a 'file'", "");
-    terminal.type("\x15" + ("cd " + state.path) + enter);
+    expect("\x15" + ("cd " + state.path) + enter, "\nkestu> |");
     constexpr std::pair<const char *, const char *> completed[] = {
         {"--ver", "--ver|\n--version  --verbose"},
         {"kestu --version --verb", "kestu --version --verbose |"},

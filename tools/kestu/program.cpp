@@ -199,7 +199,7 @@ int run(const std::vector<std::string> &arguments) {
     CLI::App app(description);
     set_up(app, outcome);
     parse(app, arguments, outcome);
-    errno = 0;
+    errno = print_failure();
     if (std::fflush(stdout) != 0 || std::ferror(stdout))
         outcome.fail(std::string("standard output: cannot write") +
                      (errno ? std::string(": ") + std::strerror(errno) : ""));

@@ -2,11 +2,17 @@
 
 #include "kestu_str.h"
 
+#include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 
 namespace program {
+namespace {
+
+int failure = 0;
+
+} // namespace
 
 std::string text(const char *format, ...) {
     va_list args;
@@ -28,7 +34,12 @@ void add_field(std::string &page, const char *field, const std::string &value) {
 }
 
 void print(const std::string &what) {
-    std::fwrite(what.data(), 1, what.size(), stdout);
+    if (std::fwrite(what.data(), 1, what.size(), stdout) != what.size() && failure == 0)
+        failure = errno;
+}
+
+int print_failure() {
+    return failure;
 }
 
 std::string printable(const char *what) {

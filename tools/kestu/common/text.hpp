@@ -23,6 +23,9 @@ void add_field(std::string &page, const char *field, const std::string &value);
 // Writes to standard output, zero bytes included. Failures show when the program ends.
 void print(const std::string &what);
 
+// Why it could not, the first time that it could not: a value of errno, or 0.
+int print_failure();
+
 // `what` as it can be shown on a terminal: control characters stand as "\x1b".
 std::string printable(const char *what);
 
