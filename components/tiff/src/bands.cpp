@@ -175,6 +175,8 @@ uint32_t Bands::rows_together(uint32_t first, uint32_t most) const {
 
 kestu_error_t *Bands::read_into(uint32_t first, void *const *rows, uint32_t &count) {
     const Page &page = *page_;
+    if (page.info.tiled)
+        return read_tiles_into(first, rows, count);
     const uint32_t in_strip = first % page.block_height;
     const bool swapped = page.info.bits == 16 && TIFFIsByteSwapped(handle_->tiff());
     // Rows to swap are few, so that they still are in the cache.

@@ -13,8 +13,9 @@ class Bands {
     // Finds the row after the last one that was asked for, or the row 0.
     [[nodiscard]] kestu_error_t *find(uint32_t row, RawRow &out);
 
-    // Reads rows of a direct page straight to their places: from `first` on, as many as are given
-    // and stand together in the file; `count` becomes their number.
+    // Reads rows of one plane, of a direct page or of tiles, straight to their places: from `first`
+    // on, as many as are given and stand together in the file. `count` becomes their number: 0 when
+    // they have to be found one by one, since tiles begin above or end below them.
     [[nodiscard]] kestu_error_t *read_into(uint32_t first, void *const *rows, uint32_t &count);
 
   private:
@@ -24,11 +25,14 @@ class Bands {
     [[nodiscard]] kestu_error_t *load_strip(uint32_t row);
     [[nodiscard]] kestu_error_t *load_scanline(uint32_t row);
     [[nodiscard]] kestu_error_t *load_tiles(uint32_t row);
+    template <typename Place>
+    [[nodiscard]] kestu_error_t *read_tiles(uint32_t row, Place place);
+    [[nodiscard]] kestu_error_t *read_tiles_into(uint32_t first, void *const *rows,
+                                                 uint32_t &count);
     [[nodiscard]] kestu_error_t *load_displayed(uint32_t row);
     [[nodiscard]] kestu_error_t *settle(bool read, const char *message, uint64_t pixels);
     [[nodiscard]] kestu_error_t *read_displayed(uint32_t row, uint32_t column, uint32_t rows);
     uint64_t strip_bytes_in_file(uint32_t strip) const;
-    void put_tile(const uint8_t *tile, uint32_t column, uint8_t *plane);
 
     uint64_t pixel_bits() const;
     uint32_t rows_together(uint32_t first, uint32_t most) const;

@@ -32,25 +32,19 @@ kestu_error_t *Bands::load_scanline(uint32_t row) {
     return settle(whole, "A strip cannot be decoded.", page_->width);
 }
 
-void Bands::put_tile(const uint8_t *tile, uint32_t column, uint8_t *plane) {
-    const Page &page = *page_;
-    const uint64_t stride = block_.size() / page.block_height;
-    const uint64_t at = column * pixel_bits() / 8;
-    const uint64_t bytes = std::min(stride, row_bytes_ - at);
-    for (uint32_t r = 0; r < rows_; ++r)
-        std::memcpy(plane + r * row_bytes_ + at, tile + r * stride, bytes);
-}
-
-kestu_error_t *Bands::load_tiles(uint32_t row) {
+// Row r of a channel of the tiles is put where `place(channel, r)` says.
+template <typename Place>
+kestu_error_t *Bands::read_tiles(uint32_t row, Place place) {
     const Page &page = *page_;
     const uint32_t rows = rows_from(row, page.block_height);
+    const uint64_t stride = block_.size() / page.block_height;
     for (int i = 0; i < planes_; ++i)
         for (uint64_t column = 0; column < page.width; column += page.block_width) {
             if (page.lenient)
                 std::memset(block_.data(), 0, block_.size());
-            const auto left = static_cast<uint32_t>(column);
-            const uint32_t tile = TIFFComputeTile(handle_->tiff(), left, row, 0,
-                                                  static_cast<uint16_t>(i + page.first_channel));
+            const uint32_t tile =
+                TIFFComputeTile(handle_->tiff(), static_cast<uint32_t>(column), row, 0,
+                                static_cast<uint16_t>(i + page.first_channel));
             const auto size = static_cast<tmsize_t>(block_.size());
             const bool whole =
                 TIFFReadEncodedTile(handle_->tiff(), tile, block_.data(), size) == size;
@@ -58,10 +52,25 @@ kestu_error_t *Bands::load_tiles(uint32_t row) {
                 rows * std::min<uint64_t>(page.block_width, page.width - column);
             if (kestu_error_t *err = settle(whole, "A tile cannot be decoded.", pixels))
                 return err;
-            put_tile(block_.data(), left, plane(i));
+            const uint64_t at = column * pixel_bits() / 8;
+            const uint64_t bytes = std::min(stride, row_bytes_ - at);
+            for (uint32_t r = 0; r < rows; ++r)
+                std::memcpy(place(i, r) + at, block_.data() + r * stride, bytes);
         }
-    end_ = row + rows;
     return nullptr;
+}
+
+kestu_error_t *Bands::load_tiles(uint32_t row) {
+    end_ = row + rows_from(row, page_->block_height);
+    return read_tiles(row, [this](int i, uint32_t r) { return plane(i) + r * row_bytes_; });
+}
+
+kestu_error_t *Bands::read_tiles_into(uint32_t first, void *const *rows, uint32_t &count) {
+    const uint32_t of_tiles = rows_from(first, page_->block_height);
+    const bool fit = first % page_->block_height == 0 && count >= of_tiles;
+    count = fit ? of_tiles : 0;
+    return fit ? read_tiles(first, [=](int, uint32_t r) { return static_cast<uint8_t *>(rows[r]); })
+               : nullptr;
 }
 
 // The luma of what libtiff would show: rows from the bottom, red in the lowest byte.

@@ -98,8 +98,21 @@ void Reader::turned_row(uint32_t row, void *out) const {
         gather<uint16_t>(page_.info, page_, turned_.data(), row, out);
 }
 
+// Whether rows of the file are rows of levels, in either byte order.
 bool Reader::reads_in_place() const {
-    return page_.direct && levels_.copies() && page_.info.orientation == 1 && !page_.lenient;
+    const bool has_rows = page_.direct || (page_.info.tiled && page_.colour != Colour::displayed);
+    return has_rows && levels_.copies() && page_.info.orientation == 1 && !page_.lenient;
+}
+
+kestu_error_t *Reader::read_rows(void *const *rows, uint32_t &count) {
+    if (reads_in_place()) {
+        kestu_error_t *err = bands_.read_into(next_, rows, count);
+        next_ = (next_ + count) % page_.info.height;
+        if (err || count > 0)
+            return err;
+    }
+    count = 1;
+    return row(rows[0]);
 }
 
 kestu_error_t *Reader::row(void *out) {
@@ -173,16 +186,9 @@ kestu_error_t *read_rows(Reader &reader, kestu_img_t &img, Level **&rows) {
                 return err;
         for (const size_t end = r + made; r < end;) {
             auto count = static_cast<uint32_t>(end - r);
-            kestu_error_t *err = nullptr;
-            if (reader.reads_in_place()) {
-                void *places[most];
-                std::copy_n(rows + r, count, places);
-                err = reader.read_into(static_cast<uint32_t>(r), places, count);
-            } else {
-                err = reader.row(rows[r]);
-                count = 1;
-            }
-            if (err)
+            void *places[most];
+            std::copy_n(rows + r, count, places);
+            if (kestu_error_t *err = reader.read_rows(places, count))
                 return err;
             r += count;
         }

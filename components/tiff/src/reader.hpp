@@ -12,12 +12,8 @@ class Reader {
     // The next row of levels; the first after the last.
     [[nodiscard]] kestu_error_t *row(void *out);
 
-    // Whether rows of the file are rows of levels, in either byte order, which are read straight to
-    // their places.
-    bool reads_in_place() const;
-    [[nodiscard]] kestu_error_t *read_into(uint32_t first, void *const *rows, uint32_t &count) {
-        return bands_.read_into(first, rows, count);
-    }
+    // The next rows of levels, of which there are `count` places; how many were read.
+    [[nodiscard]] kestu_error_t *read_rows(void *const *rows, uint32_t &count);
 
     Handle &handle() { return handle_; }
     const kestu_tiff_info_t &info() const { return page_.info; }
@@ -31,6 +27,7 @@ class Reader {
     [[nodiscard]] kestu_error_t *stretch();
     [[nodiscard]] kestu_error_t *stored_row(uint32_t row, void *out);
     [[nodiscard]] kestu_error_t *load_turned();
+    bool reads_in_place() const;
     void turned_row(uint32_t row, void *out) const;
 
     Handle handle_;

@@ -155,6 +155,7 @@ TEST(TiffLayouts, ColoursOrientationsAndSizes) {
         expect_read({.bits = bits, .photometric = PHOTOMETRIC_PALETTE});
     expect_read({.samples = 4, .photometric = PHOTOMETRIC_SEPARATED});
     expect_read({.samples = 4, .photometric = PHOTOMETRIC_SEPARATED, .rows = 16, .tile = 16});
+    expect_read({.mode = "wb", .bits = 16, .rows = 80, .tile = 16, .height = 600});
     expect_read({.samples = 3,
                  .photometric = PHOTOMETRIC_YCBCR,
                  .compression = COMPRESSION_JPEG,
