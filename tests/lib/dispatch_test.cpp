@@ -72,6 +72,8 @@ TEST(Dispatch, AFeatureCountsOnlyWithItsRegistersSaved) {
     all.permitted = 0;
     EXPECT_EQ(kestu_cpu_feature_state(&all, KESTU_CPU_FEATURE_AVX512BW), KESTU_CPU_ENABLED);
     EXPECT_EQ(kestu_cpu_feature_state(&all, KESTU_CPU_FEATURE_AMX_INT8), KESTU_CPU_PRESENT);
+    all.words[KESTU_CPU_FEATURE_AVX / 32] &= ~(1U << KESTU_CPU_FEATURE_AVX % 32);
+    EXPECT_EQ(kestu_cpu_feature_state(&all, KESTU_CPU_FEATURE_AVX2), KESTU_CPU_PRESENT);
 }
 
 TEST(Dispatch, ThreadsMayMeetAtTheFirstCall) {

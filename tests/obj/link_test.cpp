@@ -90,6 +90,25 @@ TEST_F(Links, AreCalledInTheirRoundsAndEndOneByOne) {
     release();
 }
 
+TEST_F(Links, ThatWaitForTheEndOfAnEmissionMayEndBefore) {
+    static kestu_link_t *waiting[3];
+    static char *const letters[] = {a, b, c};
+    const auto change = [](kestu_obj_t *from, uint32_t code, kestu_obj_t *to, void *,
+                           void *) -> kestu_error_t * {
+        for (int i = 0; i < 3; ++i)
+            EXPECT_OK(kestu_obj_link(from, code, to, note, letters[i], 0, &waiting[i]));
+        kestu_link_disconnect(waiting[1]);
+        EXPECT_FALSE(kestu_link_is_alive(waiting[1]));
+        return nullptr;
+    };
+    link(one, d, KESTU_LINK_ONCE, change);
+    EXPECT_EQ(emit(), "");
+    EXPECT_EQ(emit(), "ac");
+    for (kestu_link_t *&link : waiting)
+        kestu_link_release(&link);
+    release();
+}
+
 TEST_F(Links, TellWhatTheirSlotsFailedWith) {
     link(one, a);
     link(one, b, 0, refuse);
