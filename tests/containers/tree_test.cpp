@@ -27,7 +27,7 @@ std::string checked_shape(kestu_tree_t *any) {
         entry_found |= any->parent && any->parent->child == node;
         shape.append(shape.empty() ? "" : " ").append(std::to_string(node->tag));
         if (node->child) {
-            EXPECT_EQ(node->child->parent, node);
+            EXPECT_EQ(kestu_tree_get_parent(node->child), node);
             shape.append("(").append(checked_shape(node->child)).append(")");
         }
     }

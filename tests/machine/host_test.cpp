@@ -3,6 +3,8 @@
 #include "machine/host.hpp"
 #include "support/test.hpp"
 
+#include <fstream>
+
 #include <sys/time.h>
 #include <sys/times.h>
 
@@ -69,6 +71,11 @@ TEST(Host, TheRunningSystemIsDescribedWithinTheBufferAndTheRestIsZero) {
     const std::string text = whole.c_str();
     EXPECT_TRUE(text.ends_with(std::string(", ") + host.release + ", " + host.machine)) << text;
     EXPECT_EQ(whole.find_first_not_of('\0', text.size()), std::string::npos);
+    std::ifstream release("/etc/os-release");
+    for (std::string line; std::getline(release, line);)
+        if (line.starts_with("PRETTY_NAME=\"")) {
+            EXPECT_EQ(text.substr(0, text.find(',')), line.substr(13, line.size() - 14));
+        }
 
     char buf[8] = "#######";
     kestu_mach_os_name(buf, 6);

@@ -20,6 +20,7 @@ class EdgeText {
         size_ = (text.size() + behind + page) / page * page + 2 * page;
         memory_ = static_cast<char *>(
             mmap(nullptr, size_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+        memset(memory_, '#', size_); // what stands behind the end is not looked at
         mprotect(memory_, page, PROT_NONE);
         mprotect(memory_ + size_ - page, page, PROT_NONE);
         start_ = memory_ + (at_front ? page + behind : size_ - page - behind - text.size() - 1);
@@ -162,7 +163,7 @@ TEST(StrLength, CharactersOfTextsOfAnyLengthAndBytes) {
         for (const kestu::LengthKernel &kernel : kestu::length_dispatch.all()) {
             if (kernel.needs && !(kestu::cpu_features().*kernel.needs))
                 continue;
-            for (const size_t behind : {0, 1, 70, 300})
+            for (const size_t behind : {0, 1, 70, 150, 230, 300})
                 EXPECT_EQ(kernel.characters(EdgeText(text, behind)), expected) << kernel.name;
         }
     }
