@@ -222,8 +222,10 @@ kestu_error_t *Bands::load(uint32_t row) {
 
 kestu_error_t *Bands::find(uint32_t row, RawRow &out) {
     if (row < first_ || row >= end_)
-        if (kestu_error_t *err = load(row))
+        if (kestu_error_t *err = load(row)) {
+            end_ = first_; // of a band that failed nothing is held
             return err;
+        }
     for (int i = 0; i < planes_; ++i)
         out.planes[i] = plane(i) + (row - first_) * row_bytes_;
     return nullptr;

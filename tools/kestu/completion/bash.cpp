@@ -57,15 +57,6 @@ std::string found_by(const CompletedValue &value) {
     }
 }
 
-std::vector<std::string> names_of(const CompletedOption &option) {
-    std::vector<std::string> names;
-    for (const std::string &name : option.shorts)
-        names.push_back("-" + name);
-    for (const std::string &name : option.longs)
-        names.push_back("--" + name);
-    return names;
-}
-
 std::string what_follows(const CompletedCommand &command) {
     std::vector<std::string> names, options;
     for (const CompletedCommand &sub : command.commands)

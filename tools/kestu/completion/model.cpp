@@ -86,6 +86,15 @@ std::vector<const CompletedCommand *> all_of(const CompletedCommand &root) {
     return all;
 }
 
+std::vector<std::string> names_of(const CompletedOption &option) {
+    std::vector<std::string> names;
+    for (const std::string &name : option.shorts)
+        names.push_back("-" + name);
+    for (const std::string &name : option.longs)
+        names.push_back("--" + name);
+    return names;
+}
+
 std::string in_quotes(const std::string &text) {
     return "'" + CLI::detail::find_and_replace(text, "'", "'\\''") + "'";
 }

@@ -38,6 +38,9 @@ CompletedCommand completed(const CLI::App &app);
 // `root` and all below it, each before what follows it.
 std::vector<const CompletedCommand *> all_of(const CompletedCommand &root);
 
+// The names of an option, with their dashes.
+std::vector<std::string> names_of(const CompletedOption &option);
+
 // `text` between single quotes, for the shells that end them at any other.
 std::string in_quotes(const std::string &text);
 

@@ -71,15 +71,6 @@ class Completion {
         return *command;
     }
 
-    static std::vector<std::string> names_of(const CompletedOption &option) {
-        std::vector<std::string> names;
-        for (const std::string &name : option.longs)
-            names.push_back("--" + name);
-        for (const std::string &name : option.shorts)
-            names.push_back("-" + name);
-        return names;
-    }
-
     static const CompletedOption *option_of(const CompletedCommand &command,
                                             const std::string &word) {
         for (const CompletedOption &option : command.options)
