@@ -3,7 +3,7 @@
 
     report.py [--check]
 
-reads bench/results.txt: lines "machine: ..." and "date: ...", and behind an empty line what table.py prints. With --check nothing
+reads bench/results.txt: lines "machine: ...", "date: ..." and "size: ...", and behind an empty line what table.py prints. With --check nothing
 is written: what differs from the table is named."""
 import collections
 import html
@@ -29,7 +29,7 @@ CHARTS = [
     ("Formatting", r"format"),
     ("Texts", r"comparison|copy of|appending|UTF-8|replacement|text to|to base|from base|shortest"),
     ("Checksums", r"crc|sha1"),
-    ("Images", r"read |write |histogram|entropy|density|intensity|circle|smooth"),
+    ("Images", r"read |write |wide read |histogram|entropy|density|intensity|circle|smooth"),
     ("Files", r"walk"),
     ("Line editor", r"key and"),
     ("Start", r"start"),
@@ -128,10 +128,10 @@ def make():
     compared = [case for case in cases if case.peer]
     lost = [case for case in compared if case.ratio < 1]
     text = (f"Measured {facts['date']} on {facts['machine']}. Of {len(compared)} cases beside a peer, {len(compared) - len(lost)} are as fast as the "
-            f"best one or faster, and {len(lost)} are slower.\n\n## Where we lose\n\n{table_of(lost)}\n## All cases\n\n")
+            f"best one or faster, and {len(lost)} are slower. {facts['size']}.\n\n## Where we lose\n\n{table_of(lost)}\n## All cases\n\n")
     for title, _ in CHARTS:
         if title in charts:
-            file = f"docs/charts/{title.lower().replace('+', 'p')}.svg"
+            file = f"docs/charts/{title.lower().replace('+', 'p').replace(' ', '-')}.svg"
             made[ROOT / file] = draw(title, charts[title])
             text += f"![{title}: the time of the best peer divided by ours, case by case]({file.removeprefix('docs/')})\n\n"
     text += f"<details><summary>The same in numbers</summary>\n\n{table_of([case for case in cases if case not in lost])}\n</details>\n\n"

@@ -35,6 +35,10 @@ def readable(ns):
     return f"{ns:.3g} ns"
 
 
+def ratio(ours, other):
+    return f"{other / ours:{'.2f' if other > ours / 10 else '.2g'}}"
+
+
 def main():
     cases = {}
     for name, time in medians(sys.argv[1:]).items():
@@ -57,10 +61,10 @@ def main():
             readable(ours),
             readable(peers[peer]) if peer else "",
             peer,
-            f"{peers[peer] / ours:.2f}" if peer else "",
+            ratio(ours, peers[peer]) if peer else "",
             readable(limits[limit]) if limit else "",
             limit.removeprefix("limit").strip(" ()"),
-            f"{limits[limit] / ours:.2f}" if limit else "",
+            ratio(ours, limits[limit]) if limit else "",
         ))
     head = ("case", "ours", "best peer", "", "peer / ours", "limit", "", "limit / ours")
     rows = [head] + [row[2:] for row in sorted(rows)]

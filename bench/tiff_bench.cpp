@@ -150,7 +150,7 @@ const bool registered = [] {
     mallopt(M_TRIM_THRESHOLD, 1 << 30);
     mallopt(M_MMAP_THRESHOLD, 32 << 20);
     for (const Layout &layout : layouts) {
-        const std::string name = layout.name;
+        const std::string name = std::string("wide read of ") + layout.name;
         benchmark::RegisterBenchmark((name + "/ours").c_str(), ours, layout);
         benchmark::RegisterBenchmark((name + "/libtiff").c_str(), libtiff, layout);
     }

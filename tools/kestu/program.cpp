@@ -93,18 +93,44 @@ void add_help_command(CLI::App &app, Outcome &outcome) {
     command->callback([words, &app, &outcome] { print_help(app, *words, outcome); });
 }
 
-void set_up(CLI::App &app, Outcome &outcome) {
+using Add = void(CLI::App &, Outcome &);
+
+// The commands in the order of the help. Those without a name here show all others.
+struct Command {
+    std::string_view name;
+    Add *add;
+};
+
+constexpr Command all_commands[] = {
+    {"image", add_image_commands},  {"cpu", add_cpu_commands},
+    {"sum", add_sum_command},       {"find", add_find_command},
+    {"escape", add_escape_command}, {"unescape", add_unescape_command},
+    {"base", add_base_command},     {"shell", add_shell_command},
+    {"", add_completion_command},   {"", add_help_command},
+};
+
+// The command whose name is the first word, behind options at most; else null.
+Add *command_in(const Words &arguments) {
+    for (const std::string &argument : arguments) {
+        if (argument.starts_with('-'))
+            continue;
+        const auto *found = std::find_if(
+            std::begin(all_commands), std::end(all_commands),
+            [&](const Command &command) { return !argument.empty() && command.name == argument; });
+        return found == std::end(all_commands) ? nullptr : found->add;
+    }
+    return nullptr;
+}
+
+// To add all commands takes longer than most take to run, so the one that is known is added alone.
+void set_up(CLI::App &app, Outcome &outcome, const Words &arguments) {
     app.name("kestu");
     app.require_subcommand(1);
-    add_image_commands(app, outcome);
-    add_cpu_commands(app, outcome);
-    add_sum_command(app, outcome);
-    add_find_command(app, outcome);
-    add_escape_commands(app, outcome);
-    add_base_command(app, outcome);
-    add_shell_command(app, outcome);
-    add_completion_command(app);
-    add_help_command(app, outcome);
+    if (Add *add = command_in(arguments))
+        add(app, outcome);
+    else
+        for (const Command &command : all_commands)
+            command.add(app, outcome);
     complete(app, outcome);
 }
 
@@ -190,14 +216,14 @@ void Outcome::fail(const std::string &message) {
 CompletedCommand commands() {
     Outcome unused;
     CLI::App app;
-    set_up(app, unused);
+    set_up(app, unused, {});
     return completed(app);
 }
 
 int run(const std::vector<std::string> &arguments) {
     Outcome outcome;
     CLI::App app(description);
-    set_up(app, outcome);
+    set_up(app, outcome, arguments);
     parse(app, arguments, outcome);
     errno = print_failure();
     if (std::fflush(stdout) != 0 || std::ferror(stdout))

@@ -51,14 +51,15 @@ int run(const std::vector<std::string> &arguments);
 // The program with all its commands, in the order of its help.
 CompletedCommand commands();
 
-// Each adds a group of commands. The callbacks report to `outcome`, which outlives `app`.
+// Each adds a command with all below it. The callbacks report to `outcome`, which outlives `app`.
 void add_image_commands(CLI::App &app, Outcome &outcome);
 void add_cpu_commands(CLI::App &app, Outcome &outcome);
 void add_sum_command(CLI::App &app, Outcome &outcome);
 void add_find_command(CLI::App &app, Outcome &outcome);
-void add_escape_commands(CLI::App &app, Outcome &outcome);
+void add_escape_command(CLI::App &app, Outcome &outcome);
+void add_unescape_command(CLI::App &app, Outcome &outcome);
 void add_base_command(CLI::App &app, Outcome &outcome);
 void add_shell_command(CLI::App &app, Outcome &outcome);
-void add_completion_command(CLI::App &app);
+void add_completion_command(CLI::App &app, Outcome &outcome);
 
 } // namespace program

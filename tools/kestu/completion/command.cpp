@@ -19,7 +19,7 @@ std::string script_for(const std::string &shell, const CompletedCommand &root) {
 
 } // namespace
 
-void add_completion_command(CLI::App &app) {
+void add_completion_command(CLI::App &app, Outcome &) {
     CLI::App *command = app.add_subcommand("completion", "Print the completions for a shell");
     auto shell = std::make_shared<std::string>();
     command->add_option("SHELL", *shell, "bash, zsh or fish")

@@ -104,7 +104,7 @@ std::string text_on_standard_input() {
 
 } // namespace
 
-void add_escape_commands(CLI::App &app, Outcome &outcome) {
+void add_escape_command(CLI::App &app, Outcome &outcome) {
     auto texts = std::make_shared<Texts>();
     CLI::App *command = app.add_subcommand("escape", "Print bytes as text with backslash escapes");
     command->add_option("TEXT", *texts, "Texts, a line each (standard input as one text)");
@@ -114,9 +114,13 @@ void add_escape_commands(CLI::App &app, Outcome &outcome) {
         for (const std::string &text : *texts)
             escape(text, outcome);
     });
+}
+
+void add_unescape_command(CLI::App &app, Outcome &outcome) {
     auto escaped = std::make_shared<Texts>();
     auto utf8 = std::make_shared<bool>(false);
-    command = app.add_subcommand("unescape", "Write the bytes that escaped text stands for");
+    CLI::App *command =
+        app.add_subcommand("unescape", "Write the bytes that escaped text stands for");
     command->add_option("TEXT", *escaped,
                         "Escaped texts (standard input without its last newline)");
     command->add_flag("--utf8", *utf8, "Write UTF-8 for all of \\uXXXX, and know \\UXXXXXXXX");
