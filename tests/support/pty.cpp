@@ -121,6 +121,11 @@ void Terminal::wait_for_sleep() const {
     }
 }
 
+void Terminal::wait_for_keys() const {
+    while (settings().c_lflag & ICANON)
+        sched_yield();
+}
+
 void Terminal::resize(int columns, int rows) {
     wait_for_sleep();
     screen_.resize(columns, rows);

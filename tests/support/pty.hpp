@@ -51,6 +51,9 @@ class Terminal {
     void wait_for_text(const std::string &text);
     int wait_for_end();
 
+    // Waits until the program gets keys one by one; before, the terminal itself shows them.
+    void wait_for_keys() const;
+
     // Presses a key and waits for the next mark; what the screen shows then.
     std::string press(std::string_view key);
 

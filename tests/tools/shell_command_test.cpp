@@ -5,7 +5,6 @@
 
 #include <csignal>
 
-#include <sched.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -291,8 +290,7 @@ TEST_F(ShellSession, CanBeStoppedAndTakenUpAgain) {
         kill(shell, signal);
         EXPECT_EQ(terminal.wait_for_report(),
                   signal == SIGTSTP ? stopped : std::to_string(signal) + ", not restored");
-        while (terminal.settings().c_lflag & ICANON) // before, keys would not be the editor's
-            sched_yield();
+        terminal.wait_for_keys();
         expect("\x7f", "kestu> hal|");
         expect("f", "kestu> half|");
     }

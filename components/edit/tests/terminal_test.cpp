@@ -93,6 +93,7 @@ TEST_F(EditTerminal, StopsAndGoesOn) {
     // From outside, amid the line.
     terminal.signal(SIGTSTP);
     EXPECT_EQ(terminal.wait_for_report(), "stopped");
+    terminal.wait_for_keys();
     expect("!", "> half!|");
     EXPECT_NE(described(terminal.settings()), before);
     terminal.type("\x04\r");
