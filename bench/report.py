@@ -12,6 +12,8 @@ import pathlib
 import re
 import sys
 
+from table import readable_ratio
+
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 RESULTS = ROOT / "bench/results.txt"
 PAGE = ROOT / "docs/performance.md"
@@ -86,12 +88,12 @@ def draw_case(case, top):
         left, right = sorted((place(1), place(case.ratio)))
         kind = "gain" if case.ratio >= 1 else "loss"
         shown += f'<rect class="{kind}" x="{left:.1f}" y="{top + 4}" width="{max(right - left, 1):.1f}" height="{ROW - 8}" rx="2"/>\n'
-        note.append(f"{case.ratio:.2f} {case.peer}")
+        note.append(f"{readable_ratio(case.ratio)} {case.peer}")
     if case.limit:
         x, y = place(case.share), top + ROW / 2
         shown += f'<path class="limit" d="M{x - 4:.1f} {y} L{x:.1f} {y - 5} L{x + 4:.1f} {y} L{x:.1f} {y + 5} Z"/>\n'
     if not case.peer and case.limit:
-        note.append(f"{case.share:.2f} of {case.limit}")
+        note.append(f"{readable_ratio(case.share)} of {case.limit}")
     return shown + f'<text class="small" x="{LABELS + PLOT + 10}" y="{middle}">{html.escape("; ".join(note) or case.ours)}</text>\n'
 
 
@@ -109,8 +111,8 @@ def draw(title, cases):
 
 
 def row_of(case):
-    peer = f"{case.peer}, {case.peer_time} | {case.ratio:.2f}" if case.peer else " | "
-    limit = f"{case.limit}, {case.limit_time} | {case.share:.2f}" if case.limit else " | "
+    peer = f"{case.peer}, {case.peer_time} | {readable_ratio(case.ratio)}" if case.peer else " | "
+    limit = f"{case.limit}, {case.limit_time} | {readable_ratio(case.share)}" if case.limit else " | "
     return f"| {case.name} | {case.ours} | {peer} | {limit} |\n"
 
 

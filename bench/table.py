@@ -35,8 +35,8 @@ def readable(ns):
     return f"{ns:.3g} ns"
 
 
-def ratio(ours, other):
-    return f"{other / ours:{'.2f' if other > ours / 10 else '.2g'}}"
+def readable_ratio(ratio):
+    return f"{ratio:{'.2f' if ratio >= 0.1 else '.2g'}}"
 
 
 def main():
@@ -61,10 +61,10 @@ def main():
             readable(ours),
             readable(peers[peer]) if peer else "",
             peer,
-            ratio(ours, peers[peer]) if peer else "",
+            readable_ratio(peers[peer] / ours) if peer else "",
             readable(limits[limit]) if limit else "",
             limit.removeprefix("limit").strip(" ()"),
-            ratio(ours, limits[limit]) if limit else "",
+            readable_ratio(limits[limit] / ours) if limit else "",
         ))
     head = ("case", "ours", "best peer", "", "peer / ours", "limit", "", "limit / ours")
     rows = [head] + [row[2:] for row in sorted(rows)]

@@ -87,7 +87,8 @@ endif()
 find_program(KESTU_PYTHON python3)
 if(KESTU_PYTHON AND KESTU_BUILD_PROGRAM AND NOT CMAKE_CROSSCOMPILING)
   set(kestu_man_dir ${CMAKE_CURRENT_BINARY_DIR}/man)
-  file(GLOB kestu_man_sources CONFIGURE_DEPENDS include/kestu_*.h packaging/man/*)
+  file(GLOB kestu_man_sources CONFIGURE_DEPENDS
+    include/kestu_*.h components/*/include/*.h packaging/man/*)
   add_custom_command(OUTPUT ${kestu_man_dir}/made
     COMMAND ${CMAKE_COMMAND} -E rm -rf ${kestu_man_dir}
     COMMAND ${KESTU_PYTHON} scripts/man ${kestu_man_dir} $<TARGET_FILE:kestu_program>
@@ -97,6 +98,10 @@ if(KESTU_PYTHON AND KESTU_BUILD_PROGRAM AND NOT CMAKE_CROSSCOMPILING)
   add_custom_target(kestu_man ALL DEPENDS ${kestu_man_dir}/made)
   install(DIRECTORY ${kestu_man_dir}/man3 DESTINATION ${CMAKE_INSTALL_MANDIR}
     COMPONENT development OPTIONAL)
+  foreach(component edit tiff)
+    install(DIRECTORY ${kestu_man_dir}/${component}/man3 DESTINATION ${CMAKE_INSTALL_MANDIR}
+      COMPONENT ${component}-development OPTIONAL)
+  endforeach()
   install(DIRECTORY ${kestu_man_dir}/man1 ${kestu_man_dir}/man5 DESTINATION ${CMAKE_INSTALL_MANDIR}
     COMPONENT program OPTIONAL)
 endif()
