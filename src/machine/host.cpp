@@ -84,7 +84,7 @@ char *kestu_mach_os_name(char *buf, int size) {
     return buf;
 }
 
-int kestu_mach_os_cpu_num(void) {
+[[gnu::noinline]] int kestu_mach_os_cpu_num(void) {
     const KeptErrno kept;
     const long count = sysconf(_SC_NPROCESSORS_CONF);
     return count == -1 ? 1 : static_cast<int>(count);

@@ -2,6 +2,8 @@
 #include "fuzz/list_model.hpp"
 #include "support/test.hpp"
 
+#include <list>
+
 using namespace kestu::fuzz;
 using namespace kestu::test;
 
@@ -27,9 +29,10 @@ TEST(DlOrder, SortingIsStableAndTakesFewComparisons) {
     for (size_t count = 0; count < 400; count += 1 + count / 7) {
         const Pool pool;
         kestu_dl_t *list = make(count, pool, random, count % 2 == 0 ? 10 : 1000000);
-        Nodes expected = checked_nodes(list);
-        std::stable_sort(expected.begin(), expected.end(),
-                         [](const kestu_dl_t *a, const kestu_dl_t *b) { return a->tag < b->tag; });
+        const Nodes made = checked_nodes(list);
+        std::list<kestu_dl_t *> sorted(made.begin(), made.end());
+        sorted.sort([](const kestu_dl_t *a, const kestu_dl_t *b) { return a->tag < b->tag; });
+        Nodes expected(sorted.begin(), sorted.end());
         for (const size_t most : {10 * count, count}) { // the second time it is sorted
             size_t calls = 0;
             (most == count ? kestu_dlm_sort : kestu_dl_sort)(&list, by_tag, &calls);
