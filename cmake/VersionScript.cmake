@@ -1,6 +1,7 @@
 # A room's exports.txt names what it exports, one name a line; '#' begins a comment. Behind a name may
 # stand the version of the interface that added it (@1.1), and "replaceable": the library calls a
-# function of that name which a program puts before its own.
+# function of that name which a program puts before its own. Its definition is [[gnu::noinline]], for
+# optimisation at link time does not ask the linker.
 
 # kestu_write_version_script(OUTPUT LIST...): the linker's version script, a node for each version of
 # the interface, under which the names are exported.
