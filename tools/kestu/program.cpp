@@ -6,9 +6,12 @@
 #include "common/text.hpp"
 #include "common/usage.hpp"
 #include "common/values.hpp"
+#include "completion/model.hpp"
 #include "examples.hpp"
 
 #include "kestu_lib.h"
+
+#include <CLI/CLI.hpp>
 
 #include <algorithm>
 #include <cctype>

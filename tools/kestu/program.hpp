@@ -1,17 +1,19 @@
 // The frame of the program: parsing, exit status, and how commands report failures.
 #pragma once
 
-#include "completion/model.hpp"
-
 #include "kestu_error.h"
-
-#include <CLI/CLI.hpp>
 
 #include <string>
 #include <string_view>
 #include <vector>
 
+namespace CLI {
+class App;
+} // namespace CLI
+
 namespace program {
+
+struct CompletedCommand;
 
 enum ExitStatus { exit_ok = 0, exit_failure = 1, exit_usage = 2 };
 

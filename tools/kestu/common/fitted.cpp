@@ -4,6 +4,8 @@
 #include "common/text.hpp"
 #include "common/values.hpp"
 
+#include <CLI/CLI.hpp>
+
 #include <algorithm>
 #include <sstream>
 

@@ -1,9 +1,11 @@
 // Pages that keep to a number of columns.
 #pragma once
 
-#include <CLI/CLI.hpp>
-
 #include <string>
+
+namespace CLI {
+class App;
+} // namespace CLI
 
 namespace program {
 

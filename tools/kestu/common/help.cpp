@@ -1,5 +1,7 @@
 #include "common/help.hpp"
 
+#include <CLI/CLI.hpp>
+
 #include <algorithm>
 #include <sstream>
 #include <vector>

@@ -3,9 +3,12 @@
 
 #include "common/terminal.hpp"
 
-#include <CLI/CLI.hpp>
-
 #include <string>
+
+namespace CLI {
+class App;
+class Option;
+} // namespace CLI
 
 namespace program {
 

@@ -4,6 +4,8 @@
 #include "common/help.hpp"
 #include "common/nearest.hpp"
 
+#include <CLI/CLI.hpp>
+
 #include <vector>
 
 namespace program {

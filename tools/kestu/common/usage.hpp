@@ -1,9 +1,12 @@
 // What is wrong with a command line.
 #pragma once
 
-#include <CLI/CLI.hpp>
-
 #include <string>
+
+namespace CLI {
+class App;
+class ParseError;
+} // namespace CLI
 
 namespace program {
 

@@ -2,6 +2,8 @@
 
 #include "common/text.hpp"
 
+#include <CLI/CLI.hpp>
+
 #include <algorithm>
 #include <charconv>
 #include <cmath>

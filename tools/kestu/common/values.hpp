@@ -1,10 +1,12 @@
 // What the values of options may be.
 #pragma once
 
-#include <CLI/CLI.hpp>
-
 #include <string>
 #include <vector>
+
+namespace CLI {
+class Validator;
+} // namespace CLI
 
 namespace program {
 

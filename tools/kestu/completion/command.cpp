@@ -4,6 +4,8 @@
 #include "completion/model.hpp"
 #include "program.hpp"
 
+#include <CLI/CLI.hpp>
+
 #include <memory>
 
 namespace program {

@@ -1,5 +1,7 @@
 #include "completion/model.hpp"
 
+#include <CLI/StringTools.hpp>
+
 namespace program {
 namespace {
 

@@ -3,6 +3,8 @@
 #include "common/help.hpp"
 #include "common/values.hpp"
 
+#include <CLI/CLI.hpp>
+
 #include <algorithm>
 
 namespace program {

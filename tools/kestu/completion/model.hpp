@@ -1,10 +1,12 @@
 // What may be completed, as the parser knows it.
 #pragma once
 
-#include <CLI/CLI.hpp>
-
 #include <string>
 #include <vector>
+
+namespace CLI {
+class App;
+} // namespace CLI
 
 namespace program {
 

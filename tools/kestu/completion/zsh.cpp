@@ -1,5 +1,7 @@
 #include "completion/model.hpp"
 
+#include <CLI/StringTools.hpp>
+
 #include <algorithm>
 
 namespace program {

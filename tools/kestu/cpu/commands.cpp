@@ -11,6 +11,8 @@
 #include "machines/replay.hpp"
 #include "program.hpp"
 
+#include <CLI/CLI.hpp>
+
 #include <cerrno>
 #include <fstream>
 #include <iostream>

@@ -11,6 +11,8 @@
 #include "kestu_dir.h"
 #include "kestu_lib.h"
 
+#include <CLI/CLI.hpp>
+
 #include <algorithm>
 #include <cstdio>
 #include <limits>

@@ -1,8 +1,6 @@
 // What `kestu find` is asked for.
 #pragma once
 
-#include <CLI/CLI.hpp>
-
 #include <ctime>
 #include <optional>
 #include <string>
@@ -10,6 +8,10 @@
 
 #include <sys/stat.h>
 #include <sys/types.h>
+
+namespace CLI {
+class Validator;
+} // namespace CLI
 
 namespace program {
 

@@ -3,6 +3,8 @@
 #include "common/input_file.hpp"
 #include "common/values.hpp"
 
+#include <CLI/CLI.hpp>
+
 #include <fstream>
 #include <iostream>
 

@@ -5,6 +5,8 @@
 #include "image/picture.hpp"
 #include "image/selection.hpp"
 
+#include <CLI/CLI.hpp>
+
 namespace program {
 
 void add_page_option(CLI::App &command, uint32_t &page, const char *description) {

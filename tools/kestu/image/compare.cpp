@@ -7,6 +7,8 @@
 #include "image/counts.hpp"
 #include "image/picture.hpp"
 
+#include <CLI/CLI.hpp>
+
 #include <algorithm>
 #include <cmath>
 #include <memory>

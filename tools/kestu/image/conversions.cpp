@@ -7,6 +7,8 @@
 #include "image/commands.hpp"
 #include "image/conversion.hpp"
 
+#include <CLI/CLI.hpp>
+
 #include <algorithm>
 #include <filesystem>
 #include <memory>

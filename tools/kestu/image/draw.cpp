@@ -8,6 +8,8 @@
 #include "image/shape.hpp"
 #include "image/source.hpp"
 
+#include <CLI/CLI.hpp>
+
 #include <array>
 #include <charconv>
 #include <cmath>

@@ -10,6 +10,8 @@
 #include "image/commands.hpp"
 #include "image/picture.hpp"
 
+#include <CLI/CLI.hpp>
+
 #include <memory>
 
 namespace program {

@@ -10,6 +10,8 @@
 #include "image/counts.hpp"
 #include "image/describe.hpp"
 
+#include <CLI/CLI.hpp>
+
 #include <memory>
 
 namespace program {

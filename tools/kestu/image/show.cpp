@@ -7,6 +7,8 @@
 #include "image/counts.hpp"
 #include "image/thumbnail.hpp"
 
+#include <CLI/CLI.hpp>
+
 #include <algorithm>
 #include <charconv>
 #include <memory>

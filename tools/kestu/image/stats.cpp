@@ -8,6 +8,8 @@
 #include "image/commands.hpp"
 #include "image/counts.hpp"
 
+#include <CLI/CLI.hpp>
+
 #include <algorithm>
 #include <charconv>
 #include <cmath>

@@ -2,6 +2,8 @@
 #include "program.hpp"
 #include "shell/shell.hpp"
 
+#include <CLI/CLI.hpp>
+
 #include <memory>
 
 namespace program {

@@ -5,6 +5,8 @@
 
 #include "kestu_escape.h"
 
+#include <CLI/CLI.hpp>
+
 #include <cctype>
 #include <iostream>
 #include <memory>

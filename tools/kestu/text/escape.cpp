@@ -5,6 +5,8 @@
 
 #include "kestu_escape.h"
 
+#include <CLI/CLI.hpp>
+
 #include <cstdio>
 #include <iostream>
 #include <iterator>
