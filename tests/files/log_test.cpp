@@ -23,7 +23,7 @@ class Log : public testing::Test {
 
     const TemporaryFolder folder;
     const std::string name = folder / "log";
-    const Pool pool;
+    Pool pool;
 };
 
 std::string stderr_of(const std::function<void()> &action) {

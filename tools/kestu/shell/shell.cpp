@@ -52,7 +52,8 @@ CompletedCommand all_commands() {
         for (CompletedCommand &command : all)
             if (command.name == name)
                 own.commands.swap(command.commands);
-        std::erase_if(all, [&](const CompletedCommand &command) { return command.name == name; });
+        std::erase_if(all,
+                      [&own](const CompletedCommand &command) { return command.name == own.name; });
         all.push_back(std::move(own));
     }
     return root;
