@@ -90,7 +90,8 @@ class Page {
                 text_ += name + "\n";
                 name.clear();
             }
-            text_ += name + std::string(indent - name.size(), ' ') + line + "\n";
+            name.resize(indent, ' ');
+            text_ += name + line + "\n";
             name.clear();
         }
     }

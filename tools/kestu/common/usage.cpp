@@ -56,7 +56,7 @@ std::string replaced(std::string message, const std::string &what, const std::st
 
 // A message of the parser, in words for those who use it.
 std::string reworded(const CLI::App &command, const CLI::ParseError &error) {
-    const std::string message = error.what();
+    std::string message = error.what();
     if (dynamic_cast<const CLI::ExcludesError *>(&error))
         return replaced(message, " excludes ", " cannot be used with ");
     if (dynamic_cast<const CLI::RequiresError *>(&error))

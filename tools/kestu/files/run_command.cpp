@@ -40,6 +40,7 @@ int run_for_path(const std::vector<std::string> &command, const std::string &pat
     if (!has_place)
         words.push_back(path);
     std::vector<char *> arguments;
+    arguments.reserve(words.size() + 1);
     for (std::string &word : words)
         arguments.push_back(word.data());
     arguments.push_back(nullptr);
