@@ -9,6 +9,10 @@ target_compile_options(kestu_options INTERFACE
   -fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=
   $<$<CONFIG:Release>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=>)
 
+# What adds to texts: GCC 12 takes that for copying a text onto itself (its bug 105651).
+add_library(kestu_text_options INTERFACE)
+target_compile_options(kestu_text_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
+
 if(KESTU_SANITIZE)
   target_compile_options(kestu_options INTERFACE
     -fsanitize=${KESTU_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
