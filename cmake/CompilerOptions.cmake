@@ -11,7 +11,8 @@ target_compile_options(kestu_options INTERFACE
 
 # What adds to texts: GCC 12 takes that for copying a text onto itself (its bug 105651).
 add_library(kestu_text_options INTERFACE)
-target_compile_options(kestu_text_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
+target_compile_options(kestu_text_options INTERFACE
+  $<$<AND:$<CXX_COMPILER_ID:GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-restrict>)
 
 if(KESTU_SANITIZE)
   target_compile_options(kestu_options INTERFACE
