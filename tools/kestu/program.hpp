@@ -1,15 +1,13 @@
 // The frame of the program: parsing, exit status, and how commands report failures.
 #pragma once
 
+#include "common/parser.hpp"
+
 #include "kestu_error.h"
 
 #include <string>
 #include <string_view>
 #include <vector>
-
-namespace CLI {
-class App;
-} // namespace CLI
 
 namespace program {
 

@@ -1,11 +1,9 @@
 // Pages that keep to a number of columns.
 #pragma once
 
-#include <string>
+#include "common/parser.hpp"
 
-namespace CLI {
-class App;
-} // namespace CLI
+#include <string>
 
 namespace program {
 

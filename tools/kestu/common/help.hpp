@@ -1,14 +1,10 @@
 // The pages of --help.
 #pragma once
 
+#include "common/parser.hpp"
 #include "common/terminal.hpp"
 
 #include <string>
-
-namespace CLI {
-class App;
-class Option;
-} // namespace CLI
 
 namespace program {
 

@@ -1,12 +1,9 @@
 // What is wrong with a command line.
 #pragma once
 
-#include <string>
+#include "common/parser.hpp"
 
-namespace CLI {
-class App;
-class ParseError;
-} // namespace CLI
+#include <string>
 
 namespace program {
 

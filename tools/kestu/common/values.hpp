@@ -1,12 +1,10 @@
 // What the values of options may be.
 #pragma once
 
+#include "common/parser.hpp"
+
 #include <string>
 #include <vector>
-
-namespace CLI {
-class Validator;
-} // namespace CLI
 
 namespace program {
 

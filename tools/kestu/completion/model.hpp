@@ -1,12 +1,10 @@
 // What may be completed, as the parser knows it.
 #pragma once
 
+#include "common/parser.hpp"
+
 #include <string>
 #include <vector>
-
-namespace CLI {
-class App;
-} // namespace CLI
 
 namespace program {
 

@@ -1,6 +1,8 @@
 // What `kestu find` is asked for.
 #pragma once
 
+#include "common/parser.hpp"
+
 #include <ctime>
 #include <optional>
 #include <string>
@@ -8,10 +10,6 @@
 
 #include <sys/stat.h>
 #include <sys/types.h>
-
-namespace CLI {
-class Validator;
-} // namespace CLI
 
 namespace program {
 
